@@ -1,0 +1,21 @@
+# kvn_fuzz(<name> <source>)
+#   Program `fuzz_<name>` from a source that defines LLVMFuzzerTestOneInput. In a fuzz build
+#   libFuzzer drives it; in every other build a plain main() feeds it the files of the corpus. Both
+#   ways the ctest `fuzz_<name>` replays tests/fuzz/corpus/<name>.
+function(kvn_fuzz name source)
+  set(target fuzz_${name})
+  set(corpus ${PROJECT_SOURCE_DIR}/tests/fuzz/corpus/${name})
+  add_executable(${target} ${source})
+  target_compile_options(${target} PRIVATE ${KVN_WARNINGS})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${target} PRIVATE callormel)
+  if(KVN_FUZZ)
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+    add_test(NAME ${target} COMMAND ${target} -runs=0 ${corpus})
+  else()
+    kvn_use_sanitizer_defaults(${target})
+    target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/fuzzReplayMain.cpp)
+    add_test(NAME ${target} COMMAND ${target} ${corpus})
+  endif()
+  set_tests_properties(${target} PROPERTIES TIMEOUT 900)
+endfunction()
