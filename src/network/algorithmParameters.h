@@ -1,21 +1,5 @@
 #pragma once
 
-/// Settings of loopy propagation and of the EPIS sampler, in the order in which files keep them:
-/// rounds of propagation, bounds of the outcome counts that choose a cutoff, and the cutoffs.
-struct KVN_episParameters {
-  int proplen = 5;
-  int numstates1 = 5;
-  int numstates2 = 8;
-  int numstates3 = 20;
-  double eps1 = 0.006;
-  double eps2 = 0.0001;
-  double eps3 = 5e-5;
-  double eps4 = 5e-5;
-
-  /// proplen >= 1; numstates1 < numstates2 < numstates3; eps2 <= eps1 and eps3 <= eps2.
-  bool IsAcceptable() const;
-};
-
 /// Settings of the equation solver; stored, tested and copied, and read by nothing yet.
 struct KVN_solverParameters {
   double d1 = 0.8;

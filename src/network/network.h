@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "foundation/episParameters.h"
 #include "foundation/intArray.h"
 #include "foundation/object.h"
 #include "network/algorithmParameters.h"
@@ -240,10 +241,10 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   void SetShowAs(int mode);
   int GetNoisyMaxRelevance() const { return noisyMaxRelevance; }
   void SetNoisyMaxRelevance(int flag) { noisyMaxRelevance = flag != 0; }
-  const KVN_episParameters& GetEpisParams() const { return hybridParameters; }
+  const EpisParameters& GetEpisParams() const { return hybridParameters; }
   /// KVN_REFUSED, unchanged, for a record that isn't acceptable. Both names set the same record.
-  int SetEpisParams(const KVN_episParameters& parameters);
-  int SetHybridParameters(const KVN_episParameters& parameters) {
+  int SetEpisParams(const EpisParameters& parameters);
+  int SetHybridParameters(const EpisParameters& parameters) {
     return SetEpisParams(parameters);
   }
   const KVN_solverParameters& GetSolverParameters() const { return solverParameters; }
@@ -315,7 +316,7 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   int changeMask = 463;
   int loadFlags = 0;
   int spare = 3;
-  KVN_episParameters hybridParameters;
+  EpisParameters hybridParameters;
   int solverSteps = 5;
   KVN_solverParameters solverParameters;
   int reservedWord = 0;
