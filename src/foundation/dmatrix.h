@@ -149,9 +149,10 @@ class KVN_Dmatrix {
 
   bool IsDimension(int d) const { return d >= 0 && d < GetNumberOfDimensions(); }
   Blocks BlocksOf(int d) const;
-  int SetShape(const int* sizes, int count);
+  int SetDimensions(const int* sizes, int count, int& cells);
   int MakeResized(int d, int size, KVN_Dmatrix& made) const;
   int MakeWithout(int d, KVN_Dmatrix& made) const;
+  int MakeSlice(int d, int value, KVN_Dmatrix& made) const;
 
   KVN_intArray dimensions;
   KVN_intArray multipliers;

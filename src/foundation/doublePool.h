@@ -15,11 +15,11 @@ class KVN_doublePool {
   /// KVN_REFUSED below 0; KVN_NO_MEMORY leaves it switched off.
   [[nodiscard]] int Configure(int newCapacity);
 
-  /// Block of at least `count` doubles, not initialised; null when memory is out. An exact fit from
-  /// the pool wins, then the smallest larger block, then the heap.
-  double* Obtain(int count);
-  /// Takes back a block from Obtain, `count` being the number that was asked for. Null is ignored.
-  void Return(int count, double* block);
+  /// Block of at least `wanted` doubles, not initialised; null when memory is out. An exact fit
+  /// from the pool wins, then the smallest larger block, then the heap.
+  double* Obtain(int wanted);
+  /// Takes back a block from Obtain, `size` being the number that was asked for. Null is ignored.
+  void Return(int size, double* block);
 
   bool IsConfigured() const { return entries != nullptr; }
   int GetCount() const { return count; }
