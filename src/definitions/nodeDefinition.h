@@ -133,6 +133,9 @@ class KVN_nodeDefinition : public KVN_object {
   /// Outcome count of another node's definition; negative when it has none.
   int OutcomesOf(int node) const;
   int TypeOf(int node) const;
+  /// Whether the network has a node at the handle: everything that asks the graph tests it first,
+  /// since a definition may outlive or precede its node.
+  bool HasNode() const;
 
   /// Spread the news of an edit of this node's outcomes that has just been done to its own data:
   /// to the bookkeeping of the network, the children on both layers and the extra definition. The
@@ -146,6 +149,12 @@ class KVN_nodeDefinition : public KVN_object {
   /// Adds every parent of the network's list through AddParent; a failure is told to the log with
   /// "Parent could not be added" and doesn't stop the loop.
   void AddAllParents();
+  /// Removes all arcs into this node.
+  void DropAllParents();
+  /// Body of RemoveNonDiscreteParents for the classes that have it.
+  int DropNonDiscreteParents();
+  /// Tells the network (KVN_CHANGE_...). Its result is of no concern to the edit that was done.
+  void Notify(int code);
 
   KVN_network* network;  // not owned
   int handle;
