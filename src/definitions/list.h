@@ -62,6 +62,7 @@ class KVN_list : public KVN_nodeDefinition {
 
  private:
   int RebuildForNewOutcomes();
+  int Convert(KVN_nodeDefinition& source);
   int TakeNames(const KVN_nodeDefinition& source);
 
   int numberOfOutcomes = 0;

@@ -6,8 +6,8 @@
 #include "foundation/object.h"
 #include "foundation/stringArray.h"
 
+class KVN_extraDefinition;
 class KVN_network;
-class KVN_node;
 
 /// Definition type codes. The low bits read: 1 decision alternatives, 2 probabilistic, 4
 /// deterministic or functional, 8 utility, 16 discrete outcomes; each higher bit marks one family.
@@ -158,6 +158,11 @@ class KVN_nodeDefinition : public KVN_object {
 
   KVN_network* network;  // not owned
   int handle;
+
+ private:
+  /// Null without a node, or for a node without one.
+  KVN_extraDefinition* Extra() const;
+  int OutcomeCountChanged();
 };
 
 /// Whether a parent of this type gets a dimension in a child's table: 17, 18, 20, 146 and 274. The

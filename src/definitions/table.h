@@ -59,7 +59,9 @@ class KVN_table : public KVN_nodeDefinition {
   int Rescale(double fromLow, double fromHigh, double toLow, double toHigh);
 
  private:
+  int Convert(KVN_nodeDefinition& source);
   int FinishParentEdit(int result);
+  void NumbersReplaced(int changeCode);
 
   KVN_Dmatrix table;
 };
