@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/resultCodes.h"
 #include "network/header.h"
 #include "network/screenInfo.h"
 #include "network/textBoxList.h"
@@ -17,8 +18,8 @@ class KVN_submodel : public KVN_object {
   int GetWindowColor() const { return windowColor; }
   void SetWindowColor(int color) { windowColor = color; }
 
-  /// KVN_NOT_READY, unchanged, if the source isn't ready.
-  int Assign(KVN_submodel& source);
+  /// KVN_NOT_READY, unchanged, if the source isn't ready; KVN_NO_MEMORY, as far as it got.
+  [[nodiscard]] int Assign(KVN_submodel& source);
   void CleanUp(int deep) override;
 
  private:

@@ -15,7 +15,13 @@ constexpr int KVN_ROOT_SUBMODEL = 16384;
 /// Owner of the submodel tree of a network.
 ///
 /// Inside, a submodel is an index into the table; outside, a handle is that index with
-/// KVN_SUBMODEL_BIT set. Operations that come in both forms are named ...Index for the first.
+/// KVN_SUBMODEL_BIT set. Operations that come in both forms are named ...Index for the first; those
+/// that take a handle mask the bit off, so that they accept the bare index as well. There are at
+/// most KVN_SUBMODEL_BIT submodels, since a larger index would collide with the bit.
+///
+/// Invariants while ready: entry 0 is the root; every other used entry leads up to it through
+/// `parent` in finitely many steps.
+///
 /// Results: an index or handle, 0, or KVN_REFUSED for a bad one, KVN_NOT_READY, KVN_NO_MEMORY.
 class KVN_submodelHandler : public KVN_object {
  public:
@@ -49,32 +55,37 @@ class KVN_submodelHandler : public KVN_object {
   int GetChildrenIndex(int index, KVN_intArray& list) const;
   /// Appends all handles breadth first from the root, the root included.
   int GetDescendants(KVN_intArray& list) const;
-  /// Append the nodes that belong to the submodel, in handle order; the number added.
+  /// Append the nodes that belong to the submodel, in handle order. The handle form returns the
+  /// number added, the other one 0.
   int GetNodes(int handle, KVN_intArray& list) const;
   int GetNodesIndex(int index, KVN_intArray& list) const;
   /// 1 if b is an ancestor of a; a isn't its own ancestor. KVN_REFUSED for a free entry.
   int IsDescendantIndex(int a, int b) const;
 
-  /// Makes a submodel below `parent`; a null id is generated ("Sub" and a number, tested against
-  /// submodels alone). KVN_REFUSED for an id in use by a submodel: unchanged.
-  int Create(int parentHandle, const char* id);
-  int CreateIndex(int parentIndex, const char* id);
+  /// Makes a submodel below `parent`, with the submodel defaults; the id becomes its name too. A
+  /// null id is generated: "Sub" and a number, tested against submodels alone, so that it may be
+  /// the identifier of a node (intended). An id that is no legal identifier doesn't fail the call:
+  /// it is told to the log and the submodel has only the name. KVN_REFUSED for an id in use by a
+  /// submodel: unchanged.
+  [[nodiscard]] int Create(int parentHandle, const char* id);
+  [[nodiscard]] int CreateIndex(int parentIndex, const char* id);
   /// KVN_REFUSED for the root, and for a target that is the submodel itself or below it.
-  int Move(int handle, int newParentHandle);
-  int MoveIndex(int index, int newParentIndex);
+  [[nodiscard]] int Move(int handle, int newParentHandle);
+  [[nodiscard]] int MoveIndex(int index, int newParentIndex);
 
-  /// Destroys all submodels and makes a new root.
+  /// Destroys all submodels and makes a new root, with the defaults of a new handler.
   int Clear();
 
   KVN_screenInfo& NodeDefaults() { return nodeDefaults; }
   KVN_screenInfo& SubmodelDefaults() { return submodelDefaults; }
 
-  /// Entries keep their indexes, free ones included; of the defaults only those of nodes are
-  /// taken. KVN_NOT_READY, unchanged, if the source isn't ready.
-  int Assign(const KVN_submodelHandler& source);
+  /// Entries keep their indexes, free ones included; of the defaults only those of nodes are taken
+  /// (intended). KVN_NOT_READY if the source isn't ready, KVN_NO_MEMORY: unchanged.
+  [[nodiscard]] int Assign(const KVN_submodelHandler& source);
+  /// No submodel at all, not even the root; not ready until Clear.
   void CleanUp(int deep) override;
+  /// Ready when there is a table and a network.
   int CheckReadiness(int deep) override;
-  int CheckConsistency(int deep) override;
 
  private:
   struct Entry {
@@ -83,8 +94,13 @@ class KVN_submodelHandler : public KVN_object {
   };
 
   bool IsUsed(int index) const;
-  int TakeFreeEntry();
+  /// Index of a free entry, the first one; the table grows if there is none.
+  int FindFreeEntry();
+  int Grow();
   int CreateRoot();
+  void SetDefaults();
+  /// Writes an unused name, counting up from `number`.
+  void GenerateName(int number, char* buffer, int bufferSize) const;
 
   int size = 0;
   Entry* entries = nullptr;  // owned
