@@ -32,10 +32,16 @@ class KVN_stateData {
 /// influence on inference.
 ///
 /// Invariant: every per-outcome list has as many items as the definition has outcomes (0 for a
-/// definition without outcomes). Unset labels are "" so that the label list stays an identifier
+/// definition without outcomes). Unset texts are "" and never null, so that a network that was
+/// written and read again is equal to the first, and so that the label list stays an identifier
 /// list that allows empty entries.
 ///
-/// Setters of a whole list: KVN_REFUSED, unchanged, when the count isn't the outcome count.
+/// A new object has empty lists: its maker calls Refresh once the definition stands. Later the
+/// definition tells every edit of its outcomes; a node whose definition is replaced calls
+/// FitToOutcomes, and the setters here do so too before they store anything.
+///
+/// Setters of a whole list: KVN_REFUSED, unchanged, when the count isn't the outcome count. Setters
+/// for one outcome: KVN_REFUSED for a position outside. Null texts count as "".
 class KVN_extraDefinition : public KVN_object {
  public:
   /// showAs: the node takes the network's display mode.
@@ -50,6 +56,7 @@ class KVN_extraDefinition : public KVN_object {
   int GetOutcomeCount() const;
 
   const KVN_intArray& GetFaultStates() const { return faultStates; }
+  /// 1 marks a fault; the numbers are stored as given.
   int SetFaultStates(const KVN_intArray& flags);
   int SetFaultState(int outcome, int flag);
 
@@ -62,6 +69,7 @@ class KVN_extraDefinition : public KVN_object {
 
   const KVN_stringArray& GetFaultNames() const { return faultNames; }
   int SetFaultNames(const KVN_stringArray& names);
+  int SetFaultName(int outcome, const char* name);
 
   const KVN_idArray& GetFaultLabels() const { return faultLabels; }
   /// While a file is read stored without a test across nodes; otherwise a non-empty label must not
@@ -70,15 +78,20 @@ class KVN_extraDefinition : public KVN_object {
   /// The same as MakeLabelsUnique, after a test of the count.
   int SetFaultLabels(const KVN_stringArray& labels);
   /// Sets each label in order; a refused one is replaced by a generated one and the result is then
-  /// KVN_REFUSED though the run goes on (intended: the caller learns that labels were changed).
+  /// KVN_REFUSED though the run goes on (intended: the caller learns that labels were changed). The
+  /// labels that are about to be replaced don't stand in the way of the new ones.
   int MakeLabelsUnique(const KVN_stringArray& labels);
-  /// A label for `position` made of `base` and a number that SetFaultLabel accepts; it is set.
+  /// Sets a label made of `base` (mended to an identifier, "x" if it is empty) and a number: the
+  /// first that SetFaultLabel accepts, counting up from 1 plus the sum of all outcome counts of the
+  /// network.
   int CreateLabel(int position, const char* base);
 
   const KVN_stringArray& GetStateComments() const { return stateComments; }
   int SetStateComments(const KVN_stringArray& comments);
+  int SetStateComment(int outcome, const char* comment);
   const KVN_stringArray& GetStateRepairInfo() const { return stateRepairInfo; }
   int SetStateRepairInfo(const KVN_stringArray& texts);
+  int SetStateRepairInfo(int outcome, const char* text);
 
   /// Empty text when unset, never null.
   const char* GetQuestion() const;
@@ -97,6 +110,9 @@ class KVN_extraDefinition : public KVN_object {
   /// Values outside 0 to 4 are ignored.
   void SetShowAs(int mode);
 
+  /// The definition has just changed an outcome. KVN_REFUSED for a position outside the lists:
+  /// unchanged. Adding puts a default entry at the position; removing the default outcome makes
+  /// outcome 0 the default.
   int OutcomeAdded(int position);
   int OutcomeRemoved(int position);
   /// KVN_REFUSED for a bad permutation; the lists done up to then stay permuted (intended).
@@ -104,30 +120,41 @@ class KVN_extraDefinition : public KVN_object {
   /// All lists to one default entry for each outcome, and the default outcome to 0: the outcomes
   /// were replaced as a whole.
   int Refresh();
+  /// Cuts lists that are too long and fills short ones with default entries; the entries that fit
+  /// stay. Nothing when the counts agree.
+  int FitToOutcomes();
 
-  /// KVN_NOT_READY, unchanged, if the source isn't ready.
+  /// Takes network and handle too. KVN_NOT_READY if the source isn't ready, KVN_NO_MEMORY:
+  /// unchanged.
   int Assign(const KVN_extraDefinition& source);
   void Attach(KVN_network* newNetwork) { network = newNetwork; }
   void CleanUp(int deep) override;
 
  private:
+  /// Items in every per-outcome list.
+  int GetCount() const { return faultStates.GetNumItems(); }
   bool IsLabelUsedElsewhere(const char* label) const;
+  long long SumOfOutcomeCounts() const;
+  bool HasCount(int count) const;
+  int ResizeLists(int count);
+  void ClearLists();
+  int SetTexts(KVN_stringArray& list, const KVN_stringArray& texts);
+  int SetText(KVN_stringArray& list, int outcome, const char* text);
 
   KVN_network* network;  // not owned
   int handle;
   KVN_intArray faultStates;
   int defaultOutcome = 0;
-  KVN_documentation* documents = nullptr;  // owned array
-  int documentCount = 0;
+  std::unique_ptr<KVN_documentation[]> documents;  // one per outcome
   KVN_stringArray faultNames;
-  KVN_idArray faultLabels{/*allowEmpty=*/true};
+  KVN_idArray faultLabels{/*allowEmptyIds=*/true};
   KVN_stringArray stateComments;
   KVN_stringArray stateRepairInfo;
-  char* question = nullptr;  // owned
+  std::unique_ptr<char[]> question;  // null when unset
   int diagnosisType = KVN_DIAGNOSIS_AUXILIARY;
   unsigned char ranked = 0;
   unsigned char mandatory = 0;
   unsigned char setAsDefault = 0;
   int showAs = kShowAsInherited;
-  std::unique_ptr<KVN_stateData> stateData;
+  std::unique_ptr<KVN_stateData> stateData;  // null: no class of this system provides any
 };
