@@ -14,6 +14,7 @@
 
 class KVN_caseList;
 class KVN_header;
+struct KVN_logicFrame;
 class KVN_node;
 class KVN_nodeDefinition;
 class KVN_nodeEntry;
@@ -52,6 +53,9 @@ constexpr int KVN_LOAD_REPEATED_IDS = 4;
 ///   - p is in the parents of c exactly when c is in the children of p, on each layer;
 ///   - layer 0 is acyclic, except while KVN_LOAD_ANY_ARC_ORDER is set;
 ///   - the position of a parent in the list is its dimension in the child's table.
+///
+/// The table. `size` grows by `growBy` slots when all are taken, which decides what handles are
+/// given out; the memory behind it grows by half, so that the entries seldom move.
 ///
 /// Layers. 0 is the normal layer; 1 holds the observation costs and has no influence on inference.
 ///
@@ -272,27 +276,53 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   int GrowTable();
   void DestroyNodes();
   void ResetForReading();
-  bool ReachesDownward(int from, int to);
+  int NameNewNode(int handle, const char* id);
+  int RemoveArcsOf(int handle, KVN_intArray KVN_nodeEntry::*list, int layer, bool asParent);
+  bool IsArcPossible(int parent, int child) const;
+  bool HasArc(int parent, int child) const;
+  int ReachesDownward(int from, int to);
+  int AddPlainArc(int parent, int child);
+  int RemovePlainArc(int parent, int child);
   int AddCostArc(int parent, int child);
   int RemoveCostArc(int parent, int child);
+  void DropTestGroupCost(int handle);
+  int AllocateTable(int newSize);
   int CopyEntries(const KVN_network& source, int skipTemporal);
+  int CopyEntry(const KVN_nodeEntry& source, int handle, int skipTemporal);
   void CopySettings(const KVN_network& source);
+  int CopyListeners(const KVN_network& source, int skipTemporal);
 
-  // Staleness (changeCascade.cpp) and logical consequences (evidenceLogic.cpp).
+  // Staleness (changeCascade.cpp). A walk that runs out of memory answers KVN_NO_MEMORY.
   int ChangeCascade(int handle);
-  void MarkAncestors(int handle);
-  void Spread(int handle, int direction, bool& needDecisions);
+  int CascadeFrom(int handle, bool& needDecisions);
+  int MarkEvidenceAncestors();
+  int Spread(int start, int pending, bool& needDecisions);
+  int EnterSpread(int handle, int direction, bool& needDecisions);
+  int SpreadEvidence(int handle, bool& needDecisions);
+  void GiveUpWalk(bool& needDecisions);
   void InvalidateDecisions();
+  int ArcChanged(int child, int hook);
+  void AutomaticUpdate();
+
+  // Logical consequences of evidence (evidenceLogic.cpp).
+  int CheckPossible(int handle) const;
   int PropagateEvidence(int handle);
-  int PropagateForward(int handle, KVN_intArray& derived);
-  int AutomaticUpdate();
+  int PropagateAllEvidence();
+  int EvidenceCoordinates(int handle, KVN_intArray& coordinates) const;
+  int StepForward(KVN_logicFrame& frame, int& follow);
+  int StepBackward(KVN_logicFrame& frame, int& follow);
+  int Conclude(int from, int other, int outcome, int& follow);
 
   // Updating (updateDriver.cpp, softEvidence.cpp).
   int UpdateDiscrete();
+  int RunDiscreteAlgorithm();
   int UpdateEquations();
   int UpdateHybrid();
   int UpdateDecisionNetwork();
+  int UpdateTemporal();
+  int ResetValue(int handle);
   int InstallSoftEvidence(KVN_intArray& helpers);
+  int AddSoftEvidenceHelper(int handle, KVN_intArray& helpers);
   void RemoveSoftEvidence(const KVN_intArray& helpers);
 
   KVN_creation creation;
@@ -301,6 +331,7 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   std::unique_ptr<KVN_submodelHandler> submodels;
   KVN_nodeEntry* nodes = nullptr;  // owned table, indexed by handle
   int size = 0;
+  int capacity = 0;  // entries allocated; those from `size` on are empty
   int numNodes = 0;
   int growBy = 50;
   int numTargets = 0;
@@ -326,4 +357,5 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   int showAs = 0;
   KVN_identifierIndex index{*this};  // node identifiers, beside the table
   int lowestFree = 0;                // no slot below it is free
+  std::int64_t arcTests = 0;         // numbers used so far for KVN_nodeEntry::arcTest
 };

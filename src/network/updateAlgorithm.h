@@ -29,11 +29,13 @@ extern const KVN_updateAlgorithm theUpdateAlgorithms[];  // defined in inference
 
 /// The ways to update a network that isn't a plain discrete one. A null entry answers KVN_REFUSED.
 struct KVN_specialUpdates {
-  int (*policyEvaluation)(KVN_network& network);                // decisions, algorithm 0
-  int (*bestPolicySearch)(KVN_network& network);                // decisions, algorithm 1
-  int (*solveEquations)(KVN_network& network);                  // equations, plain
-  int (*convertToHybrid)(KVN_network& network);                 // equations with evidence below
-  int (*discretize)(KVN_network& network, int equationHandle);  // equations on intervals
-  int (*hybridMode)(KVN_network& network, int mode);            // modes 13 to 16
+  int (*policyEvaluation)(KVN_network& network);  // decisions, algorithm 0
+  int (*bestPolicySearch)(KVN_network& network);  // decisions, algorithm 1
+  int (*solveEquations)(KVN_network& network);    // equations, plain
+  int (*convertToHybrid)(KVN_network& network);   // equations with evidence below
+  // Equations on intervals, started from one equation node. Answers KVN_NOT_APPLICABLE, with
+  // nothing done, for a node that has none: the next equation node is asked then.
+  int (*discretize)(KVN_network& network, int equationHandle);
+  int (*hybridMode)(KVN_network& network, int mode);  // modes 13 to 16
 };
 extern const KVN_specialUpdates theSpecialUpdates;  // defined in inference/algorithmTable.cpp
