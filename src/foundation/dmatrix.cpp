@@ -26,6 +26,7 @@ int KVN_Dmatrix::Setup(const KVN_intArray& sizes) {
 
 int KVN_Dmatrix::Setup(const int* sizes, int count) {
   if (count < 0 || (count > 0 && sizes == nullptr)) return KVN_REFUSED;
+  if (std::any_of(sizes, sizes + count, [](int size) { return size < 1; })) return KVN_REFUSED;
   KVN_Dmatrix made;
   int cells = 0;
   if (int result = made.SetDimensions(sizes, count, cells); result < 0) return result;
@@ -63,14 +64,13 @@ void KVN_Dmatrix::Swap(KVN_Dmatrix& other) noexcept {
   items.Swap(other.items);
 }
 
-/// Fills `dimensions` and `multipliers`, and counts the cells. On failure some may be set: this is
-/// for a table that is being made and will be dropped then.
+/// Fills `dimensions` and `multipliers` from sizes >= 1, and counts the cells. On failure some may
+/// be set: this is for a table that is being made and will be dropped then.
 int KVN_Dmatrix::SetDimensions(const int* sizes, int count, int& cells) {
   if (int result = dimensions.SetSize(count); result < 0) return result;
   if (int result = multipliers.SetSize(count); result < 0) return result;
   long long product = count > 0 ? 1 : 0;
   for (int i = count - 1; i >= 0; i--) {
-    if (sizes[i] < 1) return KVN_REFUSED;
     dimensions[i] = sizes[i];
     multipliers[i] = static_cast<int>(product);
     product *= sizes[i];
