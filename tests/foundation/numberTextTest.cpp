@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <sstream>
 #include <string>
 
 #include "foundation/resultCodes.h"
@@ -66,50 +67,12 @@ TEST(NumberText, ReservedValues) {
 }
 
 TEST(NumberText, ReadsWhatStrtodReads) {
-  const char* const texts[] = {"0",
-                               "-0",
-                               "+1.5",
-                               " \t\n1",
-                               "1.",
-                               ".5",
-                               ".",
-                               "+-1",
-                               "-",
-                               "",
-                               "1e5",
-                               "1E+5",
-                               "1e",
-                               "1e+",
-                               "12e",
-                               "1.5.2",
-                               "0x1p-3",
-                               "0X",
-                               "0xg",
-                               "-0x10",
-                               "inf",
-                               "-INFINITY",
-                               "nan",
-                               "-nan",
-                               "nan(1)",
-                               "1e400",
-                               "-1e400",
-                               "1e-400",
-                               "4.9e-324",
-                               "2e-324",
-                               "5e-310",
-                               "abc",
-                               "1,5",
-                               "1 2",
-                               "00012",
-                               "1-2",
-                               "1e5e5",
-                               "0.1e1x",
-                               "9007199254740993",
-                               "2.2250738585072011e-308",
-                               "179769313486231580793728971405301e276",
-                               "1_000",
-                               "+ 1"};
-  for (const char* text : texts) ExpectReadLikeStrtod(text);
+  std::istringstream texts(
+      "0|-0|+1.5| \t\n1|1.|.5|.|+-1|-||1e5|1E+5|1e|1e+|12e|1.5.2|0x1p-3|0X|0xg|-0x10|inf|"
+      "-INFINITY|nan|-nan|nan(1)|1e400|-1e400|1e-400|4.9e-324|2e-324|5e-310|abc|1,5|1 2|"
+      "00012|1-2|1e5e5|0.1e1x|9007199254740993|2.2250738585072011e-308|"
+      "179769313486231580793728971405301e276|1_000|+ 1|");
+  for (std::string text; std::getline(texts, text, '|');) ExpectReadLikeStrtod(text.c_str());
   double value = 1.0;
   EXPECT_EQ(TextToDouble(nullptr, value), KVN_REFUSED);
   EXPECT_EQ(value, 0.0);
