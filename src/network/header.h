@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
-
 #include "foundation/object.h"
 
+class KVN_network;
 class KVN_node;
 
 /// Identifier, name and comment of a node or a submodel (the root submodel's header is the
@@ -37,11 +36,19 @@ class KVN_header : public KVN_object {
 
   /// KVN_NOT_READY if the source isn't ready; then SetId, name and comment. The owner stays.
   [[nodiscard]] int Assign(const KVN_header& source);
+  /// The same, but the identifier is taken as it stands, without asking the network whether it is
+  /// in use: a copied node keeps the identifier of its original.
+  [[nodiscard]] int AssignUnchecked(const KVN_header& source);
 
   void CleanUp(int deep) override;
   int CheckConsistency(int deep) override;
 
  private:
+  /// The network in whose table the owner stands; null for a header that no network knows.
+  KVN_network* NetworkOfOwner() const;
+  /// Puts `newId` (owned, may be null) in place of the identifier.
+  void StoreId(char* newId);
+
   char* id = nullptr;       // owned
   char* name = nullptr;     // owned
   char* comment = nullptr;  // owned

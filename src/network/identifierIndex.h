@@ -1,17 +1,18 @@
 #pragma once
 
-#include "foundation/intArray.h"
-
 /// Multi-map from identifier to small integers (node handles, submodel indexes), so that a look-up
-/// by name doesn't scan the table. It keeps no texts: it stores a hash and the integer, and the
+/// by name doesn't scan the table. It keeps no texts: it stores a hash for each integer, and the
 /// caller says through `Source` what identifier an integer has now.
 ///
-/// Open addressing with linear probing and at most half of the cells in use; the hash is a fixed
-/// one, so nothing depends on the process. Failure of memory leaves the index incomplete and
-/// IsUsable() false; callers then scan.
+/// Chained hashing: `heads` has a power of two of chain heads, at least as many as there are
+/// members, and the links lie in an array by number, doubly linked. So adding and removing take
+/// constant time even where one identifier repeats thousands of times, as the "@" of helper nodes
+/// does. The hash is a fixed one (FNV-1a), so nothing depends on the process.
+///
+/// Failure of memory leaves the index empty and IsUsable() false until Clear; callers then scan.
 class KVN_identifierIndex {
  public:
-  /// Says what identifier an integer has.
+  /// Says what identifier an integer has; null for none.
   class Source {
    public:
     virtual const char* IdentifierOf(int number) const = 0;
@@ -20,30 +21,39 @@ class KVN_identifierIndex {
     ~Source() = default;
   };
 
-  explicit KVN_identifierIndex(const Source& source);
+  explicit KVN_identifierIndex(const Source& numbers);
   KVN_identifierIndex(const KVN_identifierIndex&) = delete;
   KVN_identifierIndex& operator=(const KVN_identifierIndex&) = delete;
   ~KVN_identifierIndex();
 
   bool IsUsable() const { return usable; }
   void Clear();
+  /// Null is not added; a number that is in the index already moves to the new identifier.
   void Add(const char* id, int number);
-  /// Removes the pair; `id` is the identifier under which `number` was added.
-  void Remove(const char* id, int number);
+  /// Nothing happens for a number that isn't in the index.
+  void Remove(int number);
   /// The smallest number whose identifier is `id` now, leaving out `except`; KVN_REFUSED if none.
   int FindLowest(const char* id, int except = -1) const;
 
  private:
-  struct Cell {
+  struct Link {
     unsigned hash = 0;
-    int number = -1;  // -1 never used, -2 removed
+    int next = kNone;
+    int previous = kNotIn;  // kNone for the first of a chain
   };
+  static constexpr int kNone = -1;
+  static constexpr int kNotIn = -2;
 
-  void Grow();
+  bool Reserve(int number);
+  bool GrowHeads();
+  void LinkIn(int number);
+  void Release();
 
   const Source& source;
-  Cell* cells = nullptr;  // owned
-  int capacity = 0;       // a power of two
-  int used = 0;           // cells that are not "never used"
+  int* heads = nullptr;   // owned
+  unsigned mask = 0;      // number of heads - 1
+  Link* links = nullptr;  // owned, by number
+  int capacity = 0;       // of `links`
+  int members = 0;
   bool usable = true;
 };

@@ -13,6 +13,7 @@
 #include "network/userProperties.h"
 
 class KVN_caseList;
+class KVN_ciDefinition;
 class KVN_header;
 struct KVN_logicFrame;
 class KVN_node;
@@ -248,9 +249,7 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   const EpisParameters& GetEpisParams() const { return hybridParameters; }
   /// KVN_REFUSED, unchanged, for a record that isn't acceptable. Both names set the same record.
   int SetEpisParams(const EpisParameters& parameters);
-  int SetHybridParameters(const EpisParameters& parameters) {
-    return SetEpisParams(parameters);
-  }
+  int SetHybridParameters(const EpisParameters& parameters) { return SetEpisParams(parameters); }
   const KVN_solverParameters& GetSolverParameters() const { return solverParameters; }
   int SetSolverParameters(const KVN_solverParameters& parameters);
   int GetSolverSteps() const { return solverSteps; }
@@ -276,11 +275,13 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   int GrowTable();
   void DestroyNodes();
   void ResetForReading();
+  int FindNodeExcept(const char* id, int exceptHandle) const;
   int NameNewNode(int handle, const char* id);
   int RemoveArcsOf(int handle, KVN_intArray KVN_nodeEntry::*list, int layer, bool asParent);
   bool IsArcPossible(int parent, int child) const;
   bool HasArc(int parent, int child) const;
   int ReachesDownward(int from, int to);
+  bool GateFits(const KVN_ciDefinition& gate) const;
   int AddPlainArc(int parent, int child);
   int RemovePlainArc(int parent, int child);
   int AddCostArc(int parent, int child);

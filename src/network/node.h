@@ -11,6 +11,7 @@ class KVN_nodeCost;
 class KVN_nodeDefinition;
 class KVN_nodeInfo;
 class KVN_nodeValue;
+class KVN_userProperties;
 
 /// Holder of everything that belongs to one variable: description, definition (what is known
 /// before evidence), value (what is known now), observation costs and diagnosis attributes. The
@@ -22,11 +23,14 @@ class KVN_node : public KVN_object {
  public:
   KVN_node(KVN_network* network, int handle);
   /// The copy of `source`, which must be ready, otherwise this stays empty. The copy still points
-  /// at the source's network: Attach aims it at its own.
-  explicit KVN_node(KVN_node& source);
-  KVN_node(const KVN_node&) = delete;
+  /// at the source's network: Attach aims it at its own. A definition or value that can't be
+  /// copied is left out, and the copy isn't ready then.
+  explicit KVN_node(const KVN_node& source);
   KVN_node& operator=(const KVN_node&) = delete;
   ~KVN_node() override;
+
+  /// False where memory ran out while the node was made; such a node is of no use.
+  bool IsWhole() const { return info != nullptr && nodeCost != nullptr; }
 
   /// The identifier; null when unset.
   const char* GetId() const;
@@ -35,7 +39,10 @@ class KVN_node : public KVN_object {
   int SetName(const char* text);
   int SetComment(const char* text);
 
+  /// The description; every node has one except the copy of a node that wasn't ready.
   KVN_nodeInfo& Info() { return *info; }
+  /// The same as Info().UserProperties(); null where there is no description.
+  KVN_userProperties* UserProperties() const;
   /// Null while a node has no definition: after AddNode with type 0, or a failed change of type.
   KVN_nodeDefinition* Definition() const { return definition.get(); }
   KVN_nodeValue* Value() const { return value.get(); }
@@ -81,6 +88,14 @@ class KVN_node : public KVN_object {
   int CheckConsistency(int deep) override;
 
  private:
+  void CopyParts(const KVN_node& source);
+  void ReleaseParts();
+  int MakeDefinition(int typeCode);
+  int FitExtraDefinition();
+  void OutcomesReplaced(int oldCount);
+  int ConvertOldParts(KVN_nodeDefinition* oldDefinition, KVN_nodeValue* oldValue);
+  void DropNonDiscreteParents();
+
   // Destroyed in this order, front to back.
   std::unique_ptr<KVN_nodeInfo> info;
   std::unique_ptr<KVN_nodeDefinition> definition;

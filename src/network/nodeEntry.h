@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "foundation/intArray.h"
 #include "foundation/object.h"
 
@@ -37,10 +39,12 @@ class KVN_nodeEntry : public KVN_object {
   int temporalType = 0;       // 0 plain, 1 anchor, 2 terminal, 3 in plate
   int marks = 0;              // KVN_entryMark bits
   int level = 0;              // result of ComputeLevels
+  /// Number of the arc test that was here last; it spares that test the clearing of `marks`.
+  std::int64_t arcTest = 0;
 
   /// Destroys the node and empties the slot.
   void CleanUp(int deep) override;
 
-  /// Exchanges node, temporal type, marks and the four lists.
+  /// Exchanges node, temporal type, marks, level and the four lists.
   void Swap(KVN_nodeEntry& other);
 };

@@ -18,7 +18,7 @@ class KVN_nodeInfo : public KVN_object {
 
   /// KVN_NOT_READY, unchanged, if the source isn't ready. The identifier is taken as it stands,
   /// without asking the network: this is how a node is copied.
-  int Assign(KVN_nodeInfo& source);
+  int Assign(const KVN_nodeInfo& source);
   void CleanUp(int deep) override;
   int CheckReadiness(int deep) override;
   int CheckConsistency(int deep) override;

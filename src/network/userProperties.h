@@ -41,6 +41,8 @@ class KVN_userProperties : public KVN_object {
   int CheckConsistency(int deep) override;
 
  private:
+  int InsertPair(int position, const char* key, const char* value);
+
   KVN_idArray keys;
   KVN_stringArray values;
 };
