@@ -1,0 +1,21 @@
+// The formats that this library reads and writes, by code. A code without a row is an unknown
+// format to CreateSpeaker.
+
+#include <new>
+
+#include "formats/text/kvnSpeaker.h"
+#include "network/fileSpeaker.h"
+
+namespace {
+
+template <typename Speaker>
+KVN_fileSpeaker* Make(KVN_network& network) {
+  return new (std::nothrow) Speaker(network);
+}
+
+}  // namespace
+
+const KVN_formatRow theFileFormats[] = {
+    {KVN_FORMAT_KVN, Make<KVN_kvnSpeaker>},
+    {-1,             nullptr             },
+};
