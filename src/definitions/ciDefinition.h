@@ -30,7 +30,8 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   using KVN_nodeDefinition::GetDefinition;
   using KVN_nodeDefinition::SetDefinition;
 
-  KVN_ciDefinition(KVN_network* network, int handle) : KVN_nodeDefinition(network, handle) {}
+  KVN_ciDefinition(KVN_network* theNetwork, int theHandle)
+      : KVN_nodeDefinition(theNetwork, theHandle) {}
 
   void CleanUp(int deep) override;
   int CheckReadiness(int deep) override;
@@ -39,7 +40,7 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   /// Cells of the table, which is built if need be; the code of a build that fails.
   int GetSize() override;
   int ConvertFrom(KVN_nodeDefinition& source) override { return Assign(source); }
-  int RemoveNonDiscreteParents() override;
+  int RemoveNonDiscreteParents() override { return DropNonDiscreteParents(); }
 
   int AddOutcome(const char* name) override;
   /// The new outcome has probability 0 in every row. It is meant that the constrained rows are not
@@ -79,14 +80,15 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   /// The next reader of the table rebuilds it. For those who write into GetParameters().
   void MarkCptStale() { ciFlags &= ~KVN_CI_CPT_CURRENT; }
   int GetCiFlags() const { return ciFlags; }
-  void SetCiFlags(int flags) { ciFlags = flags; }
+  void SetCiFlags(int bits) { ciFlags = bits; }
 
  protected:
-  /// Two dimensions, at least one row, and a column for each outcome.
-  bool ParametersFit() const;
-  int RowCount() const { return ParametersFit() ? parameters.GetSizeOfDimension(0) : 0; }
-  /// First cell of a row, unchecked.
-  double* Row(int row) { return parameters.GetData() + row * outcomes.GetNumItems(); }
+  /// Shape of the parameters; 0 unless they have two dimensions.
+  int RowCount() const { return IsMatrix() ? parameters.GetSizeOfDimension(0) : 0; }
+  int ColumnCount() const { return IsMatrix() ? parameters.GetSizeOfDimension(1) : 0; }
+  /// First cell of a row, unchecked; of RowCount(): the end.
+  double* Row(int row) { return parameters.GetData() + row * ColumnCount(); }
+  const double* Row(int row) const { return parameters.GetData() + row * ColumnCount(); }
   /// Makes the row 0 but for a 1 in `column`. A row or column outside is KVN_REFUSED.
   int SetUnitRow(int row, int column);
   /// Opens `count` rows of 0.0 in front of row `at`, or closes them. KVN_REFUSED outside, or when
@@ -100,14 +102,10 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   /// Builds the table unless it is current. A cleared table never counts as current.
   int UpdateCpt();
 
-  /// Names from the prefix "State" until there are `count`.
-  int FillNames(int count);
-  /// Takes over the names of `source`, and whether they may be empty.
-  int CopyNames(const KVN_nodeDefinition& source);
-  /// Table of one uniform or empty row per parent configuration: 1 row, own outcomes, all 0.0.
+  /// No table, and as parameters the leak row alone, all 0.0.
   int StartParameters();
   /// Copies the cells of another definition's table into `cpt` if their numbers agree.
-  int CopyCellsToCpt(KVN_nodeDefinition& source);
+  void CopyCellsToCpt(KVN_nodeDefinition& source);
   /// The end of every Assign that succeeds.
   int Assigned();
 
@@ -115,6 +113,8 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   /// `parameters` the column where a constrained row has its 1, or -1 for a free row.
   int CheckRows(const KVN_Dmatrix& matrix, const KVN_intArray& unitColumns, char* message,
                 int messageSize) const;
+
+  bool IsMatrix() const { return parameters.GetNumberOfDimensions() == 2; }
 
   KVN_idArray outcomes;  // the outcome count is taken from here
   KVN_Dmatrix cpt;

@@ -28,7 +28,8 @@ class KVN_noisyAdder : public KVN_ciDefinition {
   using KVN_ciDefinition::SetNumberOfOutcomes;
 
   /// Sets fields only; Init must follow.
-  KVN_noisyAdder(KVN_network* network, int handle) : KVN_ciDefinition(network, handle) {}
+  KVN_noisyAdder(KVN_network* theNetwork, int theHandle)
+      : KVN_ciDefinition(theNetwork, theHandle) {}
   /// Builds the default gate for the node's parents.
   int Init();
 
@@ -92,15 +93,18 @@ class KVN_noisyAdder : public KVN_ciDefinition {
   int CheckParameters(const KVN_Dmatrix& matrix, char* message, int messageSize) const;
 
  private:
-  /// One parent at the time of a build.
-  struct Cause;
+  struct Walk;  // of BuildCpt
 
+  /// Parents that have their entries in the lists.
+  int CauseCount() const;
   int UnitColumns(KVN_intArray& columns) const;
-  int CptSizes(KVN_intArray& sizes) const;
-  void FillAverage(const KVN_intArray& sizes);
-  void FillSingleFault(const KVN_intArray& sizes);
-  int CopyGate(KVN_noisyAdder& source);
-  int NumberOfCauses() const;
+  int StartWalk(Walk& walk, KVN_intArray& sizes) const;
+  void AverageRow(const Walk& walk, double* cells) const;
+  void SingleFaultRow(const Walk& walk, double* cells) const;
+  /// Ends the edits of a parent.
+  int Edited();
+  int TakeContent(KVN_nodeDefinition& source);
+  int TakeGate(KVN_noisyAdder& source);
 
   int distinguishedState = 1;
   KVN_intArray parentDistinguishedStates;

@@ -27,7 +27,7 @@ class KVN_noisyMAX : public KVN_ciDefinition {
   using KVN_ciDefinition::SetDefinition;
 
   /// Sets fields only; Init must follow.
-  KVN_noisyMAX(KVN_network* network, int handle) : KVN_ciDefinition(network, handle) {}
+  KVN_noisyMAX(KVN_network* theNetwork, int theHandle) : KVN_ciDefinition(theNetwork, theHandle) {}
   /// Builds the default gate for the node's parents.
   int Init();
 
@@ -102,20 +102,35 @@ class KVN_noisyMAX : public KVN_ciDefinition {
   bool IsConstrained(const KVN_Dmatrix& matrix, int cell) const;
 
  private:
+  class Search;  // of FitParameters
+
+  /// Row-wise P(outcome j or a later one), and back; a result below 0 becomes 0.
   static void Cumulate(KVN_Dmatrix& matrix);
   static void Decumulate(KVN_Dmatrix& matrix);
+  /// Multiplies each of `rows` rows of n cells by `count` factors, the rows `rowOf[0..count-1]` of
+  /// `factors`, in place: row r becomes the rows r * count to r * count + count - 1.
+  static void Expand(double* cells, int rows, int n, const double* factors, const int* rowOf,
+                     int count);
 
-  /// Position of the parent among the entries of `strengths`, or a negative code.
+  int BlockCount() const { return static_cast<int>(strengths.size()); }
+  /// Index of the parent's block, or a negative code.
   int BlockOf(int parent) const;
-  /// Rows of all blocks: the index of the leak row.
-  int BlockRows() const;
-  int UnitColumns(KVN_intArray& columns) const;
+  int BlockSize(int block) const { return strengths[block].GetSize(); }
+  /// First row of a block; of BlockCount(): the leak row.
+  int BlockStart(int block) const;
+  int BlockRows() const { return BlockStart(BlockCount()); }
   int SetConstrainedRow(int row) { return SetUnitRow(row, outcomes.GetNumItems() - 1); }
+  int UnitColumns(KVN_intArray& columns) const;
+  /// For each outcome of each parent, in the parents' own order of outcomes, its row.
   int RowsByOutcome(KVN_intArray& rows) const;
   int CptSizes(KVN_intArray& sizes) const;
+  /// Ends the edits of a parent that go well.
+  int Edited();
+  /// Removes a block; the leak row is taken from `folded`.
   int DropBlock(int block, const KVN_Dmatrix& folded);
-  int ConvertFromTable(KVN_nodeDefinition& source);
-  int CopyGate(KVN_noisyMAX& source);
+  int TakeContent(KVN_nodeDefinition& source);
+  int TakeTable(KVN_nodeDefinition& source);
+  int TakeGate(KVN_noisyMAX& source);
   int SeedFromCpt();
 
   std::vector<KVN_intArray> strengths;
