@@ -2,10 +2,8 @@
 
 #include "definitions/nodeDefinition.h"
 #include "foundation/resultCodes.h"
-#include "network/caseList.h"
 #include "network/network.h"
 #include "network/nodeEntry.h"
-#include "network/temporalEngine.h"
 #include "values/nodeValue.h"
 
 int KVN_network::EvidenceChanged(int handle) {
@@ -94,24 +92,4 @@ int KVN_network::ClearAllPropagatedEvidence() {
     if (value != nullptr) (void)value->ClearPropagatedEvidence();
   }
   return KVN_SUCCESS;
-}
-
-void KVN_network::TellTypeChanged(int handle, int oldType) {
-  if (cases != nullptr) cases->NodeTypeChanged(handle, oldType);
-  if (temporal != nullptr) temporal->NodeTypeChanged(handle, oldType);
-}
-
-void KVN_network::TellOutcomeAdded(int handle, int position) {
-  if (cases != nullptr) cases->OutcomeAdded(handle, position);
-  if (temporal != nullptr) temporal->OutcomeAdded(handle, position);
-}
-
-void KVN_network::TellOutcomeRemoved(int handle, int position) {
-  if (cases != nullptr) cases->OutcomeRemoved(handle, position);
-  if (temporal != nullptr) temporal->OutcomeRemoved(handle, position);
-}
-
-void KVN_network::TellOutcomesReordered(int handle, const KVN_intArray& order) {
-  if (cases != nullptr) cases->OutcomesReordered(handle, order);
-  if (temporal != nullptr) temporal->OutcomesReordered(handle, order);
 }
