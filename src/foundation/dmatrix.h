@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "foundation/doubleArray.h"
 #include "foundation/intArray.h"
 
@@ -144,7 +146,8 @@ class KVN_Dmatrix {
  private:
   /// A table seen from one dimension: `outer` blocks of `size` slices of `inner` adjacent cells.
   struct Blocks {
-    int outer, size, inner;
+    int outer, size;
+    std::ptrdiff_t inner;
   };
 
   bool IsDimension(int d) const { return d >= 0 && d < GetNumberOfDimensions(); }

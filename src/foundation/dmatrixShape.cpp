@@ -184,7 +184,7 @@ int KVN_Dmatrix::AddDimension(int position, int size) {
 int KVN_Dmatrix::MakeSlice(int d, int value, KVN_Dmatrix& made) const {
   if (int result = MakeWithout(d, made); result < 0) return result;
   const Blocks blocks = BlocksOf(d);
-  const int length = blocks.size * blocks.inner;
+  const std::ptrdiff_t length = blocks.size * blocks.inner;
   double* to = made.GetData();
   for (int o = 0; o < blocks.outer; o++) {
     to = std::copy_n(GetData() + o * length + value * blocks.inner, blocks.inner, to);
@@ -216,7 +216,7 @@ int KVN_Dmatrix::WeightedCopy(int d, const KVN_doubleArray& weights, KVN_Dmatrix
     double* to = made.GetData();
     for (int o = 0; o < blocks.outer; o++, to += blocks.inner) {
       for (int k = 0; k < blocks.size; k++, from += blocks.inner) {
-        for (int i = 0; i < blocks.inner; i++) to[i] += weights[k] * from[i];
+        for (std::ptrdiff_t i = 0; i < blocks.inner; i++) to[i] += weights[k] * from[i];
       }
     }
   }
@@ -230,7 +230,7 @@ int KVN_Dmatrix::PushSlice(int d) {
   KVN_Dmatrix made;
   if (int result = MakeResized(d, dimensions[d] + 1, made); result < 0) return result;
   const Blocks blocks = BlocksOf(d);
-  const int length = blocks.size * blocks.inner;
+  const std::ptrdiff_t length = blocks.size * blocks.inner;
   const double* from = GetData();
   double* to = made.GetData();
   for (int o = 0; o < blocks.outer; o++, from += length) {
@@ -245,7 +245,7 @@ int KVN_Dmatrix::ShrinkDimension(int d) {
   KVN_Dmatrix made;
   if (int result = MakeResized(d, dimensions[d] - 1, made); result < 0) return result;
   const Blocks blocks = BlocksOf(d);
-  const int length = (blocks.size - 1) * blocks.inner;
+  const std::ptrdiff_t length = (blocks.size - 1) * blocks.inner;
   const double* from = GetData();
   double* to = made.GetData();
   for (int o = 0; o < blocks.outer; o++, from += length + blocks.inner) {
@@ -268,9 +268,9 @@ int KVN_Dmatrix::ChangeOrderWithinDimension(int d, const KVN_intArray& order) {
   if (!IsDimension(d)) return KVN_REFUSED;
   const Blocks blocks = BlocksOf(d);
   if (int result = CheckPermutation(order, blocks.size); result < 0) return result;
-  const int length = blocks.size * blocks.inner;
+  const std::ptrdiff_t length = blocks.size * blocks.inner;
   KVN_doubleArray old;
-  if (int result = old.SetSizeUnwritten(length); result < 0) return result;
+  if (int result = old.SetSizeUnwritten(static_cast<int>(length)); result < 0) return result;
   double* to = GetData();
   for (int o = 0; o < blocks.outer; o++) {
     std::copy_n(to, length, old.GetItems());

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -21,8 +22,8 @@ bool IsInline(const Array& array) {
 }
 
 KVN_intArray Counting(int count) {
-  std::vector<int> values;
-  for (int i = 0; i < count; i++) values.push_back(i);
+  std::vector<int> values(count);
+  std::iota(values.begin(), values.end(), 0);
   return IntsOf(values);
 }
 

@@ -59,6 +59,7 @@ std::vector<T> ItemsOf(const KVN_valueArray<T, kInline>& array) {
 /// Used items as text, "(null)" for an unset one.
 inline std::vector<std::string> TextsOf(const KVN_stringArray& array) {
   std::vector<std::string> texts;
+  texts.reserve(UsedCount(array));
   for (int i = 0; i < UsedCount(array); i++) {
     texts.emplace_back(array[i] == nullptr ? "(null)" : array[i]);
   }
