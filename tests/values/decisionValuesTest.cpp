@@ -1,0 +1,147 @@
+#include <memory>
+
+#include "foundation/numberText.h"
+#include "foundation/resultCodes.h"
+#include "tests/support/builders.h"
+#include "tests/support/networkBuilder.h"
+#include "values/expectedUtility.h"
+#include "values/listOfDecisions.h"
+
+namespace {
+
+// Decision with two alternatives whose expected utilities are 10 and 20.
+struct OneDecision {
+  KVN_network network;
+  int d = AddNodeBelow(network, KVN_TYPE_LIST, "D", 2, {});
+  KVN_nodeValue& value = *network.ValueOf(d);
+
+  OneDecision() { EXPECT_EQ(value.SetValue(TableOf({2}, {10, 20})), 0); }
+};
+
+}  // namespace
+
+TEST(ListOfDecisions, AChoiceLeavesTheUtilitiesReadable) {
+  OneDecision net;
+  ASSERT_EQ(net.value.SetEvidence(1), 0);
+  EXPECT_EQ(net.value.GetEvidence(), 1);
+  EXPECT_EQ(net.value.GetFlags(), unsigned{KVN_VALUE_EVIDENCE | KVN_VALUE_VALID});
+  EXPECT_TRUE(CellsNear(MatrixOf(net.network, net.d), {10, 20}, 0.0));
+  EXPECT_EQ(net.value.ClearEvidence(), 0);
+  EXPECT_EQ(net.value.GetFlags(), 0u);
+  EXPECT_EQ(net.value.ClearEvidence(), KVN_REFUSED);
+}
+
+TEST(ListOfDecisions, ABadAlternativeIsIgnoredAndTakesTheOldChoiceAway) {
+  OneDecision net;
+  EXPECT_EQ(net.value.SetEvidence(5), 0);
+  EXPECT_EQ(net.value.SetPropagatedEvidence(-1), 0);
+  EXPECT_EQ(net.value.GetFlags(), 0u);
+  ASSERT_EQ(net.value.SetEvidence(1), 0);
+  EXPECT_EQ(net.value.SetEvidence(5), 0);
+  EXPECT_EQ(net.value.GetEvidence(), KVN_REFUSED);
+}
+
+TEST(ListOfDecisions, PropagatedChoiceIsNotTheUsersToClear) {
+  OneDecision net;
+  ASSERT_EQ(net.value.SetPropagatedEvidence(1), 0);
+  EXPECT_EQ(net.value.ClearEvidence(), KVN_REFUSED);
+  EXPECT_EQ(net.value.SetEvidence(0), KVN_REFUSED);
+  EXPECT_EQ(net.value.ClearPropagatedEvidence(), 0);
+  EXPECT_EQ(net.value.SetEvidence(0), 0);
+}
+
+TEST(ListOfDecisions, CloneKeepsChoiceAndUtilities) {
+  OneDecision net;
+  ASSERT_EQ(net.value.SetEvidence(1), 0);
+  std::unique_ptr<KVN_nodeValue> copy(CloneValue(net.value));
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(copy->GetEvidence(), 1);
+  KVN_Dmatrix* matrix = nullptr;
+  ASSERT_EQ(copy->GetValue(matrix), 0);
+  EXPECT_TRUE(CellsNear(*matrix, {10, 20}, 0.0));
+}
+
+TEST(ExpectedUtility, HasOneCellAndNoEvidence) {
+  KVN_network network;
+  const int u = AddNodeBelow(network, KVN_TYPE_TABLE, "U", 0, {});
+  const int d = AddNodeBelow(network, KVN_TYPE_LIST, "D", 3, {});
+  KVN_nodeValue& value = *network.ValueOf(u);
+  std::vector<double> soft;
+  EXPECT_EQ(value.GetSize(), 1);
+  EXPECT_EQ(value.GetEvidence(), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(value.SetEvidence(0), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(value.SetEvidence(0.5), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(value.SetVirtualEvidence({1.0}), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(network.ValueOf(d)->GetVirtualEvidence(soft), KVN_NOT_APPLICABLE);
+
+  ASSERT_EQ(value.AddIndexingParent(d), 0);
+  EXPECT_EQ(ItemsOf(MatrixOf(network, u).GetDimensions()), (std::vector<int>{3, 1}));
+  std::unique_ptr<KVN_nodeValue> copy(CloneValue(value));
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(copy->GetSize(), 3);
+  // Another kind of value has no utilities to offer.
+  ASSERT_EQ(value.Assign(*network.ValueOf(d)), 0);
+  EXPECT_EQ(value.GetSize(), 1);
+  EXPECT_EQ(value.GetIndexingParents().GetNumItems(), 0);
+}
+
+TEST(ExpectedUtility, RescalesLinearlyOntoTheTargetRange) {
+  const double undefined = KVN_UNDEFINED_VALUE;
+  const struct {
+    const char* name;
+    std::vector<double> before;
+    double fromLow, fromHigh, toLow, toHigh;
+    std::vector<double> after;
+  } kCases[] = {
+  // (x - 10) * 1 / 40 + 0
+      {"range of the cells",   {10, 20, 50},      0,  0,   0,  1, {0, 0.25, 1}     },
+ // 0 to 100 holds all cells: x / 100
+      {"wider range",          {10, 20, 50},      0,  100, 0,  1, {0.1, 0.2, 0.5}  },
+ // 20 to 30 is widened to 10 to 50
+      {"narrow range",         {10, 20, 50},      20, 30,  0,  1, {0, 0.25, 1}     },
+      {"all cells equal",      {7, 7, 7},         0,  0,   0,  3, {3, 3, 3}        },
+      {"target is one point",  {1, 2, undefined}, 0,  0,   5,  5, {5, 5, 5}        },
+      {"ranges equal",         {-1, 0.3, 1},      0,  0,   -1, 1, {-1, 0.3, 1}     },
+ // an undefined cell counts as 0 in the range: 0 to 4, halved
+      {"undefined cell stays", {2, undefined, 4}, 0,  0,   0,  2, {1, undefined, 2}},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.name);
+    KVN_network network;
+    KVN_expectedUtility value(&network, 0);
+    ASSERT_EQ(value.SetValue(TableOf({static_cast<int>(c.before.size()), 1}, c.before)), 0);
+    EXPECT_EQ(value.Rescale(c.fromLow, c.fromHigh, c.toLow, c.toHigh), 0);
+    KVN_Dmatrix* matrix = nullptr;
+    ASSERT_EQ(value.GetValue(matrix), 0);
+    EXPECT_TRUE(CellsNear(*matrix, c.after, 1e-15));
+    for (int i = 0; i < 3; i++) EXPECT_EQ((*matrix)[i] == undefined, c.after[i] == undefined);
+  }
+}
+
+TEST(ValueTable, KnowsTheValueOfEachKindOfNode) {
+  const struct {
+    int definitionType, valueType;  // 0: no value class
+  } kCases[] = {
+      {KVN_TYPE_TABLE,          KVN_VALUE_EXPECTED_UTILITY },
+      {KVN_TYPE_LIST,           KVN_VALUE_LIST_OF_DECISIONS},
+      {KVN_TYPE_CPT,            KVN_VALUE_BELIEF_VECTOR    },
+      {KVN_TYPE_TRUTHTABLE,     KVN_VALUE_BELIEF_VECTOR    },
+      {KVN_TYPE_CAST,           KVN_VALUE_BELIEF_VECTOR    },
+      {KVN_TYPE_DEMORGAN,       KVN_VALUE_BELIEF_VECTOR    },
+      {KVN_TYPE_NOISY_MAX,      KVN_VALUE_BELIEF_VECTOR    },
+      {KVN_TYPE_NOISY_ADDER,    KVN_VALUE_BELIEF_VECTOR    },
+      {KVN_TYPE_DCHILD_HPARENT, KVN_VALUE_BELIEF_VECTOR    },
+      {KVN_TYPE_NONE,           0                          },
+      {12345,                   0                          },
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.definitionType);
+    EXPECT_EQ(HasValueClass(c.definitionType), c.valueType != 0);
+    KVN_network network;
+    std::unique_ptr<KVN_nodeValue> value(NewValue(c.definitionType, &network, 0));
+    ASSERT_EQ(value != nullptr, c.valueType != 0);
+    if (value != nullptr) {
+      EXPECT_EQ(value->GetType(), c.valueType);
+    }
+  }
+}
