@@ -1,0 +1,122 @@
+#include "definitions/table.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "foundation/numberText.h"
+#include "foundation/resultCodes.h"
+#include "tests/support/definitionBuilder.h"
+#include "values/nodeValue.h"
+
+namespace {
+
+using Ints = std::vector<int>;
+
+/// Utility u of a (2 outcomes) and b (3), with 1..6.
+class UtilityTable : public testing::Test {
+ protected:
+  UtilityTable() {
+    AddArcs(network, {a, b}, u);
+    EXPECT_EQ(utility().SetUtilities(DoublesOf({1, 2, 3, 4, 5, 6})), 0);
+  }
+  KVN_table& utility() { return DefinitionAs<KVN_table>(network, u); }
+  KVN_Dmatrix& table() { return TableOfNode(network, u); }
+
+  KVN_network network;
+  int a = AddNodeOf(network, KVN_TYPE_CPT, "a", 2);
+  int b = AddNodeOf(network, KVN_TYPE_LIST, "b", 3);
+  int u = AddNodeOf(network, KVN_TYPE_TABLE, "u");
+};
+
+TEST(Table, NewUtilityIsOneZero) {
+  KVN_network network;
+  const int u = AddNodeOf(network, KVN_TYPE_TABLE, "u");
+  EXPECT_EQ(ItemsOf(TableOfNode(network, u).GetDimensions()), (Ints{1}));
+  EXPECT_TRUE(CellsNear(TableOfNode(network, u), {0}, 0.0));
+  EXPECT_EQ(network.DefinitionOf(u)->GetNumberOfOutcomes(), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(network.DefinitionOf(u)->AddOutcome("x"), KVN_NOT_APPLICABLE);
+  const int other = AddNodeOf(network, KVN_TYPE_TABLE, "other");
+  EXPECT_EQ(network.DefinitionOf(u)->AddParent(other), KVN_REFUSED);
+}
+
+TEST_F(UtilityTable, FollowsItsParents) {
+  EXPECT_EQ(ItemsOf(table().GetDimensions()), (Ints{2, 3, 1}));
+  ASSERT_EQ(network.ChangeOrderOfParents(u, IntsOf({1, 0})), 0);
+  EXPECT_TRUE(CellsNear(table(), {1, 4, 2, 5, 3, 6}, 0.0));
+  ASSERT_EQ(network.DefinitionOf(b)->InsertOutcome(1, "new"), 0);
+  EXPECT_TRUE(CellsNear(table(), {1, 4, 0, 0, 2, 5, 3, 6}, 0.0)) << "new utilities are 0.0";
+  ASSERT_EQ(network.DefinitionOf(b)->RemoveOutcome(0), 0);
+  ASSERT_EQ(network.DefinitionOf(a)->ChangeOrderOfOutcomes(IntsOf({1, 0})), 0);
+  EXPECT_TRUE(CellsNear(table(), {0, 0, 5, 2, 6, 3}, 0.0));
+  ASSERT_EQ(network.RemoveArc(a, u, 0), 0);
+  EXPECT_TRUE(CellsNear(table(), {0, 5, 6}, 0.0));
+  const int c = AddNodeOf(network, KVN_TYPE_TRUTHTABLE, "c", 2);
+  AddArcs(network, {c}, u);
+  EXPECT_TRUE(CellsNear(table(), {0, 0, 5, 5, 6, 6}, 0.0)) << "repeated, not normalised";
+}
+
+TEST_F(UtilityTable, DropsParentsWithEvidenceOrByTheirPrior) {
+  EXPECT_EQ(utility().MarginalizeParent(b), KVN_REFUSED);  // a decision
+  EXPECT_EQ(utility().AbsorbParentEvidence(a), KVN_REFUSED);
+  WriteCells(network, a, {0.25, 0.75});
+  ASSERT_EQ(utility().MarginalizeParent(a), 0);
+  // 0.25 * (1, 2, 3) + 0.75 * (4, 5, 6)
+  EXPECT_TRUE(CellsNear(table(), {3.25, 4.25, 5.25}, 0.0));
+}
+
+TEST_F(UtilityTable, SettersAndRange) {
+  KVN_nodeValue& value = *network.ValueOf(u);
+  value.SetValueValid();
+  EXPECT_EQ(utility().SetUtilities(DoublesOf({1, 2})), KVN_REFUSED);
+  EXPECT_EQ(utility().SetDefinition(DoublesOf({-7})), 0);
+  EXPECT_TRUE(value.IsValueValid());
+  EXPECT_EQ(utility().GetMinimum(), -7);
+  EXPECT_EQ(utility().GetMaximum(), 6);
+  EXPECT_EQ(utility().SetUtilities(DoublesOf({9, 2, 3, 4, 5, 6})), 0);
+  EXPECT_FALSE(value.IsValueValid());
+  EXPECT_EQ(utility().GetMaximum(), 9);
+}
+
+TEST(Table, RescaleMapsRanges) {
+  const double undefined = KVN_UNDEFINED_VALUE;
+  const struct {
+    const char* name;
+    double fromLow, fromHigh, toLow, toHigh;
+    std::vector<double> before, after;  // of a utility with a binary parent
+    bool told;
+  } cases[] = {
+      {"own range",            0,  0,  0, 1, {10, 20},       {0, 1},         true },
+      {"given range",          0,  40, 0, 1, {10, 20},       {0.25, 0.5},    true },
+      {"widened by the cells", 15, 18, 0, 1, {10, 20},       {0, 1},         true },
+      {"turned round",         10, 20, 1, 0, {10, 15},       {1, 0.5},       true },
+      {"constant table",       0,  0,  0, 1, {7, 7},         {1, 1},         true },
+      {"target is a point",    0,  0,  3, 3, {10, 20},       {3, 3},         true },
+      {"nothing to do",        0,  1,  0, 1, {0.5, 1},       {0.5, 1},       false},
+ // The mark is a number a little above 0 for the range, and no cell to be changed.
+      {"undefined cells stay", 0,  0,  0, 2, {undefined, 5}, {undefined, 2}, true },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    KVN_network network;
+    const int a = AddNodeOf(network, KVN_TYPE_CPT, "a", 2);
+    const int u = AddNodeOf(network, KVN_TYPE_TABLE, "u");
+    AddArcs(network, {a}, u);
+    WriteCells(network, u, c.before);
+    network.ValueOf(u)->SetValueValid();
+    EXPECT_EQ(DefinitionAs<KVN_table>(network, u).Rescale(c.fromLow, c.fromHigh, c.toLow, c.toHigh),
+              0);
+    EXPECT_TRUE(CellsNear(TableOfNode(network, u), c.after, 0.0));
+    EXPECT_EQ(network.ValueOf(u)->IsValueValid(), !c.told);
+  }
+}
+
+TEST_F(UtilityTable, CloneHoldsTheSame) {
+  const std::unique_ptr<KVN_nodeDefinition> clone(CloneDefinition(utility()));
+  ASSERT_NE(clone, nullptr);
+  EXPECT_TRUE(clone->IsReady());
+  EXPECT_TRUE(TableOfDefinition(*clone).SameDimensions(table()));
+  EXPECT_TRUE(CellsNear(TableOfDefinition(*clone), {1, 2, 3, 4, 5, 6}, 0.0));
+}
+
+}  // namespace
