@@ -119,9 +119,18 @@ TEST_F(CptWithParents, MarginalizedParentLeavesTheMeanRow) {
   EXPECT_EQ(cpt().MarginalizeParent(a), 0);
   // b = 0: 0.5 * 0.2 + 0.25 * 0.3 + 0.25 * 0.4 = 0.275; b = 1: 0.05 more.
   EXPECT_TRUE(CellsNear(table(), {0.275, 0.725, 0.325, 0.675}, kRounding));
-  // The arc still stands: its removal must not take the own dimension away.
-  EXPECT_EQ(cpt().MarginalizeParent(b), KVN_REFUSED);  // dimension 1 is x itself by now
-  EXPECT_EQ(table().GetNumberOfDimensions(), 2);
+}
+
+TEST(Cpt, OwnDimensionOutlastsAnAbsorbedParentsArc) {
+  KVN_network network;
+  const int a = AddNodeOf(network, KVN_TYPE_CPT, "a");
+  const int x = AddNodeOf(network, KVN_TYPE_CPT, "x");
+  AddArcs(network, {a}, x);
+  WriteCells(network, x, {0.1, 0.9, 0.2, 0.8});
+  ASSERT_EQ(network.ValueOf(a)->SetEvidence(1), 0);
+  ASSERT_EQ(network.DefinitionOf(x)->AbsorbParentEvidence(a), 0);
+  ASSERT_EQ(network.RemoveArc(a, x, 0), 0);
+  EXPECT_TRUE(CellsNear(TableOfNode(network, x), {0.2, 0.8}, kExact));
 }
 
 TEST_F(CptWithParents, DecisionIsNotMarginalized) {
@@ -238,8 +247,8 @@ TEST_F(CptWithParents, OutcomeIsInsertedAndRemovedInEveryRow) {
   ASSERT_EQ(cpt().InsertOutcome(1, "mid"), 0);
   EXPECT_EQ(OutcomesAt(network, x), (Texts{"State0", "mid", "State1"}));
   EXPECT_EQ(ItemsOf(table().GetDimensions()), (Ints{3, 2, 3}));
-  EXPECT_DOUBLE_EQ(table()[15], 0.4);
-  EXPECT_DOUBLE_EQ(table()[16], 0.6 - 0.6);
+  EXPECT_DOUBLE_EQ(table()[12], 0.4);  // the row of a = 2, b = 0
+  EXPECT_DOUBLE_EQ(table()[13], 0.0);
   EXPECT_EQ(cpt().CheckConsistency(0), 0);
   EXPECT_EQ(cpt().InsertOutcome(4, "beyond"), KVN_REFUSED);
 
