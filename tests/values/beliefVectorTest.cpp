@@ -138,8 +138,10 @@ TEST(BeliefVector, IndexingParentsAreTheLeadingDimensionsUntilEvidence) {
 
 TEST(BeliefVector, EvidenceReshapesTheMatrixAfterAChangeOfOutcomes) {
   OneNode net;
+  ASSERT_EQ(net.value.SetEvidence(1), 0);
   ASSERT_EQ(net.network.DefinitionOf(net.x)->AddOutcome("more"), 0);
-  EXPECT_EQ(net.value.GetSize(), 3);
+  WriteCells(net.network, net.x, {0.25, 0.25, 0.25, 0.25});  // a new outcome is impossible at first
+  EXPECT_EQ(net.value.GetSize(), 3);                         // as it was left
   ASSERT_EQ(net.value.SetEvidence(3), 0);
   EXPECT_TRUE(CellsNear(net.Matrix(), {0, 0, 0, 1}, 0.0));
   EXPECT_TRUE(net.value.IsEvidence());
