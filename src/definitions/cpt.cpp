@@ -221,21 +221,15 @@ void KVN_cpt::NumbersReplaced(int changeCode) {
   Notify(changeCode);
 }
 
-int KVN_cpt::AddOutcome(const char* name) {
-  if (!IsReady()) return KVN_NOT_READY;
-  if (int result = InsertOutcomeName(outcomes, numberOfOutcomes, name, kPrefix); result < 0) {
-    return result;
-  }
-  if (int result = table.PushSlice(LastDimension()); result < 0) return result;
-  numberOfOutcomes++;
-  return OutcomeAdded(numberOfOutcomes - 1);
-}
+int KVN_cpt::AddOutcome(const char* name) { return InsertOutcome(numberOfOutcomes, name); }
 
+// The table comes first: it is what may be too large, and the definition then stays as it was.
 int KVN_cpt::InsertOutcome(int position, const char* name) {
   if (!IsReady()) return KVN_NOT_READY;
-  if (int result = InsertOutcomeName(outcomes, position, name, kPrefix); result < 0) return result;
+  if (position < 0 || position > numberOfOutcomes) return KVN_REFUSED;
   if (int result = table.PushSlice(LastDimension()); result < 0) return result;
   if (int result = table.ShiftSlice(LastDimension(), position, 0.0); result < 0) return result;
+  if (int result = InsertOutcomeName(outcomes, position, name, kPrefix); result < 0) return result;
   numberOfOutcomes++;
   return OutcomeAdded(position);
 }

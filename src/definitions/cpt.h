@@ -52,6 +52,7 @@ class KVN_cpt : public KVN_nodeDefinition {
 
   /// The new outcome gets probability 0 in every row. A refused name (illegal, or a repeat) is
   /// replaced by one made of "State" and the count, so a name never fails the call.
+  /// KVN_NO_MEMORY for a table that would be too large: unchanged.
   int AddOutcome(const char* name) override;
   int InsertOutcome(int position, const char* name) override;
   /// KVN_REFUSED when fewer than 3 outcomes are there. It is meant that the rows are not scaled to

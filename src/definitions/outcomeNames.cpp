@@ -3,7 +3,8 @@
 #include "foundation/resultCodes.h"
 
 int InsertOutcomeName(KVN_idArray& names, int position, const char* name, const char* prefix) {
-  if (names.Insert(position, name) == 0) return KVN_SUCCESS;
+  const int result = names.Insert(position, name);
+  if (result != KVN_REFUSED) return result;
   return names.CreateAndInsertValidId(prefix, names.GetNumItems(), position);
 }
 

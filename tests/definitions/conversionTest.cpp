@@ -61,6 +61,7 @@ TEST(Conversion, EveryPairOfKinds) {
 
       const std::unique_ptr<KVN_nodeDefinition> clone(CloneDefinition(*network.DefinitionOf(x)));
       ASSERT_NE(clone, nullptr);
+      EXPECT_TRUE(clone->IsReady());
       EXPECT_EQ(clone->GetSize(), network.DefinitionOf(x)->GetSize());
     }
   }
@@ -143,11 +144,11 @@ TEST(Conversion, BinaryGateWithParentsLeavesTheDefaults) {
 
 TEST(Conversion, SourceThatIsNotReadyLeavesTheTargetAlone) {
   KVN_network network;
-  const int x = AddNodeOf(network, KVN_TYPE_CPT, "x", 3);
-  for (int kind : {KVN_TYPE_TABLE, KVN_TYPE_DEMORGAN}) {
-    const std::unique_ptr<KVN_nodeDefinition> stray(NewDefinition(kind, &network, /*handle=*/99));
-    ASSERT_NE(stray, nullptr);
-    if (stray->IsReady()) continue;
+  // A utility without a node isn't ready.
+  const std::unique_ptr<KVN_nodeDefinition> stray(NewDefinition(KVN_TYPE_TABLE, &network, 99));
+  ASSERT_NE(stray, nullptr);
+  for (int kind : {KVN_TYPE_CPT, KVN_TYPE_LIST, KVN_TYPE_TRUTHTABLE}) {
+    const int x = AddNodeOf(network, kind, nullptr, 3);
     EXPECT_EQ(network.DefinitionOf(x)->Assign(*stray), KVN_NOT_READY);
     EXPECT_EQ(network.DefinitionOf(x)->GetNumberOfOutcomes(), 3);
   }

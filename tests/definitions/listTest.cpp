@@ -111,12 +111,4 @@ TEST_F(List, ChoiceValuesAreStoredReorderedAndCopied) {
   EXPECT_EQ(TextsOf(*clone->GetOutcomesNames()), names());
 }
 
-TEST_F(List, NamesAsADefinition) {
-  EXPECT_EQ(list().SetDefinition(StringsOf({"p", "q", "r"})), 0);
-  KVN_idArray* inside = nullptr;
-  ASSERT_EQ(list().GetDefinition(inside), 0);
-  EXPECT_EQ(TextsOf(*inside), (Texts{"p", "q", "r"}));
-  EXPECT_EQ(list().GetNumberOfOutcomes(), 3);
-}
-
 }  // namespace

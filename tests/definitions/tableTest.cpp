@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
 #include "tests/support/definitionBuilder.h"
@@ -109,14 +107,6 @@ TEST(Table, RescaleMapsRanges) {
     EXPECT_TRUE(CellsNear(TableOfNode(network, u), c.after, 0.0));
     EXPECT_EQ(network.ValueOf(u)->IsValueValid(), !c.told);
   }
-}
-
-TEST_F(UtilityTable, CloneHoldsTheSame) {
-  const std::unique_ptr<KVN_nodeDefinition> clone(CloneDefinition(utility()));
-  ASSERT_NE(clone, nullptr);
-  EXPECT_TRUE(clone->IsReady());
-  EXPECT_TRUE(TableOfDefinition(*clone).SameDimensions(table()));
-  EXPECT_TRUE(CellsNear(TableOfDefinition(*clone), {1, 2, 3, 4, 5, 6}, 0.0));
 }
 
 }  // namespace
