@@ -53,7 +53,7 @@ void MakeAllValid(KVN_network& network) {
 
 class RandomCase {
  public:
-  explicit RandomCase(unsigned seed) : random(seed) { Build(Below(6) + 2); }
+  explicit RandomCase(unsigned seed) : random(seed) { Build(Below(7) + 2); }
 
   int Below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); }
 
@@ -80,13 +80,16 @@ class RandomCase {
     network.SetUpdateFlags(KVN_UPDATE_TRACK_CHANGES | KVN_UPDATE_PROPAGATE_EVIDENCE);
   }
 
-  // Mostly rows with one certain outcome, so that much follows; some with impossible ones; and a
-  // few that contradict themselves, which a table may.
+  // Half of the tables copy one dimension of theirs, so that one parent decides whatever the others
+  // are. The rows of the rest are mostly certain, some exclude an outcome, and a few contradict
+  // themselves, which a table may.
   void FillRows(KVN_Dmatrix& table, int outcomes) {
-    const bool sameRows = Below(4) == 0;
+    const int copied = Below(2) == 0 ? Below(table.GetNumberOfDimensions()) : -1;
     for (int row = 0; row < table.GetSize(); row += outcomes) {
-      const int kind = Below(20);
-      const int chosen = sameRows ? 0 : Below(outcomes);
+      const int kind = copied >= 0 ? 1 : Below(20);
+      KVN_intArray at;
+      EXPECT_EQ(table.CoordinatesOf(row, at), 0);
+      const int chosen = copied >= 0 ? at[copied] % outcomes : Below(outcomes);
       for (int k = 0; k < outcomes; k++) {
         double cell = k == chosen ? 1.0 : 0.0;
         if (kind == 0) cell = 1.0;
