@@ -1,8 +1,8 @@
 #include "network/submodelHandler.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <utility>
 
@@ -18,7 +18,7 @@ constexpr int kNameSize = 16;
 
 constexpr int kDefaultWidth = 76;
 constexpr int kDefaultHeight = 36;
-constexpr int kDefaultColor = 0xF7F7E5;
+constexpr int kDefaultColor = 0xF7F6E5;
 constexpr int kDefaultSelColor = 0xBBBBBB;
 constexpr int kDefaultBorderColor = 0xBB0000;
 constexpr int kRootWindowColor = 0xFFFFFF;
@@ -67,7 +67,7 @@ KVN_submodelHandler::KVN_submodelHandler(KVN_network* ofNetwork) : network(ofNet
   (void)CreateRoot();  // without memory the handler isn't ready, which every operation reports
 }
 
-KVN_submodelHandler::~KVN_submodelHandler() { CleanUp(/*deep=*/1); }
+KVN_submodelHandler::~KVN_submodelHandler() = default;
 
 bool KVN_submodelHandler::IsUsed(int index) const {
   return index >= 0 && index < size && entries[index].submodel != nullptr;
@@ -75,7 +75,7 @@ bool KVN_submodelHandler::IsUsed(int index) const {
 
 KVN_submodel* KVN_submodelHandler::GetSubmodel(int handle) const {
   const int index = IndexOfHandle(handle);
-  return IsUsed(index) ? entries[index].submodel : nullptr;
+  return IsUsed(index) ? entries[index].submodel.get() : nullptr;
 }
 
 int KVN_submodelHandler::GetParent(int handle) const {
@@ -142,7 +142,8 @@ int KVN_submodelHandler::GetDescendants(KVN_intArray& list) const {
   if (!IsReady()) return KVN_NOT_READY;
   KVN_intArray firstChild;
   KVN_intArray nextSibling;
-  if (int result = LinkChildren(entries, size, firstChild, nextSibling); result < 0) return result;
+  if (int result = LinkChildren(entries.get(), size, firstChild, nextSibling); result < 0)
+    return result;
 
   // The part of the list that this call adds is the queue of the walk.
   int next = list.GetNumItems();
@@ -203,7 +204,7 @@ int KVN_submodelHandler::CreateIndex(int parentIndex, const char* id) {
   if (made->Header().SetId(id) == KVN_NO_MEMORY) return KVN_NO_MEMORY;
   if (int result = made->Header().SetName(id); result < 0) return result;
   if (int result = made->Screen().Assign(submodelDefaults); result < 0) return result;
-  entries[index].submodel = made.release();
+  entries[index].submodel = std::move(made);
   entries[index].parent = parentIndex;
   return index;
 }
@@ -229,31 +230,26 @@ int KVN_submodelHandler::Clear() {
 int KVN_submodelHandler::Assign(const KVN_submodelHandler& source) {
   if (this == &source) return KVN_SUCCESS;
   if (!source.IsReady()) return KVN_NOT_READY;
-  KVN_submodelHandler made(network);
-  made.CleanUp(/*deep=*/1);
-  made.entries = new (std::nothrow) Entry[source.size];
-  if (made.entries == nullptr) return KVN_NO_MEMORY;
-  made.size = source.size;
+  std::unique_ptr<Entry[]> made(new (std::nothrow) Entry[static_cast<std::size_t>(source.size)]);
+  if (made == nullptr) return KVN_NO_MEMORY;
   for (int i = 0; i < source.size; i++) {
-    made.entries[i].parent = source.entries[i].parent;
-    if (source.entries[i].submodel == nullptr) continue;
-    made.entries[i].submodel = new (std::nothrow) KVN_submodel;
-    if (made.entries[i].submodel == nullptr) return KVN_NO_MEMORY;
-    if (int result = made.entries[i].submodel->Assign(*source.entries[i].submodel); result < 0) {
+    made[i].parent = source.entries[i].parent;
+    if (!source.IsUsed(i)) continue;
+    made[i].submodel.reset(new (std::nothrow) KVN_submodel);
+    if (made[i].submodel == nullptr) return KVN_NO_MEMORY;
+    if (int result = made[i].submodel->Assign(*source.entries[i].submodel); result < 0) {
       return result;
     }
   }
-  std::swap(entries, made.entries);
-  std::swap(size, made.size);
+  entries = std::move(made);
+  size = source.size;
   (void)CheckReadiness(0);
   // It is meant that the defaults of submodels and the step of growth stay those of this handler.
   return nodeDefaults.Assign(source.nodeDefaults);
 }
 
 void KVN_submodelHandler::CleanUp(int /*deep*/) {
-  for (int i = 0; i < size; i++) delete entries[i].submodel;
-  delete[] entries;
-  entries = nullptr;
+  entries.reset();
   size = 0;
   (void)CheckReadiness(0);
 }
@@ -276,11 +272,10 @@ int KVN_submodelHandler::Grow() {
   if (size >= KVN_SUBMODEL_BIT) return KVN_REFUSED;
   const int room = KVN_SUBMODEL_BIT - size;
   const int newSize = size + (growBy < room ? growBy : room);
-  Entry* made = new (std::nothrow) Entry[newSize];
+  std::unique_ptr<Entry[]> made(new (std::nothrow) Entry[static_cast<std::size_t>(newSize)]);
   if (made == nullptr) return KVN_NO_MEMORY;
-  for (int i = 0; i < size; i++) made[i] = entries[i];
-  delete[] entries;
-  entries = made;
+  for (int i = 0; i < size; i++) made[i] = std::move(entries[i]);
+  entries = std::move(made);
   size = newSize;
   return KVN_SUCCESS;
 }
@@ -296,9 +291,9 @@ int KVN_submodelHandler::CreateRoot() {
   if (int result = root->Header().SetName(name); result < 0) return result;
   if (int result = root->Screen().Assign(submodelDefaults); result < 0) return result;
   root->SetWindowColor(kRootWindowColor);
-  table[0].submodel = root.release();
+  table[0].submodel = std::move(root);
   table[0].parent = kRootParent;
-  entries = table.release();
+  entries = std::move(table);
   size = 1;
   return CheckReadiness(0);
 }

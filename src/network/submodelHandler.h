@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "foundation/intArray.h"
 #include "network/screenInfo.h"
 
@@ -89,8 +91,8 @@ class KVN_submodelHandler : public KVN_object {
 
  private:
   struct Entry {
-    KVN_submodel* submodel = nullptr;  // owned; null means a free entry
-    int parent = kFreeEntry;           // index of the parent entry
+    std::unique_ptr<KVN_submodel> submodel;  // null means a free entry
+    int parent = kFreeEntry;                 // index of the parent entry
   };
 
   bool IsUsed(int index) const;
@@ -103,8 +105,8 @@ class KVN_submodelHandler : public KVN_object {
   void GenerateName(int number, char* buffer, int bufferSize) const;
 
   int size = 0;
-  Entry* entries = nullptr;  // owned
-  KVN_network* network;      // not owned: the network owns this handler
+  std::unique_ptr<Entry[]> entries;
+  KVN_network* network;  // not owned: the network owns this handler
   int growBy = 10;
   KVN_screenInfo nodeDefaults;
   KVN_screenInfo submodelDefaults;
