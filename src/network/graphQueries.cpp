@@ -9,24 +9,21 @@
 #include "network/network.h"
 #include "network/node.h"
 #include "network/nodeEntry.h"
+#include "network/walkStack.h"
 #include "values/nodeValue.h"
 
 namespace {
 
-/// Stack of pairs: a node, and a number that the walk keeps with it.
-class PairStack {
- public:
-  [[nodiscard]] int Push(int node, int number) {
-    if (int result = cells.Add(node); result < 0) return result;
-    return cells.Add(number);
-  }
-  bool IsEmpty() const { return cells.GetNumItems() < 2; }
-  int Node() const { return cells[cells.GetNumItems() - 2]; }
-  int& Number() { return cells[cells.GetNumItems() - 1]; }
-  void Pop() { cells.UseAsList(cells.GetNumItems() - 2); }
+/// A node, and how many of its parents the walk has been to.
+struct OrderFrame {
+  int node;
+  int visited;
+};
 
- private:
-  KVN_intArray cells;
+/// A node, and the one that it was reached from.
+struct Step {
+  int node;
+  int from;
 };
 
 /// Cells of the table along a parent, 0 for one without outcomes.
@@ -41,25 +38,24 @@ int OutcomesOf(const KVN_network& network, int handle) {
 const KVN_intArray& KVN_network::GetOrderOfNodes() {
   order.Flush();
   ClearMarks(KVN_MARK_ORDERED);
-  PairStack path;  // each node with the position of its parent to be visited next
+  KVN_walkStack<OrderFrame> path;
   for (int start = GetFirstNode(); start >= 0; start = GetNextNode(start)) {
     if ((Entry(start).marks & KVN_MARK_ORDERED) != 0) continue;
     Entry(start).marks |= KVN_MARK_ORDERED;
-    if (path.Push(start, 0) < 0) return order;
+    if (path.Push({start, 0}) < 0) return order;
     while (!path.IsEmpty()) {
-      const int node = path.Node();
-      const KVN_intArray& parents = Entry(node).parents;
-      int& position = path.Number();
-      if (position == parents.GetNumItems()) {
-        if (order.Add(node) < 0) return order;
+      OrderFrame& frame = path.Top();
+      const KVN_intArray& parents = Entry(frame.node).parents;
+      if (frame.visited == parents.GetNumItems()) {
+        if (order.Add(frame.node) < 0) return order;
         path.Pop();
         continue;
       }
-      const int parent = parents[position++];
+      const int parent = parents[frame.visited++];
       // Marked on the way up, so that a cycle in a network that is being read ends the walk.
       if ((Entry(parent).marks & KVN_MARK_ORDERED) != 0) continue;
       Entry(parent).marks |= KVN_MARK_ORDERED;
-      if (path.Push(parent, 0) < 0) return order;
+      if (path.Push({parent, 0}) < 0) return order;
     }
   }
   return order;
@@ -112,13 +108,12 @@ int KVN_network::GetDiscreteParents(int handle, KVN_intArray& result, int layer)
 
 int KVN_network::IsSinglyConnected() {
   ClearMarks(KVN_MARK_VISITED);
-  PairStack pending;  // each node with the one that it was reached from
+  KVN_walkStack<Step> pending;
   for (int start = GetFirstNode(); start >= 0; start = GetNextNode(start)) {
     if ((Entry(start).marks & KVN_MARK_VISITED) != 0) continue;
-    if (int result = pending.Push(start, /*number=*/-1); result < 0) return result;
+    if (int result = pending.Push({start, /*from=*/-1}); result < 0) return result;
     while (!pending.IsEmpty()) {
-      const int node = pending.Node();
-      const int from = pending.Number();
+      const auto [node, from] = pending.Top();
       pending.Pop();
       // In a tree every node is reached once.
       if ((Entry(node).marks & KVN_MARK_VISITED) != 0) return 0;
@@ -126,7 +121,7 @@ int KVN_network::IsSinglyConnected() {
       for (const KVN_intArray* list : {&Entry(node).parents, &Entry(node).children}) {
         for (int neighbour : *list) {
           if (neighbour == from) continue;
-          if (int result = pending.Push(neighbour, node); result < 0) return result;
+          if (int result = pending.Push({neighbour, node}); result < 0) return result;
         }
       }
     }

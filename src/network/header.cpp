@@ -38,7 +38,7 @@ KVN_network* KVN_header::NetworkOfOwner() const {
 void KVN_header::StoreId(char* newId) {
   char* oldId = std::exchange(id, newId);
   if (KVN_network* network = NetworkOfOwner(); network != nullptr) {
-    network->IdentifierChanged(owner->Handle(), oldId);
+    network->IdentifierChanged(owner->Handle());
   }
   delete[] oldId;
 }

@@ -110,10 +110,10 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   /// namespace. Identifiers that begin with '@' are never counted as used.
   int IsIdentifierUsed(const char* id, int exceptHandle = -1) const;
   /// Called by a header: whether the rename is accepted; the definitions of the node and of its
-  /// children are told if so. IdentifierChanged must follow when the new text stands (or the old
-  /// one does, if it couldn't be stored).
+  /// children are told if so. IdentifierChanged must follow as soon as the new text stands, for
+  /// the look-up by identifier.
   int AcceptRename(int handle, const char* oldId, const char* newId);
-  void IdentifierChanged(int handle, const char* oldId);
+  void IdentifierChanged(int handle);
 
   // --- Nodes.
 

@@ -121,9 +121,7 @@ int KVN_network::AcceptRename(int handle, const char* oldId, const char* newId) 
   return 1;
 }
 
-void KVN_network::IdentifierChanged(int handle, const char* /*oldId*/) {
-  index.Add(IdentifierOf(handle), handle);
-}
+void KVN_network::IdentifierChanged(int handle) { index.Add(IdentifierOf(handle), handle); }
 
 // --- Making and deleting.
 
@@ -183,7 +181,7 @@ int KVN_network::AddNode(int definitionType, const char* id) {
   if (int result = NameNewNode(handle, id); result < 0) {
     index.Remove(handle);
     Entry(handle).CleanUp(/*deep=*/0);
-    return KVN_REFUSED;
+    return result == KVN_NO_MEMORY ? result : int{KVN_REFUSED};
   }
   Entry(handle).marks = 0;
   Entry(handle).temporalType = 0;
@@ -202,7 +200,7 @@ int KVN_network::AddNode(int definitionType, const char* id) {
 int KVN_network::NameNewNode(int handle, const char* id) {
   KVN_node& node = *GetNode(handle);
   int result = node.SetId(id);
-  if (result < 0) {
+  if (result < 0 && result != KVN_NO_MEMORY) {
     char generated[kNameBufferSize];
     GetNewNodeName(generated);
     result = node.SetId(generated);

@@ -1,0 +1,334 @@
+#include "network/network.h"
+
+#include <map>
+#include <optional>
+#include <random>
+
+#include "foundation/resultCodes.h"
+#include "network/fileSpeaker.h"
+#include "network/nodeInfo.h"
+#include "network/submodelHandler.h"
+#include "network/updateAlgorithm.h"
+#include "tests/network/networkTools.h"
+#include "tests/support/failingAllocation.h"
+
+namespace {
+
+TEST(Network, StartsEmptyWithOneSubmodel) {
+  KVN_network network;
+  EXPECT_TRUE(network.IsReady());
+  EXPECT_EQ(network.GetNumberOfNodes(), 0);
+  EXPECT_EQ(network.GetSize(), 50);
+  EXPECT_EQ(network.GetFirstNode(), KVN_REFUSED);
+  EXPECT_EQ(network.GetLastNode(), KVN_REFUSED);
+  EXPECT_STREQ(network.Header().GetId(), "Unnamed");
+  EXPECT_STREQ(network.Header().GetName(), "Unnamed");
+  EXPECT_EQ(network.Submodels().GetNext(KVN_ROOT_SUBMODEL), KVN_REFUSED);
+  EXPECT_EQ(network.GetUpdateFlags(), 3);
+  EXPECT_EQ(network.GetChangeMask(), 463);
+  EXPECT_EQ(network.GetDefaultHybridAlgorithm(), 14);
+  EXPECT_EQ(network.GetDiscAvoidZero(), 1);
+}
+
+TEST(Network, TheTableGrowsByItsStep) {
+  KVN_network network;
+  ASSERT_EQ(network.Initialize(2, 3), 0);
+  const int sizes[] = {2, 2, 5, 5, 5, 8};
+  for (int i = 0; i < 6; i++) {
+    EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, nullptr), i);
+    EXPECT_EQ(network.GetSize(), sizes[i]);
+  }
+  EXPECT_EQ(network.Initialize(0, -1), 0);
+  EXPECT_EQ(network.GetSize(), 50);
+  EXPECT_EQ(network.GetNumberOfNodes(), 0);
+  network.CleanUp(/*deep=*/1);
+  EXPECT_EQ(network.GetSize(), 0);
+  network.CleanUp(/*deep=*/1);
+}
+
+TEST(Network, IllegalIdentifierDoesNotFailANewNode) {
+  KVN_network network;
+  const int handle = network.AddNode(KVN_TYPE_CPT, "1 a");
+  ASSERT_EQ(handle, 0);
+  EXPECT_STREQ(network.GetNode(handle)->GetId(), "Node0");
+  EXPECT_STREQ(network.GetNode(handle)->Info().Header().GetName(), "1 a");
+  EXPECT_STREQ(GetLastErrorMessage(), "Illegal identifier");
+  // A generated identifier counts on while it is in use.
+  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "Node2"), 1);
+  EXPECT_STREQ(network.GetNode(network.AddNode(KVN_TYPE_CPT, nullptr))->GetId(), "Node3");
+  EXPECT_STREQ(network.GetNode(2)->Info().Header().GetName(), "Node3");
+}
+
+TEST(Network, NodesAndSubmodelsShareOneNamespace) {
+  KVN_network network;
+  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a"), 0);
+  EXPECT_GT(network.Submodels().Create(KVN_ROOT_SUBMODEL, "group"), 0);
+  for (const char* used : {"a", "group", "Unnamed"}) {
+    EXPECT_EQ(network.IsIdentifierUsed(used), 1) << used;
+    EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, used), KVN_REFUSED) << used;
+  }
+  EXPECT_EQ(network.IsIdentifierUsed("a", /*exceptHandle=*/0), 0);
+  EXPECT_EQ(network.IsIdentifierUsed("A"), 0);
+  EXPECT_EQ(network.IsIdentifierUsed(nullptr), 0);
+  // Helper nodes may share a name, and are found by it, the lowest first.
+  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "@"), 1);
+  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "@"), 2);
+  EXPECT_EQ(network.FindNode("@"), 1);
+  EXPECT_EQ(network.DeleteNode(1), 0);
+  EXPECT_EQ(network.FindNode("@"), 2);
+}
+
+TEST(Network, KindThatCanNotBeMadeIsToldAndLeftOut) {
+  KVN_network network;
+  const int before = MessageCount();
+  const int handle = network.AddNode(/*definitionType=*/3, "a");
+  EXPECT_EQ(handle, 0);
+  EXPECT_EQ(MessageCount(), before + 1);
+  EXPECT_EQ(KVN_errorLog().GetCode(before), KVN_REFUSED);
+  EXPECT_EQ(network.DefinitionOf(handle), nullptr);
+  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "b"), 1);
+  EXPECT_EQ(network.CheckReadiness(/*deep=*/1), 0);
+  EXPECT_EQ(network.FindNode("a"), KVN_REFUSED);
+  EXPECT_EQ(network.FindNode("b"), 1);
+}
+
+TEST(Network, TellsTheFirstInconsistentNode) {
+  KVN_network network;
+  AddNodes(network, KVN_TYPE_CPT, {"good", "bad", "worse"});
+  EXPECT_EQ(network.CheckConsistency(/*deep=*/1), 0);
+  for (int node : {1, 2}) {
+    EXPECT_EQ(network.DefinitionOf(node)->SetDefinition(DoublesOf({0.5, 0.2})), 0);
+  }
+  const int before = MessageCount();
+  EXPECT_EQ(network.CheckConsistency(/*deep=*/1), KVN_NOT_CONSISTENT);
+  EXPECT_FALSE(network.IsConsistent());
+  EXPECT_EQ(MessageCount(), before + 1);
+  EXPECT_STREQ(GetLastErrorMessage(),
+               "ERROR: Node [bad] is not consistent. Inference may not be correct");
+}
+
+TEST(Network, CountsTargets) {
+  KVN_network network;
+  AddNodes(network, KVN_TYPE_CPT, {"a", "b", "c"});
+  for (int node : {0, 1, 2}) EXPECT_EQ(network.SetTarget(node), 0);
+  EXPECT_EQ(network.SetTarget(1), KVN_REFUSED);
+  EXPECT_EQ(network.UnSetTarget(1), 0);
+  EXPECT_EQ(network.UnSetTarget(1), KVN_REFUSED);
+  EXPECT_EQ(network.DeleteNode(0), 0);
+  EXPECT_EQ(network.IsTarget(0), KVN_REFUSED);
+  EXPECT_EQ(network.GetNumberOfTargets(), 1);
+  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "again"), 0);
+  EXPECT_EQ(network.IsTarget(0), 0);
+  EXPECT_EQ(network.ClearAllTargets(), 0);
+  EXPECT_EQ(network.GetNumberOfTargets(), 0);
+}
+
+TEST(Network, SettingsKeepTheirRanges) {
+  KVN_network network;
+  network.SetDefaultBNAlgorithm(KVN_ALG_RELEVANCE_DECOMPOSITION_2);
+  for (int bad : {-1, 13}) network.SetDefaultBNAlgorithm(bad);
+  EXPECT_EQ(network.GetDefaultBNAlgorithm(), 12);
+  network.SetDefaultHybridAlgorithm(13);
+  for (int bad : {12, 17}) network.SetDefaultHybridAlgorithm(bad);
+  EXPECT_EQ(network.GetDefaultHybridAlgorithm(), 13);
+  network.SetDefaultIDAlgorithm(1);
+  network.SetDefaultIDAlgorithm(2);
+  EXPECT_EQ(network.GetDefaultIDAlgorithm(), 1);
+  network.SetShowAs(3);
+  network.SetShowAs(4);
+  EXPECT_EQ(network.GetShowAs(), 3);
+  EXPECT_EQ(network.SetSolverSteps(0), KVN_REFUSED);
+  EXPECT_EQ(network.GetSolverSteps(), 5);
+  EpisParameters epis;
+  epis.numstates2 = epis.numstates1;
+  EXPECT_EQ(network.SetHybridParameters(epis), KVN_REFUSED);
+  EXPECT_EQ(network.GetEpisParams().numstates2, 8);
+}
+
+TEST(Network, SolverParametersAreTested) {
+  const struct {
+    const char* name;
+    KVN_solverParameters parameters;
+    bool good;
+  } cases[] = {
+      {"defaults",     {},                                      true },
+      {"bounds of d1", {0.5, 0.1, 0.2, 1.0, 1, 1, 1, 0},        true },
+      {"d1 too low",   {0.49, 0.001, 0.99, 0.1, 1, 10, 20, 0},  false},
+      {"d1 too high",  {0.991, 0.001, 0.99, 0.1, 1, 10, 20, 0}, false},
+      {"d2 equals d3", {0.8, 0.2, 0.2, 0.1, 1, 10, 20, 0},      false},
+      {"d2 zero",      {0.8, 0.0, 0.2, 0.1, 1, 10, 20, 0},      false},
+      {"d4 zero",      {0.8, 0.1, 0.2, 0.0, 1, 10, 20, 0},      false},
+      {"i1 zero",      {0.8, 0.1, 0.2, 0.1, 0, 10, 20, 0},      false},
+      {"i3 below i2",  {0.8, 0.1, 0.2, 0.1, 1, 10, 9, 0},       false},
+  };
+  for (const auto& c : cases) {
+    KVN_network network;
+    EXPECT_EQ(network.SetSolverParameters(c.parameters), c.good ? 0 : int{KVN_REFUSED}) << c.name;
+  }
+}
+
+/// The documented look-ups and the rule for free slots, by scans over a plain table.
+class ReferenceTable {
+ public:
+  int FreeSlot() {
+    const size_t live = static_cast<size_t>(CountLive());
+    if (live == slots.size()) slots.resize(slots.size() + 50);
+    if (!slots[live]) return static_cast<int>(live);
+    for (size_t i = 0; i < slots.size(); i++) {
+      if (!slots[i]) return static_cast<int>(i);
+    }
+    return KVN_REFUSED;
+  }
+  int Find(const std::string& id) const {
+    for (size_t i = 0; i < slots.size(); i++) {
+      if (slots[i] == id) return static_cast<int>(i);
+    }
+    return KVN_REFUSED;
+  }
+  int CountLive() const {
+    int live = 0;
+    for (const auto& slot : slots) live += slot ? 1 : 0;
+    return live;
+  }
+  bool Refuses(const std::string& id, int except) const {
+    if (id[0] == '@') return false;
+    for (size_t i = 0; i < slots.size(); i++) {
+      if (slots[i] == id && static_cast<int>(i) != except) return true;
+    }
+    return false;
+  }
+
+  std::vector<std::optional<std::string>> slots = std::vector<std::optional<std::string>>(50);
+};
+
+TEST(Network, HandlesAndLookUpsAreThoseOfPlainScans) {
+  for (unsigned seed = 1; seed <= 4; seed++) {
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    KVN_network network;
+    ReferenceTable reference;
+    for (int step = 0; step < 1500; step++) {
+      std::string id = "n" + std::to_string(random() % 150);
+      if (random() % 8 == 0) id = "@" + std::to_string(random() % 3);
+      const int handle = static_cast<int>(random() % reference.slots.size());
+      const bool live = reference.slots[handle].has_value();
+      switch (random() % 5) {
+        case 0:
+        case 1: {
+          const bool refused = reference.Refuses(id, -1);
+          const int expected = refused ? int{KVN_REFUSED} : reference.FreeSlot();
+          ASSERT_EQ(network.AddNode(KVN_TYPE_CPT, id.c_str()), expected) << step;
+          if (!refused) reference.slots[static_cast<size_t>(expected)] = id;
+          break;
+        }
+        case 2:
+          ASSERT_EQ(network.DeleteNode(handle), live ? 0 : int{KVN_REFUSED}) << step;
+          reference.slots[handle].reset();
+          break;
+        default: {
+          if (!live) break;
+          const bool refused = reference.Refuses(id, handle);
+          ASSERT_EQ(network.GetNode(handle)->SetId(id.c_str()), refused ? int{KVN_ILLEGAL_ID} : 0)
+              << step;
+          if (!refused) reference.slots[handle] = id;
+        }
+      }
+      ASSERT_EQ(network.FindNode(id.c_str()), reference.Find(id)) << step << " " << id;
+      ASSERT_EQ(network.GetNumberOfNodes(), reference.CountLive()) << step;
+      ASSERT_EQ(network.GetSize(), static_cast<int>(reference.slots.size())) << step;
+    }
+    KVN_intArray all;
+    EXPECT_EQ(network.GetAllNodes(all), 0);
+    size_t found = 0;
+    for (size_t i = 0; i < reference.slots.size(); i++) {
+      if (!reference.slots[i]) continue;
+      EXPECT_EQ(all[static_cast<int>(found++)], static_cast<int>(i));
+    }
+    EXPECT_EQ(network.GetNextNode(all[0] == 0 ? 0 : 1), all[1]);
+    EXPECT_EQ(network.GetNextNode(network.GetLastNode()), KVN_REFUSED);
+    EXPECT_EQ(network.GetNextNode(-1), KVN_REFUSED);
+  }
+}
+
+TEST(Network, AddNodeFailsCleanlyWithoutMemory) {
+  const int failures = FailEachAllocation([](int n) {
+    KVN_network network;
+    EXPECT_EQ(network.Initialize(1, 1), 0);
+    EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a"), 0);
+    bool failed;
+    int handle;
+    {
+      FailingAllocation failing(n);
+      handle = network.AddNode(KVN_TYPE_CPT, "b");
+      failed = failing.HasFailed();
+    }
+    // Either no node, or one that the next check takes away again, or a good one.
+    EXPECT_EQ(network.CheckReadiness(/*deep=*/1), 0);
+    EXPECT_EQ(network.GetNumberOfNodes(), network.IsLive(handle) ? 2 : 1) << n;
+    EXPECT_EQ(network.FindNode("a"), 0) << n;
+    EXPECT_TRUE(failed || network.FindNode("b") == 1);
+    // What was missing can be made up for.
+    const bool made = network.FindNode("b") == 1 || network.AddNode(KVN_TYPE_CPT, "b") == 1;
+    EXPECT_TRUE(made) << n;
+    return failed;
+  });
+  EXPECT_GT(failures, 5);
+}
+
+const struct {
+  const char* fileName;
+  int format;
+} kFileNames[] = {
+    {"a.xkvn",        KVN_FORMAT_XKVN     },
+    {"a.QKVN",        KVN_FORMAT_XKVN     },
+    {"/x.y/a.b.Kvn",  KVN_FORMAT_KVN      },
+    {"a.erg",         KVN_FORMAT_ERGO     },
+    {"a.dne",         KVN_FORMAT_NETICA   },
+    {"a.dsc",         KVN_FORMAT_MICROSOFT},
+    {".net",          KVN_FORMAT_HUGIN    },
+    {"a.dxp",         KVN_FORMAT_KI       },
+    {"a.xml03",       KVN_FORMAT_XMLBIF   },
+    {"a.xml",         KVN_REFUSED         },
+    {"a.kvnx",        KVN_REFUSED         },
+    {"a.kv",          KVN_REFUSED         },
+    {"a.",            KVN_REFUSED         },
+    {"kvn",           KVN_REFUSED         },
+    {"/home.kvn/net", KVN_REFUSED         },
+    {nullptr,         KVN_REFUSED         },
+};
+
+TEST(NetworkFiles, TheExtensionTellsTheFormat) {
+  for (const auto& c : kFileNames) {
+    EXPECT_EQ(DetectFileFormat(c.fileName), c.format) << (c.fileName ? c.fileName : "(null)");
+  }
+}
+
+TEST(NetworkFiles, UnknownFormatsAreRefusedAndLeaveTheNetwork) {
+  KVN_network network;
+  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a"), 0);
+  for (int format : {0, 9, -2, 4711}) {
+    EXPECT_EQ(network.ReadFile("file.unknown", format), KVN_REFUSED);
+    EXPECT_STREQ(GetLastErrorMessage(), "Unknown File Format");
+    EXPECT_EQ(network.WriteFile("file.unknown", format), KVN_REFUSED);
+  }
+  EXPECT_EQ(network.WriteFile("file.kvn", KVN_FORMAT_KI), KVN_REFUSED);
+  EXPECT_STREQ(GetLastErrorMessage(), "Writing to KI file format not supported.");
+  EXPECT_EQ(network.GetNumberOfNodes(), 1);
+}
+
+TEST(NetworkFiles, AFailedReadEmptiesTheNetworkAndRestoresItsMask) {
+  KVN_network network;
+  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a"), 0);
+  EXPECT_EQ(network.Creation().SetCreator("me"), 0);
+  network.SetNumberOfSamples(7);
+  network.SetChangeMask(5);
+  EXPECT_LT(network.ReadFile("/nowhere/at/all.kvn"), 0);
+  EXPECT_EQ(network.GetNumberOfNodes(), 0);
+  EXPECT_EQ(network.GetNumberOfSamples(), 1000);
+  EXPECT_STREQ(network.Creation().GetCreator(), "me");
+  EXPECT_STREQ(network.Header().GetId(), "Sub0");
+  EXPECT_EQ(network.GetChangeMask(), 5);
+  EXPECT_EQ(network.GetLoadFlags(), 0);
+}
+
+}  // namespace
