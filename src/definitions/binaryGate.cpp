@@ -77,14 +77,14 @@ int KVN_binaryGate::RebuildTable() {
 void KVN_binaryGate::ComputeTable() {
   const int dimensions = table.GetNumberOfDimensions() - 1;  // those of parents
   const int parentCount = std::min({NumberOfParents(), CountOfNumbers(), dimensions});
-  double* data = table.GetData();
+  double* cell = table.GetData();
   const int rows = table.GetSize() / 2;
   for (int row = 0; row < rows; row++) {
     // All dimensions are binary: the coordinates of a row are the bits of its number.
     int coordinates[kMaxDimensions];
     for (int i = 0; i < parentCount; i++) coordinates[i] = (row >> (dimensions - 1 - i)) & 1;
     const double p = RowProbability(coordinates, parentCount);
-    data[2 * row] = p;
-    data[2 * row + 1] = 1 - p;
+    *cell++ = p;
+    *cell++ = 1 - p;
   }
 }
