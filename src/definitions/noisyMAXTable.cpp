@@ -160,7 +160,9 @@ int KVN_noisyMAX::SetParameterList(const KVN_doubleArray& values) {
 
 int KVN_noisyMAX::CheckParameters(const KVN_Dmatrix& matrix, char* message, int messageSize) const {
   KVN_intArray columns;
-  if (int result = UnitColumns(columns); result < 0) return result;
+  if (RowCount() > 0) {  // an emptied gate has no rows to look at, and no matrix fits it
+    if (int result = UnitColumns(columns); result < 0) return result;
+  }
   return CheckRows(matrix, columns, message, messageSize);
 }
 

@@ -426,6 +426,11 @@ TEST(NoisyMAX, CheckParametersTellsTheFirstFault) {
     EXPECT_EQ(tiny, std::string(c.message).substr(0, 2));
     EXPECT_EQ(gate->CheckParameters(matrix, nullptr, 0), c.result);
   }
+  const KVN_Dmatrix matrix = gate->GetParameters();
+  char message[64] = "";
+  gate->CleanUp(/*deep=*/1);
+  EXPECT_EQ(gate->CheckParameters(matrix, message, sizeof message), KVN_REFUSED);
+  EXPECT_STREQ(message, "Inappropirate Dmatrix size");
 }
 
 TEST(NoisyMAX, ConstrainedCellsAreTheLastRowsOfBlocks) {
