@@ -36,7 +36,8 @@ void KVN_kvnSpeaker::BeginContinuation() { UseBackslashContinuation(); }
 
 void KVN_kvnSpeaker::EndContinuation() { outputFile.SetContinuation(nullptr); }
 
-/// Text at the indentation that no word wrap may break.
+/// Text that no word wrap may break: a quote that moved to the next line would take the indent
+/// before it into the string.
 void KVN_kvnSpeaker::WritePlain(const char* text) {
   (void)outputFile.PutLines(text, KVN_textFile::kIndentLines);
 }
@@ -142,9 +143,9 @@ void KVN_kvnSpeaker::WriteScreenComments(const KVN_textBoxList& boxes) {
     }
     (void)WriteLine("SCREENCOMMENT = { ");
     (void)WriteIntList(numbers, /*whole=*/false);
-    (void)WriteText(",\"");
+    WritePlain(",\"");
     (void)WriteText(boxes.GetText(i), /*escaped=*/true);
-    (void)WriteText("\"};\n");
+    WritePlain("\"};\n");
   }
 }
 
@@ -161,9 +162,9 @@ void KVN_kvnSpeaker::WriteDocumentation(const KVN_documentation& documentation) 
   for (int i = 0; i < documentation.GetCount(); ++i) {
     (void)WriteLine("\"");
     (void)WriteText(TextOr(documentation.GetTitle(i), ""), /*escaped=*/true);
-    (void)WriteText("\" = \"");
+    WritePlain("\" = \"");
     (void)WriteText(TextOr(documentation.GetLocation(i), ""), /*escaped=*/true);
-    (void)WriteText("\";\n");
+    WritePlain("\";\n");
   }
   (void)WriteBlockEnd();
 }
