@@ -5,7 +5,6 @@
 #include <random>
 
 #include "foundation/resultCodes.h"
-#include "network/fileSpeaker.h"
 #include "network/nodeInfo.h"
 #include "network/submodelHandler.h"
 #include "network/updateAlgorithm.h"
@@ -273,62 +272,6 @@ TEST(Network, AddNodeFailsCleanlyWithoutMemory) {
     return failed;
   });
   EXPECT_GT(failures, 5);
-}
-
-const struct {
-  const char* fileName;
-  int format;
-} kFileNames[] = {
-    {"a.xkvn",        KVN_FORMAT_XKVN     },
-    {"a.QKVN",        KVN_FORMAT_XKVN     },
-    {"/x.y/a.b.Kvn",  KVN_FORMAT_KVN      },
-    {"a.erg",         KVN_FORMAT_ERGO     },
-    {"a.dne",         KVN_FORMAT_NETICA   },
-    {"a.dsc",         KVN_FORMAT_MICROSOFT},
-    {".net",          KVN_FORMAT_HUGIN    },
-    {"a.dxp",         KVN_FORMAT_KI       },
-    {"a.xml03",       KVN_FORMAT_XMLBIF   },
-    {"a.xml",         KVN_REFUSED         },
-    {"a.kvnx",        KVN_REFUSED         },
-    {"a.kv",          KVN_REFUSED         },
-    {"a.",            KVN_REFUSED         },
-    {"kvn",           KVN_REFUSED         },
-    {"/home.kvn/net", KVN_REFUSED         },
-    {nullptr,         KVN_REFUSED         },
-};
-
-TEST(NetworkFiles, TheExtensionTellsTheFormat) {
-  for (const auto& c : kFileNames) {
-    EXPECT_EQ(DetectFileFormat(c.fileName), c.format) << (c.fileName ? c.fileName : "(null)");
-  }
-}
-
-TEST(NetworkFiles, UnknownFormatsAreRefusedAndLeaveTheNetwork) {
-  KVN_network network;
-  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a"), 0);
-  for (int format : {0, 9, -2, 4711}) {
-    EXPECT_EQ(network.ReadFile("file.unknown", format), KVN_REFUSED);
-    EXPECT_STREQ(GetLastErrorMessage(), "Unknown File Format");
-    EXPECT_EQ(network.WriteFile("file.unknown", format), KVN_REFUSED);
-  }
-  EXPECT_EQ(network.WriteFile("file.kvn", KVN_FORMAT_KI), KVN_REFUSED);
-  EXPECT_STREQ(GetLastErrorMessage(), "Writing to KI file format not supported.");
-  EXPECT_EQ(network.GetNumberOfNodes(), 1);
-}
-
-TEST(NetworkFiles, AFailedReadEmptiesTheNetworkAndRestoresItsMask) {
-  KVN_network network;
-  EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a"), 0);
-  EXPECT_EQ(network.Creation().SetCreator("me"), 0);
-  network.SetNumberOfSamples(7);
-  network.SetChangeMask(5);
-  EXPECT_LT(network.ReadFile("/nowhere/at/all.kvn"), 0);
-  EXPECT_EQ(network.GetNumberOfNodes(), 0);
-  EXPECT_EQ(network.GetNumberOfSamples(), 1000);
-  EXPECT_STREQ(network.Creation().GetCreator(), "me");
-  EXPECT_STREQ(network.Header().GetId(), "Sub0");
-  EXPECT_EQ(network.GetChangeMask(), 5);
-  EXPECT_EQ(network.GetLoadFlags(), 0);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include "foundation/errorLog.h"
 #include "foundation/resultCodes.h"
-#include "network/fileSpeaker.h"
 #include "network/node.h"
 #include "network/updateAlgorithm.h"
 #include "tests/support/builders.h"
@@ -49,9 +48,6 @@ const KVN_updateAlgorithm theUpdateAlgorithms[] = {
 };
 const KVN_specialUpdates theSpecialUpdates = {RunPolicy, RunSearch, nullptr,
                                               nullptr,   nullptr,   nullptr};
-const KVN_formatRow theFileFormats[] = {
-    {-1, nullptr}
-};
 
 TEST(UpdateDriver, RunsTheRowOfTheCodeAndNothingInItsPlace) {
   const struct {
