@@ -168,9 +168,14 @@ const EditCase kEdits[] = {
     {"outcome of b inserted in front of the distinguished one",
      [](KVN_network& net, int,   int b, int) {
        return net.DefinitionOf(b)->InsertOutcome(1, "fresh");
-     },                                                     {1, 3},
+     },                                                       {1, 3},
      {2, 3, 4},
      {0.5, 0, 0.2, 0, 0.1, 0, 0.3}},
+    {"outcome of b inserted in its place",
+     [](KVN_network& net, int,   int b, int) { return net.DefinitionOf(b)->InsertOutcome(2, "q"); },
+     {1, 3},
+     {2, 3, 4},
+     {0.5, 0, 0.2, 0.1, 0, 0, 0.3}},
     {"outcome of b added behind it",
      [](KVN_network& net, int,   int b, int) { return net.DefinitionOf(b)->AddOutcome("fresh"); },
      {1, 2},
@@ -189,13 +194,13 @@ const EditCase kEdits[] = {
     {"outcomes of b reordered",
      [](KVN_network& net, int,   int b, int) {
        return net.DefinitionOf(b)->ChangeOrderOfOutcomes(IntsOf({2, 0, 1}));
-     },                                                     {1, 0},
+     },                                                       {1, 0},
      {2, 3, 4},
      {0.5, 0, 0, 0.2, 0.1, 0.3}   },
     {"parents reordered",
      [](KVN_network& net, int,   int,   int x) {
        return net.ChangeOrderOfParents(x, IntsOf({1, 0}));
-     },                                                       {2, 1},
+     },                                                         {2, 1},
      {3, 2, 4},
      {0.2, 0.1, 0, 0.5, 0, 0.3}   },
 };
