@@ -1,10 +1,14 @@
 // The one place that knows which algorithms the engine has. The model calls them through these
 // tables and so depends on none of them.
 
+#include "inference/exact/clusterUpdate.h"
 #include "network/updateAlgorithm.h"
 
 const KVN_updateAlgorithm theUpdateAlgorithms[] = {
-    {-1, nullptr},
+    {KVN_ALG_CLUSTERING,                RunClustering             },
+    {KVN_ALG_RELEVANCE_DECOMPOSITION,   RunRelevanceDecomposition },
+    {KVN_ALG_RELEVANCE_DECOMPOSITION_2, RunRelevanceDecomposition2},
+    {-1,                                nullptr                   },
 };
 
 // Entries that are left out are null.
