@@ -179,6 +179,12 @@ TEST(LexicalAnalizer, CutsTokens) {
   }
 }
 
+TEST(LexicalAnalizer, SkipsMoreCharactersOnDemand) {
+  const Input input("a,b | \"x,y\" ,/, 1");
+  input.lexer->AddWhitespace(",|");
+  EXPECT_EQ(input.Rest(), "1:a 1:b 70:x,y 4:/ 2:1");
+}
+
 struct StringCase {
   const char* input;
   const char* text;
