@@ -57,7 +57,7 @@ int KVN_network::Initialize(int initialSize, int newGrowBy) {
   int result = AllocateTable(initialSize > 0 ? initialSize : int{kDefaultSize});
   if (result == 0 && submodels == nullptr) {
     submodels.reset(new (std::nothrow) KVN_submodelHandler(this));
-    if (submodels == nullptr) result = KVN_NO_MEMORY;
+    if (submodels == nullptr || !submodels->IsReady()) result = KVN_NO_MEMORY;
   } else if (result == 0) {
     result = submodels->Clear();
   }

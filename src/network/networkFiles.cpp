@@ -97,6 +97,7 @@ int KVN_network::ReadFile(const char* fileName, int format, std::intptr_t option
   if (speaker == nullptr) return KVN_REFUSED;
   if (options != 0) speaker->SetOptions(options);
   ResetForReading();
+  if (!submodels->IsReady()) return KVN_NO_MEMORY;  // it has no root, which every reader needs
   int flags = KVN_LOAD_RUNNING;
   if (speaker->SkipsIdentifierCheck()) flags |= KVN_LOAD_REPEATED_IDS;
   if (speaker->SkipsCycleCheck()) flags |= KVN_LOAD_ANY_ARC_ORDER;
