@@ -66,60 +66,92 @@ bool TreeInput::Load() {
   return true;
 }
 
-/// Whether some cell of the table is above zero with `dimension` at `state` and all others at
-/// states that are alive.
-bool TreeInput::IsSupported(int position, int dimension, int state) const {
+/// Whether a table rules out anything at all: most don't, and are never looked at again.
+bool TreeInput::HasZeros(int position) const {
+  const TreeFactor& factor = factors[position];
+  StateWalk walk(factor.variables.size());
+  do {
+    std::int64_t offset = 0;
+    for (std::size_t d = 0; d < walk.at.size(); ++d) offset += factor.strides[d] * walk.at[d];
+    if (factor.cells[offset] == 0.0) return true;
+  } while (walk.Next([&](std::size_t d) { return states[factor.variables[d]]; }));
+  return false;
+}
+
+/// Takes from `alive` each state that no cell of the table supports, with all other variables at
+/// states that are alive; lists the variables that lost one. False when one has none left.
+bool TreeInput::RemoveUnsupported(int position, std::vector<int>& shrunk) {
   const TreeFactor& factor = factors[position];
   std::size_t count = factor.variables.size();
   std::vector<std::vector<int>> choices(count);
+  std::vector<std::vector<char>> supported(count);
+  std::size_t open = 0;  // states still without support
   for (std::size_t d = 0; d < count; ++d) {
     const std::vector<char>& outcomes = alive[factor.variables[d]];
     for (int k = 0; k < static_cast<int>(outcomes.size()); ++k) {
-      if (outcomes[k] != 0 && (static_cast<int>(d) != dimension || k == state)) {
-        choices[d].push_back(k);
-      }
+      if (outcomes[k] != 0) choices[d].push_back(k);
     }
-    if (choices[d].empty()) return false;
+    supported[d].assign(choices[d].size(), 0);
+    open += choices[d].size();
   }
   StateWalk walk(count);
   do {
     std::int64_t offset = 0;
     for (std::size_t d = 0; d < count; ++d) offset += factor.strides[d] * choices[d][walk.at[d]];
     // Not a number counts as support: it must not vanish from the result.
-    if (!(factor.cells[offset] == 0.0)) return true;
-  } while (walk.Next([&](std::size_t d) { return static_cast<int>(choices[d].size()); }));
-  return false;
+    if (factor.cells[offset] == 0.0) continue;
+    for (std::size_t d = 0; d < count; ++d) {
+      char& mark = supported[d][walk.at[d]];
+      open -= mark == 0;
+      mark = 1;
+    }
+  } while (open > 0 &&
+           walk.Next([&](std::size_t d) { return static_cast<int>(choices[d].size()); }));
+  for (std::size_t d = 0; open > 0 && d < count; ++d) {
+    int v = factor.variables[d];
+    std::size_t lost = 0;
+    for (std::size_t i = 0; i < choices[d].size(); ++i) {
+      if (supported[d][i] != 0) continue;
+      alive[v][choices[d][i]] = 0;
+      ++lost;
+    }
+    if (lost == choices[d].size()) return false;
+    if (lost > 0) shrunk.push_back(v);
+  }
+  return true;
 }
 
 bool TreeInput::PruneStates(bool& contradiction) {
   int n = GetSize();
   contradiction = false;
   alive.resize(n);
-  std::vector<std::vector<int>> factorsOf(n);
-  for (int i = 0; i < n; ++i) {
-    alive[i].assign(states[i] > 1 ? states[i] : 0, 1);
+  std::vector<std::vector<int>> factorsOf(n);  // the tables that may rule out states
+  std::vector<int> pending;
+  std::vector<char> isPending(n, 0);
+  for (int i = 0; i < n; ++i) alive[i].assign(states[i] > 1 ? states[i] : 0, 1);
+  for (int i = n - 1; i >= 0; --i) {
+    if (!HasZeros(i)) continue;
     for (int v : factors[i].variables) factorsOf[v].push_back(i);
+    pending.push_back(i);
+    isPending[i] = 1;
   }
   std::vector<char> changed(n, 0);
-  std::vector<int> pending(n);
-  std::vector<char> isPending(n, 1);
-  for (int i = 0; i < n; ++i) pending[i] = n - 1 - i;
+  std::vector<int> shrunk;
   while (!pending.empty()) {
     int i = pending.back();
     pending.pop_back();
     isPending[i] = 0;
-    const TreeFactor& factor = factors[i];
-    for (int d = 0; d < static_cast<int>(factor.variables.size()); ++d) {
-      int v = factor.variables[d];
-      for (int k = 0; k < static_cast<int>(alive[v].size()); ++k) {
-        if (alive[v][k] == 0 || IsSupported(i, d, k)) continue;
-        alive[v][k] = 0;
-        changed[v] = 1;
-        for (int other : factorsOf[v]) {
-          if (isPending[other] != 0) continue;
-          isPending[other] = 1;
-          pending.push_back(other);
-        }
+    shrunk.clear();
+    if (!RemoveUnsupported(i, shrunk)) {
+      contradiction = true;
+      return true;
+    }
+    for (int v : shrunk) {
+      changed[v] = 1;
+      for (int other : factorsOf[v]) {
+        if (other == i || isPending[other] != 0) continue;
+        isPending[other] = 1;
+        pending.push_back(other);
       }
     }
   }
@@ -129,12 +161,12 @@ bool TreeInput::PruneStates(bool& contradiction) {
       if (alive[v][k] != 0) kept[v].push_back(k);
     }
     states[v] = static_cast<int>(kept[v].size());
-    if (states[v] == 0) {
-      contradiction = true;
-      return true;
-    }
   }
-  for (int i = 0; i < n; ++i) {
+  return CompactFactors(changed);
+}
+
+bool TreeInput::CompactFactors(const std::vector<char>& changed) {
+  for (int i = 0; i < GetSize(); ++i) {
     for (int v : factors[i].variables) {
       if (changed[v] == 0) continue;
       if (!CompactFactor(i)) return false;

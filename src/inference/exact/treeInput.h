@@ -48,7 +48,9 @@ class TreeInput {
   bool IsDistribution(int position) const;
 
  private:
-  bool IsSupported(int factor, int dimension, int state) const;
+  bool HasZeros(int position) const;
+  bool RemoveUnsupported(int position, std::vector<int>& shrunk);
+  bool CompactFactors(const std::vector<char>& changed);
   bool CompactFactor(int position);
 
   RelevanceGraph& part;  // not owned
