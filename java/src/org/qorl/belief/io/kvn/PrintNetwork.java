@@ -3,6 +3,7 @@ package org.qorl.belief.io.kvn;
 import java.io.IOException;
 import java.io.PrintStream;
 import java.nio.file.Path;
+import java.util.HashMap;
 import java.util.List;
 import java.util.Locale;
 import java.util.Map;
@@ -52,18 +53,23 @@ public final class PrintNetwork {
                 + count(network.nodes().stream().mapToInt(node -> node.parents().size()).sum(),
                         "arc"));
         printProperties("", network.properties());
-        network.submodel(Network.ROOT_SUBMODEL).ifPresent(root -> printTree(root, ""));
+        printTree();
         network.nodes().forEach(this::printNode);
         out.flush();
     }
 
-    private void printTree(Submodel submodel, String indent) {
-        out.println(indent + "[" + submodel.name() + "]");
-        network.nodes().stream()
-                .filter(node -> node.submodel() == submodel.handle())
-                .forEach(node -> out.println(indent + INDENT + node.identifier()));
-        for (int child : submodel.children()) {
-            network.submodel(child).ifPresent(below -> printTree(below, indent + INDENT));
+    /** The submodels come parents first, so each one's depth is known when its turn comes. */
+    private void printTree() {
+        Map<Integer, List<Node>> members =
+                network.nodes().stream().collect(Collectors.groupingBy(Node::submodel));
+        Map<Integer, Integer> depths = new HashMap<>();
+        for (Submodel submodel : network.submodels()) {
+            int depth = depths.getOrDefault(submodel.handle(), 0);
+            submodel.children().forEach(child -> depths.put(child, depth + 1));
+            out.println(INDENT.repeat(depth) + "[" + submodel.name() + "]");
+            for (Node node : members.getOrDefault(submodel.handle(), List.of())) {
+                out.println(INDENT.repeat(depth + 1) + node.identifier());
+            }
         }
     }
 
