@@ -11,7 +11,7 @@ namespace {
 template <typename TextAt>
 bool MakeTexts(const BridgeState& state, int count, TextAt textAt, LocalRef<jobjectArray>& out) {
   JNIEnv* env = state.env;
-  out = {env, env->NewObjectArray(count, state.stringClass, state.emptyString)};
+  out = LocalRef(env, env->NewObjectArray(count, state.stringClass, state.emptyString));
   if (out.Get() == nullptr) return false;
   for (int i = 0; i < count; i++) {
     LocalRef<jstring> item;
@@ -26,11 +26,11 @@ bool MakeTexts(const BridgeState& state, int count, TextAt textAt, LocalRef<jobj
 
 bool TextToHost(const BridgeState& state, const char* text, LocalRef<jstring>& out) {
   if (text == nullptr) {
-    out = {};
+    out = LocalRef<jstring>();
     return true;
   }
   const HostText lent(text);
-  out = {state.env, state.env->NewStringUTF(lent.Get())};
+  out = LocalRef(state.env, state.env->NewStringUTF(lent.Get()));
   return out.Get() != nullptr;
 }
 
@@ -43,7 +43,7 @@ bool TextsToHost(const BridgeState& state, const KVN_stringArray* list,
 
 bool IntsToHost(const BridgeState& state, const int* items, int count, LocalRef<jintArray>& out) {
   JNIEnv* env = state.env;
-  out = {env, env->NewIntArray(count)};
+  out = LocalRef(env, env->NewIntArray(count));
   if (out.Get() == nullptr) WriteHostError("We're in trouble.");
   // It is meant that the copy is attempted all the same: a host that has no memory for a few ints
   // is past saving, and must not go on with half a node.
@@ -55,7 +55,7 @@ bool DoublesToHost(const BridgeState& state, const KVN_doubleArray* list,
                    LocalRef<jdoubleArray>& out) {
   JNIEnv* env = state.env;
   const int count = list != nullptr ? list->GetNumItems() : 0;
-  out = {env, env->NewDoubleArray(count)};
+  out = LocalRef(env, env->NewDoubleArray(count));
   if (out.Get() == nullptr) return false;
   if (count > 0) env->SetDoubleArrayRegion(out.Get(), 0, count, list->GetItems());
   return env->ExceptionCheck() == JNI_FALSE;

@@ -56,8 +56,8 @@ int LengthFromHost(JNIEnv* env, jarray array);
 /// for a null array or an index outside.
 template <typename T>
 LocalRef<T> ElementFromHost(JNIEnv* env, jobjectArray array, int index) {
-  if (index < 0 || index >= LengthFromHost(env, array)) return {};
-  return {env, static_cast<T>(env->GetObjectArrayElement(array, index))};
+  if (index < 0 || index >= LengthFromHost(env, array)) return LocalRef<T>();
+  return LocalRef<T>(env, static_cast<T>(env->GetObjectArrayElement(array, index)));
 }
 /// The characters of a String, never released (intended): like the networks they belong to, they
 /// stay until the process ends.

@@ -1,6 +1,5 @@
 #include "bridge/propertyEdits.h"
 
-#include <cstring>
 #include <string>
 
 #include "bridge/hostValues.h"
