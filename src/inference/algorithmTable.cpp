@@ -2,10 +2,14 @@
 // tables and so depends on none of them.
 
 #include "inference/exact/clusterUpdate.h"
+#include "inference/exact/polytree.h"
+#include "inference/exact/sepsetJoinTree.h"
 #include "network/updateAlgorithm.h"
 
 const KVN_updateAlgorithm theUpdateAlgorithms[] = {
     {KVN_ALG_CLUSTERING,                RunClustering             },
+    {KVN_ALG_POLYTREE,                  PolytreeUpdate            },
+    {KVN_ALG_SEPSET_JOIN_TREE,          SepsetJoinTreeUpdate      },
     {KVN_ALG_RELEVANCE_DECOMPOSITION,   RunRelevanceDecomposition },
     {KVN_ALG_RELEVANCE_DECOMPOSITION_2, RunRelevanceDecomposition2},
     {-1,                                nullptr                   },

@@ -59,8 +59,7 @@ int PolytreeCorrection::Run() {
 int PolytreeCorrection::ListNodes() {
   if (int result = order.Add(0); result < 0) return result;
   if (int result = reachedBy.Add(-1); result < 0) return result;
-  // The list is its own queue: any order will do in which a node comes after the one it was
-  // reached from.
+  // The list is its own queue.
   for (int i = 0; i < order.GetNumItems(); ++i) {
     const PolytreeNode& node = graph.Node(order[i]);
     int neighbours = node.parentCount + node.children.GetNumItems();

@@ -20,7 +20,7 @@ class PolytreeCorrection {
   [[nodiscard]] int Run();
 
  private:
-  /// The nodes in preorder from the first, each with the arc that it was reached by.
+  /// The nodes breadth first from the first one, each with the arc that it was reached by.
   int ListNodes();
   int AllocateScratch();
   void MultiplyLambdas(const PolytreeNode& node, int except, double* out);

@@ -123,10 +123,10 @@ void PolytreeWalk::Compute(PolytreeNode& node, int from) {
   graph.SumOverParents(node, node.pi);
   UpdateBelief(node);
   SendPiToChildren(node, /*except=*/-1);
-  const double* end = node.lambda + node.outcomes;
-  bool isInformative = std::any_of(
-      node.lambda, end, [](double cell) { return !IsNearOne(cell, kUnitLambdaTolerance); });
-  if (isInformative) SendLambdaToParents(node, from);
+  bool isUnit = std::all_of(node.lambda, node.lambda + node.outcomes, [](double cell) {
+    return IsNearOne(cell, kUnitLambdaTolerance);
+  });
+  if (!isUnit) SendLambdaToParents(node, from);
 }
 
 void PolytreeWalk::ComputeLambda(PolytreeNode& node) {
