@@ -104,11 +104,7 @@ int KVN_extraDefinition::SetFaultLabel(int position, const char* label) {
   if (int result = FitToOutcomes(); result < 0) return result;
   if (position < 0 || position >= GetCount()) return KVN_REFUSED;
   const char* text = TextOrEmpty(label);
-  // It is meant that a file is believed here: comparing across all nodes read so far would find
-  // nothing that the writer of the file had not been asked already.
-  const bool isLoading = network != nullptr && network->GetLoadFlags() != 0;
-  if (*text != '\0' && !isLoading && IsLabelUsedElsewhere(text)) return KVN_REFUSED;
-  return faultLabels.SetString(position, text);
+  return IsLabelRefused(text) ? KVN_REFUSED : faultLabels.SetString(position, text);
 }
 
 int KVN_extraDefinition::SetFaultLabels(const KVN_stringArray& labels) {
@@ -118,32 +114,29 @@ int KVN_extraDefinition::SetFaultLabels(const KVN_stringArray& labels) {
 }
 
 int KVN_extraDefinition::MakeLabelsUnique(const KVN_stringArray& labels) {
-  if (int result = FitToOutcomes(); result < 0) return result;
-  const int count = UsedCount(labels);
-  for (int i = 0; i < count && i < GetCount(); i++) {
-    if (int result = faultLabels.SetString(i, ""); result < 0) return result;
-  }
   int worst = KVN_SUCCESS;
+  const int count = UsedCount(labels);
   for (int i = 0; i < count; i++) {
-    if (SetFaultLabel(i, labels.GetString(i)) == 0) continue;
-    worst = KVN_REFUSED;
-    (void)CreateLabel(i, labels.GetString(i));  // the result tells already that labels are not kept
+    int result = SetFaultLabel(i, labels.GetString(i));
+    if (result == KVN_REFUSED && i < GetCount()) {
+      std::string made;
+      CreateLabel(labels.GetString(i), made);
+      if (SetFaultLabel(i, made.c_str()) == KVN_NO_MEMORY) result = KVN_NO_MEMORY;
+    }
+    if (result == KVN_NO_MEMORY) return result;
+    if (result < 0) worst = KVN_REFUSED;
   }
   return worst;
 }
 
-int KVN_extraDefinition::CreateLabel(int position, const char* base) {
-  if (int result = FitToOutcomes(); result < 0) return result;
-  if (position < 0 || position >= GetCount()) return KVN_REFUSED;
+void KVN_extraDefinition::CreateLabel(const char* base, std::string& out) const {
   std::string mended = TextOrEmpty(base);
   if (KVN_idArray::MakeValidId(mended) < 0) mended = "x";
-  // The network has `sum` labels at most, so one of sum + 1 candidates is free.
-  const long long sum = SumOfOutcomeCounts();
-  int result = KVN_REFUSED;
-  for (long long i = 0; i <= sum && result == KVN_REFUSED; i++) {
-    result = SetFaultLabel(position, (mended + std::to_string(1 + sum + i)).c_str());
-  }
-  return result;
+  // The network has `sum` labels at most, so one of the first sum + 1 numbers is free.
+  long long number = 1 + SumOfOutcomeCounts();
+  do {
+    out = mended + std::to_string(number++);
+  } while (IsLabelRefused(out.c_str()) || !faultLabels.IsThisIdentifierValid(out.c_str()));
 }
 
 int KVN_extraDefinition::SetStateComments(const KVN_stringArray& comments) {
@@ -281,6 +274,14 @@ void KVN_extraDefinition::CleanUp(int /*deep*/) {
   ClearLists();
   question.reset();
   (void)CheckReadiness(0);
+}
+
+bool KVN_extraDefinition::IsLabelRefused(const char* label) const {
+  if (*label == '\0') return false;
+  // It is meant that a file is believed here: comparing across all nodes read so far would find
+  // nothing that the writer of the file had not been asked already.
+  const bool isLoading = network != nullptr && network->GetLoadFlags() != 0;
+  return !isLoading && IsLabelUsedElsewhere(label);
 }
 
 bool KVN_extraDefinition::IsLabelUsedElsewhere(const char* label) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "foundation/idArray.h"
 #include "foundation/intArray.h"
@@ -78,13 +79,15 @@ class KVN_extraDefinition : public KVN_object {
   /// The same as MakeLabelsUnique, after a test of the count.
   int SetFaultLabels(const KVN_stringArray& labels);
   /// Sets each label in order; a refused one is replaced by a generated one and the result is then
-  /// KVN_REFUSED though the run goes on (intended: the caller learns that labels were changed). The
-  /// labels that are about to be replaced don't stand in the way of the new ones.
+  /// KVN_REFUSED though the run goes on (intended: the caller learns that labels were changed). It
+  /// is meant that a label still in use by a later outcome is refused too, so that two labels can't
+  /// be exchanged in one call: an order of outcomes is what moves labels. KVN_NO_MEMORY ends the
+  /// run.
   int MakeLabelsUnique(const KVN_stringArray& labels);
-  /// Sets a label made of `base` (mended to an identifier, "x" if it is empty) and a number: the
-  /// first that SetFaultLabel accepts, counting up from 1 plus the sum of all outcome counts of the
+  /// Makes a label of `base` (mended to an identifier, "x" if it is empty) and a number: the first
+  /// that SetFaultLabel accepts, counting up from 1 plus the sum of all outcome counts of the
   /// network.
-  int CreateLabel(int position, const char* base);
+  void CreateLabel(const char* base, std::string& out) const;
 
   const KVN_stringArray& GetStateComments() const { return stateComments; }
   int SetStateComments(const KVN_stringArray& comments);
@@ -133,6 +136,8 @@ class KVN_extraDefinition : public KVN_object {
  private:
   /// Items in every per-outcome list.
   int GetCount() const { return faultStates.GetNumItems(); }
+  /// Whether another node has the label, as far as that counts at present.
+  bool IsLabelRefused(const char* label) const;
   bool IsLabelUsedElsewhere(const char* label) const;
   long long SumOfOutcomeCounts() const;
   bool HasCount(int count) const;

@@ -136,8 +136,6 @@ TEST_F(ExtraDefinition, LabelsAreUniqueInTheNetwork) {
   EXPECT_EQ(extra.SetFaultLabel(2, "b"), KVN_REFUSED);
   EXPECT_EQ(extra.SetFaultLabel(1, "b"), 0);
 
-  EXPECT_EQ(extra.SetFaultLabels(StringsOf({"b", "a"})), 0);  // exchanged
-  EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"b", "a"}));
   EXPECT_EQ(extra.SetFaultLabels(StringsOf({"", nullptr})), 0);
   EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"", ""}));
 }
@@ -172,10 +170,24 @@ TEST_F(ExtraDefinition, RefusedLabelsAreReplacedByNumberedOnes) {
   EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"q", "q6"}));
   EXPECT_EQ(extra.SetFaultLabels(StringsOf({"1 a", "b"})), KVN_REFUSED);
   EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"x1_a6", "b"}));
-  EXPECT_EQ(extra.CreateLabel(0, "l"), 0);  // l6 is taken
-  EXPECT_EQ(extra.CreateLabel(1, nullptr), 0);
-  EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"l7", "x6"}));
-  EXPECT_EQ(extra.CreateLabel(2, "l"), KVN_REFUSED);
+  // Label by label: the second outcome still has the "b" that the first one asks for.
+  EXPECT_EQ(extra.SetFaultLabels(StringsOf({"b", "x1_a6"})), KVN_REFUSED);
+  EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"b6", "x1_a6"}));
+  EXPECT_EQ(extra.MakeLabelsUnique(StringsOf({"p", "q", "r"})), KVN_REFUSED);
+  EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"p", "q"}));
+  const struct {
+    const char *base, *label;
+  } cases[] = {
+      {"l",     "l7"   },
+      {"1 a",   "x1_a6"},
+      {"",      "x6"   },
+      {nullptr, "x6"   }
+  };  // x has an l6
+  for (const auto& c : cases) {
+    std::string made;
+    extra.CreateLabel(c.base, made);
+    EXPECT_EQ(made, c.label);
+  }
 }
 
 TEST_F(ExtraDefinition, SettersRefuseWhatDoesNotFit) {
