@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "definitions/parentDimensions.h"
-#include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
 #include "network/network.h"
+#include "values/utilityScale.h"
 
 int KVN_table::Init() {
   const int result = ReCreate();
@@ -151,36 +151,12 @@ int KVN_table::SetUtilities(const KVN_doubleArray& values) {
   return KVN_SUCCESS;
 }
 
-double KVN_table::GetMinimum() const {
-  const double* const first = table.GetData();
-  return table.GetSize() == 0 ? 0.0 : *std::min_element(first, first + table.GetSize());
-}
+double KVN_table::GetMinimum() const { return RangeOfCells(table).low; }
 
-double KVN_table::GetMaximum() const {
-  const double* const first = table.GetData();
-  return table.GetSize() == 0 ? 0.0 : *std::max_element(first, first + table.GetSize());
-}
+double KVN_table::GetMaximum() const { return RangeOfCells(table).high; }
 
 int KVN_table::Rescale(double fromLow, double fromHigh, double toLow, double toHigh) {
   if (!IsReady()) return KVN_NOT_READY;
-  const double lowest = GetMinimum();
-  const double highest = GetMaximum();
-  if (fromLow == fromHigh) {
-    fromLow = lowest;
-    fromHigh = highest;
-  }
-  const double low = std::min(lowest, fromLow);
-  const double high = std::max(highest, fromHigh);
-  if (low == high || toLow == toHigh) {
-    table.FillWith(toHigh);
-  } else if (low == toLow && high == toHigh) {
-    return KVN_SUCCESS;  // nothing changes, so nobody is told
-  } else {
-    for (int i = 0; i < table.GetSize(); i++) {
-      if (table[i] == KVN_UNDEFINED_VALUE) continue;
-      table[i] = (table[i] - low) * (toHigh - toLow) / (high - low) + toLow;
-    }
-  }
-  Notify(KVN_CHANGE_NUMBERS);
+  if (RescaleCells(table, {fromLow, fromHigh}, {toLow, toHigh})) Notify(KVN_CHANGE_NUMBERS);
   return KVN_SUCCESS;
 }

@@ -52,10 +52,8 @@ class KVN_table : public KVN_nodeDefinition {
   /// Smallest and largest cell, undefined ones included; 0.0 for a table without cells.
   double GetMinimum() const;
   double GetMaximum() const;
-  /// Maps the utilities linearly so that [fromLow, fromHigh] becomes [toLow, toHigh]; the source
-  /// range is first widened to hold every cell. Equal bounds of the source stand for the range of
-  /// the cells. When one of the ranges is a single point, every cell becomes `toHigh`. Undefined
-  /// cells stay undefined.
+  /// Maps the utilities linearly, by the rules of RescaleCells (values/utilityScale.h). The network
+  /// hears of it, but for a change that leaves every number as it is.
   int Rescale(double fromLow, double fromHigh, double toLow, double toHigh);
 
  private:

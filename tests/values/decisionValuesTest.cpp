@@ -99,6 +99,7 @@ TEST(ExpectedUtility, RescalesLinearlyOntoTheTargetRange) {
       {"wider range",          {10, 20, 50},      0,  100, 0,  1, {0.1, 0.2, 0.5}  },
  // 20 to 30 is widened to 10 to 50
       {"narrow range",         {10, 20, 50},      20, 30,  0,  1, {0, 0.25, 1}     },
+      {"turned round",         {10, 15, 20},      10, 20,  1,  0, {1, 0.5, 0}      },
       {"all cells equal",      {7, 7, 7},         0,  0,   0,  3, {3, 3, 3}        },
       {"target is one point",  {1, 2, undefined}, 0,  0,   5,  5, {5, 5, 5}        },
       {"ranges equal",         {-1, 0.3, 1},      0,  0,   -1, 1, {-1, 0.3, 1}     },
