@@ -26,7 +26,8 @@ int KVN_binaryGate::Init() {
 
 int KVN_binaryGate::AddParent(int parent) {
   if (!IsReady()) return KVN_NOT_READY;
-  if (!network->IsLive(parent)) return KVN_REFUSED;
+  // A gate is ready even before it has a place.
+  if (network == nullptr || !network->IsLive(parent)) return KVN_REFUSED;
   if (TypeOf(parent) != GetType()) return KVN_NOT_APPLICABLE;
   const int position = PositionOf(parent);
   if (position < 0) return position;

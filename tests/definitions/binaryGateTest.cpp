@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 
 #include "definitions/cast.h"
 #include "definitions/demorgan.h"
@@ -71,6 +72,14 @@ TEST_P(BinaryGate, OnlyGatesOfTheSameClassMayBeParents) {
   EXPECT_EQ(ItemsOf(Table().GetDimensions()), (std::vector<int>{2, 2, 2}));
   // A parent that has just come has no effect.
   EXPECT_TRUE(CellsNear(Table(), {0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5}, 0));
+}
+
+TEST_P(BinaryGate, StandsWithoutANetwork) {
+  const std::unique_ptr<KVN_nodeDefinition> stray(NewDefinition(GetParam(), nullptr, -1));
+  ASSERT_NE(stray, nullptr);
+  EXPECT_EQ(stray->AddParent(0), KVN_REFUSED);
+  EXPECT_EQ(stray->RemoveParent(0), KVN_REFUSED);
+  EXPECT_EQ(stray->GetSize(), 2);
 }
 
 TEST_P(BinaryGate, RefusedNumbersChangeNothing) {
