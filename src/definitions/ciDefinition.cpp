@@ -23,6 +23,12 @@ bool IsRowSum(double sum) { return sum >= KVN_ROW_SUM_LOW && sum <= KVN_ROW_SUM_
 
 }  // namespace
 
+int KVN_ciDefinition::Init() {
+  const int result = ReCreate();
+  CheckReadiness(/*deep=*/0);
+  return result;
+}
+
 void KVN_ciDefinition::CleanUp(int deep) {
   if (deep != 0) {
     outcomes.CleanUp(/*deep=*/1);
@@ -41,7 +47,9 @@ int KVN_ciDefinition::CheckReadiness(int deep) {
 
 int KVN_ciDefinition::CheckConsistency(int deep) {
   if (deep != 0) outcomes.CheckConsistency(/*deep=*/1);
-  SetConsistent(outcomes.IsConsistent());
+  char message[64];
+  SetConsistent(outcomes.IsConsistent() && IsMatrix() && ColumnCount() == GetNumberOfOutcomes() &&
+                CheckParameters(parameters, message, sizeof message) == 0);
   return IsConsistent() ? 0 : KVN_NOT_CONSISTENT;
 }
 
@@ -188,6 +196,12 @@ int KVN_ciDefinition::ParametersChanged() {
   return (ciFlags & KVN_CI_KEEP_CPT) != 0 ? BuildCpt() : 0;
 }
 
+int KVN_ciDefinition::Edited() {
+  if (int result = ParametersChanged(); result < 0) return result;
+  CheckReadiness(/*deep=*/0);
+  return 0;
+}
+
 int KVN_ciDefinition::UpdateCpt() {
   if ((ciFlags & KVN_CI_CPT_CURRENT) != 0 && cpt.GetSize() > 0) return 0;
   return BuildCpt();
@@ -207,18 +221,56 @@ void KVN_ciDefinition::CopyCellsToCpt(KVN_nodeDefinition& source) {
   cpt.GetItems().CopyItems(*cells);
 }
 
-int KVN_ciDefinition::Assigned() {
+int KVN_ciDefinition::Assign(KVN_nodeDefinition& source) {
+  if (!source.IsReady()) return KVN_NOT_READY;
+  if (&source == this) return 0;
+  CleanUp(/*deep=*/1);
+  if (int result = KVN_nodeDefinition::Assign(source); result < 0) return result;
+  if (int result = TakeContent(source); result < 0) return result;
   CheckReadiness(/*deep=*/1);
   CheckConsistency(/*deep=*/1);
   Notify(KVN_CHANGE_DEFINITION);
   return 0;
 }
 
-int KVN_ciDefinition::CheckRows(const KVN_Dmatrix& matrix, const KVN_intArray& unitColumns,
-                                char* message, int messageSize) const {
-  if (!matrix.SameDimensions(parameters) || parameters.GetNumberOfDimensions() != 2) {
+int KVN_ciDefinition::TakeContent(KVN_nodeDefinition& source) {
+  const int type = source.GetType();
+  switch (type) {
+    case KVN_TYPE_NONE:
+      return 0;
+    case KVN_TYPE_EQUATION:
+    case KVN_TYPE_EQUATION_SCC:
+      return ReCreate();
+    case KVN_TYPE_TABLE:
+      // Two outcomes in every gate, whatever a new one has.
+      if (int result = FillOutcomeNames(outcomes, kPrefix, 2); result < 0) return result;
+      if (int result = ReCreate(); result < 0) return result;
+      CopyCellsToCpt(source);
+      return 0;
+    case KVN_TYPE_LIST:
+    case KVN_TYPE_CPT:
+    case KVN_TYPE_TRUTHTABLE:
+    case KVN_TYPE_NOISY_MAX:
+    case KVN_TYPE_NOISY_ADDER:
+      break;
+    default:
+      return KVN_REFUSED;
+  }
+  if (int result = CopyOutcomeNames(outcomes, *source.GetOutcomesNames()); result < 0) {
+    return result;
+  }
+  if (type == KVN_TYPE_LIST) DropAllParents();
+  if (int result = ReCreate(); result < 0) return result;
+  return type == KVN_TYPE_LIST ? 0 : TakeNumbers(source);
+}
+
+int KVN_ciDefinition::CheckParameters(const KVN_Dmatrix& matrix, char* message,
+                                      int messageSize) const {
+  if (!matrix.SameDimensions(parameters) || !IsMatrix()) {
     return Tell(message, messageSize, "Inappropirate Dmatrix size", KVN_REFUSED);
   }
+  KVN_intArray unitColumns;
+  if (int result = UnitColumns(unitColumns); result < 0) return result;
   const int n = ColumnCount();
   const double* cell = matrix.GetData();
   for (int row = 0; row < matrix.GetSizeOfDimension(0); row++) {

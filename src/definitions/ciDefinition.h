@@ -32,14 +32,19 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
 
   KVN_ciDefinition(KVN_network* theNetwork, int theHandle)
       : KVN_nodeDefinition(theNetwork, theHandle) {}
+  /// Builds the default gate for the node's parents.
+  int Init();
 
   void CleanUp(int deep) override;
   int CheckReadiness(int deep) override;
+  /// The names, the shape of the parameters and CheckParameters.
   int CheckConsistency(int deep) override;
 
   /// Cells of the table, which is built if need be; the code of a build that fails.
   int GetSize() override;
   int ConvertFrom(KVN_nodeDefinition& source) override { return Assign(source); }
+  /// KVN_REFUSED for a source that has no table to offer: this is then empty.
+  int Assign(KVN_nodeDefinition& source) override;
   int RemoveNonDiscreteParents() override { return DropNonDiscreteParents(); }
 
   int AddOutcome(const char* name) override;
@@ -75,6 +80,10 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   /// to be told.
   virtual KVN_Dmatrix* GetCpt();
 
+  /// 0 if `matrix` could be the parameters; else KVN_REFUSED for its shape or KVN_LENGTH_MISMATCH
+  /// for its numbers. The reason goes to `message`, cut to `messageSize` bytes.
+  int CheckParameters(const KVN_Dmatrix& matrix, char* message, int messageSize) const;
+
   KVN_Dmatrix& GetParameters() { return parameters; }
   const KVN_Dmatrix& GetParameters() const { return parameters; }
   /// The next reader of the table rebuilds it. For those who write into GetParameters().
@@ -99,20 +108,19 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   /// To be called after each change of the parameters: marks the table stale, and rebuilds it if
   /// it is to be kept.
   int ParametersChanged();
+  /// Ends the edits of a parent that go well: ParametersChanged and the state of readiness.
+  int Edited();
   /// Builds the table unless it is current. A cleared table never counts as current.
   int UpdateCpt();
 
   /// No table, and as parameters the leak row alone, all 0.0.
   int StartParameters();
-  /// Copies the cells of another definition's table into `cpt` if their numbers agree.
-  void CopyCellsToCpt(KVN_nodeDefinition& source);
-  /// The end of every Assign that succeeds.
-  int Assigned();
-
-  /// The validity test behind CheckParameters of the gates. `unitColumns` has for each row of
-  /// `parameters` the column where a constrained row has its 1, or -1 for a free row.
-  int CheckRows(const KVN_Dmatrix& matrix, const KVN_intArray& unitColumns, char* message,
-                int messageSize) const;
+  /// The class's own part of Assign: `source` is a chance definition whose names were taken over,
+  /// and the default numbers stand.
+  virtual int TakeNumbers(KVN_nodeDefinition& source) = 0;
+  /// For each row of `parameters` the column where a constrained row has its 1, or -1 for a free
+  /// row. Not asked while there are no rows.
+  virtual int UnitColumns(KVN_intArray& columns) const = 0;
 
   bool IsMatrix() const { return parameters.GetNumberOfDimensions() == 2; }
 
@@ -120,4 +128,9 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   KVN_Dmatrix cpt;
   KVN_Dmatrix parameters;
   int ciFlags = 0;
+
+ private:
+  int TakeContent(KVN_nodeDefinition& source);
+  /// Copies the cells of another definition's table into `cpt` if their numbers agree.
+  void CopyCellsToCpt(KVN_nodeDefinition& source);
 };

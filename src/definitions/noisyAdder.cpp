@@ -35,27 +35,12 @@ struct KVN_noisyAdder::Walk {
   }
 };
 
-int KVN_noisyAdder::Init() {
-  const int result = ReCreate();
-  CheckReadiness(/*deep=*/0);
-  return result;
-}
-
 void KVN_noisyAdder::CleanUp(int deep) {
   if (deep != 0) {
     parentDistinguishedStates.CleanUp();
     weights.CleanUp();
   }
   KVN_ciDefinition::CleanUp(deep);
-}
-
-int KVN_noisyAdder::CheckConsistency(int deep) {
-  if (int result = KVN_ciDefinition::CheckConsistency(deep); result < 0) return result;
-  char message[64];
-  const bool sound = ColumnCount() == GetNumberOfOutcomes() &&
-                     CheckParameters(parameters, message, sizeof message) == 0;
-  SetConsistent(sound);
-  return sound ? 0 : KVN_NOT_CONSISTENT;
 }
 
 int KVN_noisyAdder::ReCreate() {
@@ -242,47 +227,9 @@ void KVN_noisyAdder::CopyParametersTo(KVN_nodeDefinition& target) {
   gate.parentDistinguishedStates = parentDistinguishedStates;
 }
 
-int KVN_noisyAdder::Assign(KVN_nodeDefinition& source) {
-  if (!source.IsReady()) return KVN_NOT_READY;
-  if (&source == this) return 0;
-  CleanUp(/*deep=*/1);
-  if (int result = KVN_nodeDefinition::Assign(source); result < 0) return result;
-  if (int result = TakeContent(source); result < 0) return result;
-  return Assigned();
-}
-
-int KVN_noisyAdder::TakeContent(KVN_nodeDefinition& source) {
-  const int type = source.GetType();
-  switch (type) {
-    case KVN_TYPE_NONE:
-      return 0;
-    case KVN_TYPE_EQUATION:
-    case KVN_TYPE_EQUATION_SCC:
-      return ReCreate();
-    case KVN_TYPE_TABLE:
-      if (int result = FillOutcomeNames(outcomes, "State", 2); result < 0) return result;
-      if (int result = ReCreate(); result < 0) return result;
-      CopyCellsToCpt(source);
-      return 0;
-    case KVN_TYPE_LIST:
-    case KVN_TYPE_CPT:
-    case KVN_TYPE_TRUTHTABLE:
-    case KVN_TYPE_NOISY_MAX:
-    case KVN_TYPE_NOISY_ADDER:
-      break;
-    default:
-      return KVN_REFUSED;
-  }
-  if (int result = CopyOutcomeNames(outcomes, *source.GetOutcomesNames()); result < 0) {
-    return result;
-  }
-  if (type == KVN_TYPE_LIST) DropAllParents();
-  if (int result = ReCreate(); result < 0) return result;
-  if (type == KVN_TYPE_NOISY_ADDER) return TakeGate(static_cast<KVN_noisyAdder&>(source));
-  return 0;
-}
-
-int KVN_noisyAdder::TakeGate(KVN_noisyAdder& source) {
+int KVN_noisyAdder::TakeNumbers(KVN_nodeDefinition& other) {
+  if (other.GetType() != GetType()) return 0;
+  auto& source = static_cast<KVN_noisyAdder&>(other);
   ciFlags = source.ciFlags;
   if (parameters.GetSize() == source.parameters.GetSize()) {
     if (int result = parameters.Assign(source.parameters); result < 0) return result;
@@ -405,13 +352,6 @@ int KVN_noisyAdder::SetFunction(int code) {
   return ParametersChanged();
 }
 
-int KVN_noisyAdder::CheckParameters(const KVN_Dmatrix& matrix, char* message,
-                                    int messageSize) const {
-  KVN_intArray columns;
-  if (int result = UnitColumns(columns); result < 0) return result;
-  return CheckRows(matrix, columns, message, messageSize);
-}
-
 int KVN_noisyAdder::CauseCount() const {
   return std::min(NumberOfParents(), parentDistinguishedStates.GetNumItems());
 }
@@ -426,11 +366,5 @@ int KVN_noisyAdder::UnitColumns(KVN_intArray& columns) const {
     if (row >= 0 && row < RowCount()) columns[row] = distinguishedState;
     start += std::max(OutcomesOf(Parents()[i]), 0);
   }
-  return 0;
-}
-
-int KVN_noisyAdder::Edited() {
-  if (int result = ParametersChanged(); result < 0) return result;
-  CheckReadiness(/*deep=*/0);
   return 0;
 }

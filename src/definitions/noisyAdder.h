@@ -30,14 +30,11 @@ class KVN_noisyAdder : public KVN_ciDefinition {
   /// Sets fields only; Init must follow.
   KVN_noisyAdder(KVN_network* theNetwork, int theHandle)
       : KVN_ciDefinition(theNetwork, theHandle) {}
-  /// Builds the default gate for the node's parents.
-  int Init();
 
   int GetType() const override { return KVN_TYPE_NOISY_ADDER; }
   const char* GetTypeName() const override { return "NOISY_ADDER"; }
 
   void CleanUp(int deep) override;
-  int CheckConsistency(int deep) override;
 
   /// The block comes at the parent's position, uniform but for the row of the last outcome, which
   /// is the distinguished one. It is meant that weight and distinguished outcome go to the end of
@@ -52,7 +49,6 @@ class KVN_noisyAdder : public KVN_ciDefinition {
   /// It is meant that a node without names gets three outcomes, with the middle one distinguished,
   /// where other kinds get two.
   int ReCreate() override;
-  int Assign(KVN_nodeDefinition& source) override;
 
   int InsertOutcome(int position, const char* name) override;
   /// It is meant that a distinguished state above the position falls by 1 before the removal is
@@ -89,22 +85,19 @@ class KVN_noisyAdder : public KVN_ciDefinition {
   /// It is meant that any code is stored; BuildCpt refuses the unknown ones.
   int SetFunction(int code);
 
-  /// See KVN_noisyMAX::CheckParameters.
-  int CheckParameters(const KVN_Dmatrix& matrix, char* message, int messageSize) const;
+ protected:
+  /// Everything of another adder; of any other chance definition the names are all that fits.
+  int TakeNumbers(KVN_nodeDefinition& source) override;
+  int UnitColumns(KVN_intArray& columns) const override;
 
  private:
   struct Walk;  // of BuildCpt
 
   /// Parents that have their entries in the lists.
   int CauseCount() const;
-  int UnitColumns(KVN_intArray& columns) const;
   int StartWalk(Walk& walk, KVN_intArray& sizes) const;
   void AverageRow(const Walk& walk, double* cells) const;
   void SingleFaultRow(const Walk& walk, double* cells) const;
-  /// Ends the edits of a parent.
-  int Edited();
-  int TakeContent(KVN_nodeDefinition& source);
-  int TakeGate(KVN_noisyAdder& source);
 
   int distinguishedState = 1;
   KVN_intArray parentDistinguishedStates;

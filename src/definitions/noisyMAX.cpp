@@ -30,24 +30,9 @@ int MakeIdentity(int count, KVN_intArray& made) {
 
 }  // namespace
 
-int KVN_noisyMAX::Init() {
-  const int result = ReCreate();
-  CheckReadiness(/*deep=*/0);
-  return result;
-}
-
 void KVN_noisyMAX::CleanUp(int deep) {
   if (deep != 0) strengths.clear();
   KVN_ciDefinition::CleanUp(deep);
-}
-
-int KVN_noisyMAX::CheckConsistency(int deep) {
-  if (int result = KVN_ciDefinition::CheckConsistency(deep); result < 0) return result;
-  char message[64];
-  const bool sound = ColumnCount() == GetNumberOfOutcomes() &&
-                     CheckParameters(parameters, message, sizeof message) == 0;
-  SetConsistent(sound);
-  return sound ? 0 : KVN_NOT_CONSISTENT;
 }
 
 int KVN_noisyMAX::ReCreate() {
@@ -247,43 +232,8 @@ int KVN_noisyMAX::ChangeOrderOfOutcomes(const KVN_intArray& order) {
   return 0;
 }
 
-int KVN_noisyMAX::Assign(KVN_nodeDefinition& source) {
-  if (!source.IsReady()) return KVN_NOT_READY;
-  if (&source == this) return 0;
-  CleanUp(/*deep=*/1);
-  if (int result = KVN_nodeDefinition::Assign(source); result < 0) return result;
-  if (int result = TakeContent(source); result < 0) return result;
-  return Assigned();
-}
-
-int KVN_noisyMAX::TakeContent(KVN_nodeDefinition& source) {
-  const int type = source.GetType();
-  switch (type) {
-    case KVN_TYPE_NONE:
-      return 0;
-    case KVN_TYPE_EQUATION:
-    case KVN_TYPE_EQUATION_SCC:
-      return ReCreate();
-    case KVN_TYPE_TABLE:
-      if (int result = ReCreate(); result < 0) return result;
-      CopyCellsToCpt(source);
-      return 0;
-    case KVN_TYPE_LIST:
-    case KVN_TYPE_CPT:
-    case KVN_TYPE_TRUTHTABLE:
-    case KVN_TYPE_NOISY_ADDER:
-    case KVN_TYPE_NOISY_MAX:
-      break;
-    default:
-      return KVN_REFUSED;
-  }
-  if (int result = CopyOutcomeNames(outcomes, *source.GetOutcomesNames()); result < 0) {
-    return result;
-  }
-  if (type == KVN_TYPE_LIST) DropAllParents();
-  if (int result = ReCreate(); result < 0) return result;
-  if (type == KVN_TYPE_LIST) return 0;
-  if (type == KVN_TYPE_NOISY_MAX) return TakeGate(static_cast<KVN_noisyMAX&>(source));
+int KVN_noisyMAX::TakeNumbers(KVN_nodeDefinition& source) {
+  if (source.GetType() == GetType()) return TakeGate(static_cast<KVN_noisyMAX&>(source));
   return TakeTable(source);
 }
 
@@ -350,10 +300,4 @@ int KVN_noisyMAX::BlockStart(int block) const {
   int row = 0;
   for (int i = 0; i < block && i < BlockCount(); i++) row += BlockSize(i);
   return row;
-}
-
-int KVN_noisyMAX::Edited() {
-  if (int result = ParametersChanged(); result < 0) return result;
-  CheckReadiness(/*deep=*/0);
-  return 0;
 }

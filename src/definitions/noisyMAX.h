@@ -28,14 +28,11 @@ class KVN_noisyMAX : public KVN_ciDefinition {
 
   /// Sets fields only; Init must follow.
   KVN_noisyMAX(KVN_network* theNetwork, int theHandle) : KVN_ciDefinition(theNetwork, theHandle) {}
-  /// Builds the default gate for the node's parents.
-  int Init();
 
   int GetType() const override { return KVN_TYPE_NOISY_MAX; }
   const char* GetTypeName() const override { return "NOISY_MAX"; }
 
   void CleanUp(int deep) override;
-  int CheckConsistency(int deep) override;
 
   /// The new block comes at the parent's position; its rows are uniform but for the last. It is
   /// meant that the entry of `strengths` goes to the end of the list whatever the position is.
@@ -55,9 +52,6 @@ class KVN_noisyMAX : public KVN_ciDefinition {
   int ReorderParents(const KVN_intArray& order) override;
 
   int ReCreate() override;
-  /// Another chance table is converted by FitParameters. It is meant that a table is not taken over
-  /// from another gate, while the mark that it is current is.
-  int Assign(KVN_nodeDefinition& source) override;
   int ChangeOrderOfOutcomes(const KVN_intArray& order) override;
 
   /// The product of cumulative rows, leak first and then the parents in order. Works in place on
@@ -94,12 +88,15 @@ class KVN_noisyMAX : public KVN_ciDefinition {
   /// The name that the text format's statement has for it.
   int SetLegacyProbabilities(const KVN_doubleArray& values) { return SetParameterList(values); }
 
-  /// 0 if `matrix` could be the parameters; else KVN_REFUSED for its shape or KVN_LENGTH_MISMATCH
-  /// for its numbers. The reason goes to `message`, cut to `messageSize` bytes.
-  int CheckParameters(const KVN_Dmatrix& matrix, char* message, int messageSize) const;
   /// Whether a flat index of a parameter matrix lies in a constrained row. A gate without parents
   /// has none.
   bool IsConstrained(const KVN_Dmatrix& matrix, int cell) const;
+
+ protected:
+  /// Another chance table is converted by FitParameters. It is meant that a table is not taken over
+  /// from another gate, while the mark that it is current is.
+  int TakeNumbers(KVN_nodeDefinition& source) override;
+  int UnitColumns(KVN_intArray& columns) const override;
 
  private:
   class Search;  // of FitParameters
@@ -120,15 +117,11 @@ class KVN_noisyMAX : public KVN_ciDefinition {
   int BlockStart(int block) const;
   int BlockRows() const { return BlockStart(BlockCount()); }
   int SetConstrainedRow(int row) { return SetUnitRow(row, outcomes.GetNumItems() - 1); }
-  int UnitColumns(KVN_intArray& columns) const;
   /// For each outcome of each parent, in the parents' own order of outcomes, its row.
   int RowsByOutcome(KVN_intArray& rows) const;
   int CptSizes(KVN_intArray& sizes) const;
-  /// Ends the edits of a parent that go well.
-  int Edited();
   /// Removes a block; the leak row is taken from `folded`.
   int DropBlock(int block, const KVN_Dmatrix& folded);
-  int TakeContent(KVN_nodeDefinition& source);
   int TakeTable(KVN_nodeDefinition& source);
   int TakeGate(KVN_noisyMAX& source);
   int SeedFromCpt();

@@ -158,14 +158,6 @@ int KVN_noisyMAX::SetParameterList(const KVN_doubleArray& values) {
   return SetInclusiveParameters(inclusive);
 }
 
-int KVN_noisyMAX::CheckParameters(const KVN_Dmatrix& matrix, char* message, int messageSize) const {
-  KVN_intArray columns;
-  if (RowCount() > 0) {  // an emptied gate has no rows to look at, and no matrix fits it
-    if (int result = UnitColumns(columns); result < 0) return result;
-  }
-  return CheckRows(matrix, columns, message, messageSize);
-}
-
 bool KVN_noisyMAX::IsConstrained(const KVN_Dmatrix& matrix, int cell) const {
   const int n = GetNumberOfOutcomes();
   const auto isInRowBefore = [=](int end) { return cell >= end - n && cell < end; };
