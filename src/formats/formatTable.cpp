@@ -3,7 +3,9 @@
 
 #include <new>
 
+#include "formats/text/huginSpeaker.h"
 #include "formats/text/kvnSpeaker.h"
+#include "formats/text/microsoftSpeaker.h"
 #include "network/fileSpeaker.h"
 
 namespace {
@@ -16,6 +18,8 @@ KVN_fileSpeaker* Make(KVN_network& network) {
 }  // namespace
 
 const KVN_formatRow theFileFormats[] = {
-    {KVN_FORMAT_KVN, Make<KVN_kvnSpeaker>},
-    {-1,             nullptr             },
+    {KVN_FORMAT_MICROSOFT, Make<KVN_microsoftSpeaker>},
+    {KVN_FORMAT_KVN,       Make<KVN_kvnSpeaker>      },
+    {KVN_FORMAT_HUGIN,     Make<KVN_huginSpeaker>    },
+    {-1,                   nullptr                   },
 };
