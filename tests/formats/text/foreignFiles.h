@@ -1,0 +1,148 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "definitions/nodeDefinition.h"
+#include "foundation/resultCodes.h"
+#include "network/network.h"
+#include "tests/support/builders.h"
+#include "tests/support/logWatch.h"
+#include "tests/support/networkBuilder.h"
+#include "tests/support/scratchFolder.h"
+
+/// What the tests of the formats of other programs share. The networks that others wrote stand
+/// beside the source tree, where they may be missing.
+
+struct NetworkSize {
+  const char* name;
+  int nodes, arcs, freeParameters;
+};
+
+/// As the list of that folder gives them.
+inline constexpr NetworkSize kNetworkSizes[] = {
+    {"alarm",      37,   46,   509   },
+    {"andes",      223,  338,  1157  },
+    {"asia",       8,    8,    18    },
+    {"barley",     48,   84,   114005},
+    {"cancer",     5,    4,    10    },
+    {"child",      20,   25,   230   },
+    {"diabetes",   413,  602,  429409},
+    {"earthquake", 5,    4,    10    },
+    {"hailfinder", 56,   66,   2656  },
+    {"hepar2",     70,   123,  1453  },
+    {"insurance",  27,   52,   1008  },
+    {"link",       724,  1125, 14211 },
+    {"mildew",     35,   46,   540150},
+    {"munin",      1041, 1397, 80592 },
+    {"munin1",     186,  273,  15622 },
+    {"munin2",     1003, 1244, 69431 },
+    {"munin3",     1041, 1306, 71059 },
+    {"munin4",     1038, 1388, 80352 },
+    {"pathfinder", 109,  195,  72079 },
+    {"pigs",       441,  592,  5618  },
+    {"sachs",      11,   17,   178   },
+    {"survey",     6,    6,    21    },
+    {"water",      32,   66,   10083 },
+    {"win95pts",   76,   112,  574   },
+};
+
+inline std::string SharedNetwork(const std::string& extension, const std::string& name) {
+  return std::string(KVN_SOURCE_DIR "/../shared/networks/") + extension + "/" + name + "." +
+         extension;
+}
+
+inline bool HasSharedNetworks() {
+  return std::filesystem::exists(KVN_SOURCE_DIR "/../shared/networks");
+}
+
+#define SKIP_WITHOUT_SHARED_NETWORKS() \
+  if (!HasSharedNetworks()) GTEST_SKIP() << "no folder ../shared/networks beside the source tree"
+
+inline NetworkSize SizeOf(const char* name, const KVN_network& network) {
+  NetworkSize size = {name, network.GetNumberOfNodes(), 0, 0};
+  for (int node = network.GetFirstNode(); node >= 0; node = network.GetNextNode(node)) {
+    const int outcomes = network.DefinitionOf(node)->GetNumberOfOutcomes();
+    size.arcs += network.GetNumberOfParents(node);
+    size.freeParameters += network.DefinitionOf(node)->GetSize() / outcomes * (outcomes - 1);
+  }
+  return size;
+}
+
+/// Every network of the list that stands in the folder loads in silence and has the listed size.
+inline void ExpectSharedNetworksLoad(const std::string& extension) {
+  int found = 0;
+  for (const NetworkSize& size : kNetworkSizes) {
+    const std::string path = SharedNetwork(extension, size.name);
+    if (!std::filesystem::exists(path)) continue;
+    SCOPED_TRACE(path);
+    found++;
+    KVN_network network;
+    const LogWatch log;
+    EXPECT_EQ(network.ReadFile(path.c_str()), 0);
+    EXPECT_EQ(log.Texts(), std::vector<std::string>());
+    const NetworkSize read = SizeOf(size.name, network);
+    EXPECT_EQ(read.nodes, size.nodes);
+    EXPECT_EQ(read.arcs, size.arcs);
+    EXPECT_EQ(read.freeParameters, size.freeParameters);
+  }
+  EXPECT_GT(found, 0);
+}
+
+/// Reads `text` as a file with the extension; the result is expected to be 0. The messages.
+inline std::vector<std::string> ReadText(KVN_network& network, const std::string& extension,
+                                         const std::string& text) {
+  const ScratchFolder folder;
+  const LogWatch log;
+  EXPECT_EQ(network.ReadFile(folder.Write("file." + extension, text).c_str()), 0);
+  return log.Texts();
+}
+
+/// The text cut at every byte, and with every byte in turn replaced by a character that means much
+/// to a lexer, reads with result 0, and what was read can be written.
+inline void ExpectSurvivesDamage(const std::string& extension, const std::string& text) {
+  const ScratchFolder folder;
+  const std::string source = folder.Path("file." + extension);
+  const std::string target = folder.Path("copy." + extension);
+  const auto readAndWrite = [&](const std::string& damaged) {
+    KVN_network network;
+    folder.Write("file." + extension, damaged);
+    EXPECT_EQ(network.ReadFile(source.c_str()), 0) << damaged;
+    EXPECT_EQ(network.WriteFile(target.c_str()), 0) << damaged;
+  };
+  for (std::size_t length = 0; length <= text.size(); length++) {
+    readAndWrite(text.substr(0, length));
+  }
+  const std::string signs = std::string("{}();\"%9x") + '\0' + '\xff';
+  for (std::size_t i = 0; i < text.size(); i++) {
+    std::string damaged = text;
+    damaged[i] = signs[i * 7 % signs.size()];
+    readAndWrite(damaged);
+  }
+}
+
+/// A file of the whole network with the numbers to the eight decimals that text formats keep.
+inline std::string WrittenText(KVN_network& network, const std::string& extension) {
+  const ScratchFolder folder;
+  EXPECT_EQ(network.WriteFile(folder.Path("file." + extension).c_str()), 0);
+  return folder.Read("file." + extension);
+}
+
+/// A node of a kind without a block is refused with the message, and the target stays. Nothing is
+/// tested while the engine has no such kind.
+inline void ExpectRefusedToWrite(const std::string& extension, int type,
+                                 const std::string& message) {
+  if (!IsDefinitionType(type)) return;
+  const ScratchFolder folder;
+  const std::string path = folder.Write("file." + extension, "old");
+  KVN_network network;
+  AddNodeBelow(network, KVN_TYPE_CPT, "A", 2, {});
+  ASSERT_GE(network.AddNode(type, "B"), 0);
+  const LogWatch log;
+  EXPECT_EQ(network.WriteFile(path.c_str()), KVN_REFUSED);
+  EXPECT_EQ(log.Texts(), std::vector<std::string>{message});
+  EXPECT_EQ(folder.Read("file." + extension), "old");
+}

@@ -1,0 +1,306 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "network/header.h"
+#include "network/node.h"
+#include "network/nodeInfo.h"
+#include "network/screenInfo.h"
+#include "tests/formats/text/foreignFiles.h"
+#include "tests/support/networkComparer.h"
+#include "tests/support/randomNetwork.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+std::vector<double> CellsOf(KVN_network& network, const char* id) {
+  return ItemsOf(TableOfNode(network, network.FindNode(id)).GetItems());
+}
+
+std::vector<std::string> StatesOf(KVN_network& network, const char* id) {
+  return TextsOf(*network.DefinitionOf(network.FindNode(id))->GetOutcomesNames());
+}
+
+// Rows in no order; commas and bars are blanks; a row may go on over several parent states.
+const char* const kDiagram = R"(belief network "The name"
+// a comment
+properties { 
+  anything [ 1 ] : 2; }
+node Weather { type : discrete [ 3 ] = { "<5", "no rain" "1" }; position : (10, -20, 3); }
+node Umbrella
+{
+  name : "The umbrella";
+  label : decision;
+  type : discrete[2] =
+  {
+    "take",
+    "leave",
+  };
+  colour : red;
+}
+node Mood { label : utility; }
+node Report { label : sensor; type : discrete[2]={"dry","wet"} }
+probability(Weather) { 0.5, 2.5e-01 .25; }
+information ( Umbrella | Report ) { }
+probability ( Report | Weather, ) {
+  (2) : 0.9999997 0.1;
+  (0) : 0.5, 0.5, 1, 0;
+};
+utility ( Mood | Weather, Umbrella )
+{
+  (1, 1) : 4;
+  (0, 0) : -1; (2, 0) : 5 6;
+  (0 1) : 2; (1,0) : 3;
+}
+)";
+
+TEST(MicrosoftSpeaker, ReadsAnInfluenceDiagram) {
+  KVN_network network;
+  EXPECT_THAT(ReadText(network, "dsc", kDiagram),
+              ElementsAre("(line 3) : ERROR: 'properties' : Unknown Object",
+                          "ERROR: Node [Report] is not consistent. Inference may not be correct"));
+
+  EXPECT_STREQ(network.Header().GetName(), "The name");
+  EXPECT_EQ(network.GetNumberOfNodes(), 4);
+  EXPECT_THAT(StatesOf(network, "Weather"), ElementsAre("x_5", "no_rain", "x1"));
+  EXPECT_THAT(StatesOf(network, "Umbrella"), ElementsAre("take", "leave"));
+  EXPECT_STREQ(network.GetNode(network.FindNode("Umbrella"))->Info().Header().GetName(),
+               "The umbrella");
+  const KVN_rectangle& place =
+      network.GetNode(network.FindNode("Weather"))->Info().Screen().position;
+  EXPECT_EQ(place.center_X, 10);
+  EXPECT_EQ(place.center_Y, -20);
+
+  EXPECT_EQ(network.TypeOf(network.FindNode("Umbrella")), KVN_TYPE_LIST);
+  EXPECT_EQ(network.TypeOf(network.FindNode("Mood")), KVN_TYPE_TABLE);
+  EXPECT_EQ(network.GetNumberOfParents(network.FindNode("Umbrella")), 1);
+  EXPECT_THAT(CellsOf(network, "Weather"), ElementsAre(0.5, 0.25, 0.25));
+  EXPECT_THAT(CellsOf(network, "Report"), ElementsAre(0.5, 0.5, 1, 0, 0.9999997, 0.1));
+  EXPECT_THAT(CellsOf(network, "Mood"), ElementsAre(-1, 2, 3, 4, 5, 6));
+}
+
+struct MessageCase {
+  const char* name;
+  std::string text;
+  std::vector<std::string> messages;
+  int nodes;
+};
+const std::string kTwoNodes =
+    "belief network \"x\"\n"
+    "node A { type : discrete[2] = { \"a\", \"b\" }; } "
+    "node B { type : discrete[3] = { \"a\", \"b\", \"c\" }; }\n";
+
+const MessageCase kMessageCases[] = {
+    {"empty file",                  "",                                                   {"(line 0) : ERROR: Unexpected End of File"},                          0},
+    {"no header",                   "node A { }",                                         {"(line 1) : ERROR: 'node' : 'belief network' expected"},              0},
+    {"word in another case",
+     "Belief network \"x\"",                                                              {"(line 1) : ERROR: 'Belief' : 'belief network' expected"},
+     0                                                                                                                                                            },
+    {"header only",                 "diagnostic network \"x\"",                           {},                                                                    0},
+    {"header without a name",
+     "trouble network\nnode A { type : discrete[2] = { \"a\" \"b\" }; }",                 {"(line 2) : ERROR: 'node' : String expected"},
+     1                                                                                                                                                            },
+    {"nodes without states",
+     "belief network \"x\"\nnode a { name : \"A\"; }\nnode b { label : decision; }\n"
+     "node c { position : (1); type : discrete[] = {}; }\n"
+     "node d { type : continuous; }\nnode 5 { { } }\nnode f.g { }\n",                     {"(line 2) : ERROR: Node not ready (valid). Node (\"a\") deleted",
+      "(line 3) : ERROR: Node not ready (valid). Node (\"b\") deleted",
+      "(line 4) : ERROR: Wrong position coordinates",
+      "(line 4) : ERROR: ']' : Expecting number of states",
+      "(line 4) : ERROR: Node not ready (valid). Node (\"c\") deleted",
+      "(line 5) : ERROR: 'continuous' : 'discrete' expected",
+      "(line 5) : ERROR: Node not ready (valid). Node (\"d\") deleted",
+      "(line 6) : ERROR: '5' : Identifier expected", "(line 7) : ERROR: '.' : '{' expected",
+      "(line 7) : ERROR: Node not ready (valid). Node (\"f\") deleted"},
+     0                                                                                                                                                            },
+    {"numbers of states",
+     "belief network \"x\"\nnode A { type : discrete[3] = { \"a\", \"b\" }; }\n"
+     "node A { type : discrete[1] = { \"a\" }; }\nnode B { type : discrete[0] = { }; }\n"
+     "node C { type : discrete[1] = { \"a\" }; }",                                        {"(line 2) : ERROR: '3' : Size of list doesn't match number of outcomes. Using list size",
+      "(line 3) : ERROR: Couldn't Create Node (\"A\")",
+      "(line 4) : ERROR: '0' : Couldn't set the number of outcomes",
+      "(line 4) : ERROR: Node not ready (valid). Node (\"B\") deleted",
+      "(line 5) : ERROR: Node (\"C\") : Two states needed, one added"},
+     2                                                                                                                                                            },
+    {"heads of tables",
+     kTwoNodes + "probability (X) { 1 0; }\nprobability (A | Y B) { }\n"
+                 "probability (A [) { }\nprobability { }\ntable (A) { };",                {"(line 3) : ERROR: Node (\"X\") not found",
+      "(line 4) : ERROR: Couldn't add arc from parent node (\"Y\")",
+      "(line 5) : ERROR: '[' : ')' expected", "(line 6) : ERROR: '{' : '(' expected",
+      "(line 7) : ERROR: 'table' : Unknown Object"},
+     2                                                                                                                                                            },
+    {"rows",
+     kTwoNodes + "probability (A | B) {\n (0, 1) : 1, 0;\n (3) : 1, 0;\n (-1) : 1, 0;\n"
+                 " () : 1, 0;\n (a) : 1, 0;\n (0) 1, 0;\n x;\n (0) : 0, 1;\n}",           {"(line 4) : ERROR: Invalid coordinates", "(line 5) : ERROR: Invalid coordinates",
+      "(line 6) : ERROR: Invalid coordinates", "(line 7) : ERROR: Invalid coordinates",
+      "(line 8) : ERROR: 'a' : ')' expected", "(line 8) : ERROR: Invalid coordinates",
+      "(line 9) : ERROR: '1' : ':' expected", "(line 10) : ERROR: 'x' : Unknown Node Statement",
+      "(line 12) : ERROR: Node (\"A\") : 2 numbers found, 6 expected"},
+     2                                                                                                                                                            },
+    {"numbers too few or too many",
+     kTwoNodes +
+         "probability (A | B) {\n (0) : 1;\n (2) : 1, 0, 0;\n (1) : 1, 0, 1, 0;\n (0) : ;\n}"
+         "\nprobability (B) {\n 0.5, 0.25, 0.25, 0;\n}\nprobability (A) { 0, 1; 1, 0; }", {"(line 4) : ERROR: Node (\"A\") : 1 numbers found, 2 expected",
+      "(line 5) : ERROR: Node (\"A\") : 3 numbers found, 2 expected",
+      "(line 7) : ERROR: Node (\"A\") : 0 numbers found, 2 expected",
+      "(line 8) : ERROR: Node (\"A\") : 5 numbers found, 6 expected",
+      "(line 10) : ERROR: Node (\"B\") : 4 numbers found, 3 expected",
+      "(line 12) : ERROR: Node (\"A\") : 2 numbers found, 6 expected"},
+     2                                                                                                                                                            },
+    {"numbers of a decision",
+     kTwoNodes + "information (A) { 1, 0; }",
+     {"(line 3) : WRONG NODE TYPE"},
+     2                                                                                                                                                            },
+    {"cut in a row",
+     kTwoNodes + "probability (A) { 0.25, 0.75",
+     {"(line 3) : ERROR: End of File : Expecting '}'"},
+     2                                                                                                                                                            },
+};
+
+TEST(MicrosoftSpeaker, TellsWhatItCannotRead) {
+  for (const MessageCase& c : kMessageCases) {
+    SCOPED_TRACE(c.name);
+    KVN_network network;
+    std::vector<std::string> messages = ReadText(network, "dsc", c.text);
+    std::erase_if(messages, [](const std::string& m) {
+      return m.find("not consistent") != std::string::npos;
+    });
+    EXPECT_THAT(messages, ElementsAreArray(c.messages));
+    EXPECT_EQ(network.GetNumberOfNodes(), c.nodes);
+  }
+}
+
+TEST(MicrosoftSpeaker, StoresWhatFitsOfARow) {
+  KVN_network network;
+  ReadText(network, "dsc", kTwoNodes + "probability (A | B) { 1, 0; (2) : 0, 1, 7; (1) : 0.25; }");
+  EXPECT_THAT(CellsOf(network, "A"), ElementsAre(1, 0, 0.25, 0.5, 0, 1));
+}
+
+TEST(MicrosoftSpeaker, WritesRowsWithTheirParentStates) {
+  KVN_network network;
+  const int a = AddCpt(network, "A", 2, {}, {0.25, 0.75});
+  const int d = AddNodeBelow(network, KVN_TYPE_LIST, "D", 2, {a});
+  const int c = AddCpt(network, "C", 2, {a, d}, {1, 0, 0, 1, 1, 0, 0.5, 0.5});
+  WriteCells(network, AddNodeBelow(network, KVN_TYPE_TABLE, "U", 0, {c}), {1, -2});
+  network.GetNode(a)->SetName("say \"a\"");
+  network.GetNode(a)->Info().Screen().position.center_Y = 7;
+  EXPECT_EQ(WrittenText(network, "dsc"), R"(belief network "Unnamed"
+node A
+{
+    name : "say \"a\"";
+    type : discrete[2] = 
+    {
+        "State0",
+        "State1",
+    };
+    position : (0 7);
+}
+node D
+{
+    name : "D";
+    label : decision;
+    type : discrete[2] = 
+    {
+        "Choice0",
+        "Choice1",
+    };
+    position : (0 0);
+}
+node C
+{
+    name : "C";
+    type : discrete[2] = 
+    {
+        "State0",
+        "State1",
+    };
+    position : (0 0);
+}
+node U
+{
+    name : "U";
+    label : utility;
+    position : (0 0);
+}
+probability (A)
+{
+    0.25000000 0.75000000;
+}
+information (D | A)
+{
+}
+probability (C | A, D)
+{
+    (0, 0) : 1.00000000 0.00000000;
+    (0, 1) : 0.00000000 1.00000000;
+    (1, 0) : 1.00000000 0.00000000;
+    (1, 1) : 0.50000000 0.50000000;
+}
+utility (U | C)
+{
+    (0) : 1.00000000;
+    (1) : -2.00000000;
+}
+)");
+}
+
+// What is left out is what the format has no words for.
+TEST(MicrosoftSpeaker, ReadsBackWhatItWrites) {
+  RandomNetworkOptions options;
+  options.nodes = 14;
+  options.kinds = {KVN_TYPE_CPT,   KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST,
+                   KVN_TYPE_TABLE, KVN_TYPE_NOISY_MAX,  KVN_TYPE_NOISY_ADDER};
+  options.diagnosis = options.costs = false;
+  NetworkCompareOptions compare;
+  compare.byTable = true;
+  compare.tolerance = 5.1e-9;  // half of the eighth decimal
+  compare.ignored = {"node.kind",       "node.target",     "node.submodel",  "submodel",
+                     "text.identifier", "text.comment",    "text.documents", "text.boxes",
+                     "text.creation",   "text.properties", "layout",         "setting",
+                     "diagnosis"};
+  for (std::uint64_t seed = 1; seed <= 40; seed++) {
+    SCOPED_TRACE(seed);
+    KVN_network network;
+    FillRandomNetwork(network, seed, options);
+    if (network.Header().GetName() == nullptr) network.Header().SetName("x");
+    KVN_network copy;
+    EXPECT_THAT(ReadText(copy, "dsc", WrittenText(network, "dsc")), IsEmpty());
+    EXPECT_TRUE(NetworksEqual(network, copy, compare));
+  }
+}
+
+TEST(MicrosoftSpeaker, RefusesToWriteWhatItCannotCarry) {
+  ExpectRefusedToWrite("dsc", KVN_TYPE_DEMORGAN,
+                       "ERROR: 'DEMORGAN' : Node type not supported by MSBN");
+  ExpectRefusedToWrite("dsc", KVN_TYPE_MAU,
+                       "ERROR: This Network cannot be saved in Microsotf format");
+}
+
+TEST(MicrosoftSpeaker, SurvivesDamage) { ExpectSurvivesDamage("dsc", kDiagram); }
+
+TEST(MicrosoftSpeaker, ReadsTheSharedNetworks) {
+  SKIP_WITHOUT_SHARED_NETWORKS();
+  ExpectSharedNetworksLoad("dsc");
+}
+
+// The rows of some tables miss a sum of 1 by up to 3e-7, and only the other reader scales them.
+TEST(MicrosoftSpeaker, AgreesWithTheHuginFormat) {
+  SKIP_WITHOUT_SHARED_NETWORKS();
+  for (const char* name : {"alarm", "asia", "cancer", "pathfinder"}) {
+    SCOPED_TRACE(name);
+    KVN_network first, second;
+    ASSERT_EQ(first.ReadFile(SharedNetwork("dsc", name).c_str()), 0);
+    ASSERT_EQ(second.ReadFile(SharedNetwork("net", name).c_str()), 0);
+    NetworkCompareOptions compare;
+    compare.tolerance = 1e-6;
+    compare.ignored = {"text.name", "definition.outcomes", "layout"};
+    EXPECT_TRUE(NetworksEqual(first, second, compare));
+  }
+}
+
+}  // namespace
