@@ -266,9 +266,11 @@ int KVN_ciDefinition::TakeContent(KVN_nodeDefinition& source) {
 
 int KVN_ciDefinition::CheckParameters(const KVN_Dmatrix& matrix, char* message,
                                       int messageSize) const {
-  if (!matrix.SameDimensions(parameters) || !IsMatrix()) {
+  if (!matrix.SameDimensions(parameters)) {
     return Tell(message, messageSize, "Inappropirate Dmatrix size", KVN_REFUSED);
   }
+  if (matrix.GetSize() == 0) return Tell(message, messageSize, "Ok", 0);
+  if (!IsMatrix()) return Tell(message, messageSize, "Inappropirate Dmatrix size", KVN_REFUSED);
   KVN_intArray unitColumns;
   if (int result = UnitColumns(unitColumns); result < 0) return result;
   const int n = ColumnCount();

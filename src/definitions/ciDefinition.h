@@ -81,7 +81,8 @@ class KVN_ciDefinition : public KVN_nodeDefinition {
   virtual KVN_Dmatrix* GetCpt();
 
   /// 0 if `matrix` could be the parameters; else KVN_REFUSED for its shape or KVN_LENGTH_MISMATCH
-  /// for its numbers. The reason goes to `message`, cut to `messageSize` bytes.
+  /// for its numbers. The reason goes to `message`, cut to `messageSize` bytes. In an emptied gate
+  /// the empty matrix has no fault, though such a gate isn't consistent.
   int CheckParameters(const KVN_Dmatrix& matrix, char* message, int messageSize) const;
 
   KVN_Dmatrix& GetParameters() { return parameters; }

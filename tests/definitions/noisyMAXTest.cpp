@@ -138,10 +138,10 @@ TEST(NoisyMAX, StrengthsSayWhichOutcomeARowBelongsTo) {
   ASSERT_EQ(gate->SetParentOutcomeStrengths(0, IntsOf({1, 0})), 0);
   EXPECT_TRUE(CellsNear(gate.Table(), {0, 1, 0.7, 0.3}, kRounding));
   for (const Ints& bad : {
-           Ints{0                   },
-           Ints{ 0,                     0},
-           Ints{                    0, 2},
-           Ints{                   0,                    1, 2}
+           Ints{0         },
+           Ints{ 0,           0},
+           Ints{          0, 2},
+           Ints{         0,          1, 2}
   }) {
     EXPECT_EQ(gate->SetParentOutcomeStrengths(0, IntsOf(bad)), KVN_REFUSED);
   }
@@ -422,6 +422,9 @@ TEST(NoisyMAX, CheckParametersTellsTheFirstFault) {
   gate->CleanUp(/*deep=*/1);
   EXPECT_EQ(gate->CheckParameters(matrix, message, sizeof message), KVN_REFUSED);
   EXPECT_STREQ(message, "Inappropirate Dmatrix size");
+  EXPECT_EQ(gate->CheckParameters(KVN_Dmatrix(), message, sizeof message), 0);
+  EXPECT_STREQ(message, "Ok");
+  EXPECT_EQ(gate->CheckConsistency(1), KVN_NOT_CONSISTENT);
 }
 
 // The places where a table that was built before still counts as current.
