@@ -70,6 +70,11 @@ int KVN_parentDimensions::InsertOutcome(int parent, int position) {
   if (int result = FindParentDimension(network, handle, parent, dimension); result != 0) {
     return result;
   }
+  // ShiftSlice would refuse the position too, but with the new slice in the table already.
+  const bool isDimension = dimension < table.GetNumberOfDimensions();
+  if (!isDimension || position < 0 || position > table.GetSizeOfDimension(dimension)) {
+    return KVN_REFUSED;
+  }
   if (int result = table.PushSlice(dimension); result < 0) return result;
   return table.ShiftSlice(dimension, position, 0.0);
 }

@@ -19,7 +19,8 @@ int FindParentDimension(const KVN_network* network, int handle, int parent, int&
 /// probability tables and utility tables have in common. A short-lived local.
 ///
 /// The position of a parent in the network's list is its dimension. Results: 0, KVN_PARENT_IGNORED,
-/// or a negative code with the table unchanged.
+/// or a negative code with the table unchanged; but want of memory in RemoveOutcome leaves a last
+/// slice of 0.0 in place of the one removed.
 class KVN_parentDimensions {
  public:
   KVN_parentDimensions(const KVN_network* theNetwork, int theHandle, KVN_Dmatrix& theTable)

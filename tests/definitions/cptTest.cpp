@@ -98,6 +98,13 @@ TEST(Cpt, KindsOfParents) {
   }
 }
 
+TEST_F(CptWithParents, BadOutcomeOfAParentChangesNothing) {
+  const std::vector<double> before = ItemsOf(table().GetItems());
+  for (int bad : {-1, 4}) EXPECT_EQ(cpt().ParentOutcomeInserted(a, bad), KVN_REFUSED);
+  for (int bad : {-1, 3}) EXPECT_EQ(cpt().ParentOutcomeRemoved(a, bad), KVN_REFUSED);
+  EXPECT_TRUE(CellsNear(table(), before, kExact));
+}
+
 TEST_F(CptWithParents, AbsorbedParentLeavesTheRowsOfItsEvidence) {
   EXPECT_EQ(cpt().AbsorbParentEvidence(a), KVN_REFUSED);  // no evidence
   ASSERT_EQ(network.ValueOf(a)->SetEvidence(2), 0);
