@@ -1,5 +1,7 @@
 #include "definitions/outcomeNames.h"
 
+#include <string>
+
 #include "foundation/resultCodes.h"
 
 int InsertOutcomeName(KVN_idArray& names, int position, const char* name, const char* prefix) {
@@ -9,6 +11,14 @@ int InsertOutcomeName(KVN_idArray& names, int position, const char* name, const 
 }
 
 int FillOutcomeNames(KVN_idArray& names, const char* prefix, int count) {
+  // In a list that begins empty no number can repeat, and the search for repeats would make the
+  // time grow with the square of the count.
+  if (names.GetNumItems() == 0) {
+    for (int i = 0; i < count; i++) {
+      const std::string name = prefix + std::to_string(i);
+      if (int result = names.KVN_stringArray::Insert(i, name.c_str()); result < 0) return result;
+    }
+  }
   while (names.GetNumItems() < count) {
     if (int result = names.CreateAndAddValidId(prefix, names.GetNumItems()); result < 0) {
       return result;
