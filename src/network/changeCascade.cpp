@@ -36,6 +36,10 @@ void MakeStale(KVN_nodeValue* value) {
 int KVN_network::ChangeCascade(int handle) {
   if ((updateFlags & KVN_UPDATE_TRACK_CHANGES) == 0) return KVN_SUCCESS;
   if (!IsLive(handle)) return KVN_REFUSED;
+  // Without evidence and valid values there is nothing to derive and nothing to make stale. That is
+  // how a network is built by program, and walks over the whole table would make each arc cost time
+  // in proportion to the nodes.
+  if (!mayHaveCurrentValue) return KVN_SUCCESS;
   ClearAllPropagatedEvidence();
   bool needDecisions = false;
   int result = PropagateAllEvidence();
@@ -44,7 +48,16 @@ int KVN_network::ChangeCascade(int handle) {
   if (result == 0) result = CascadeFrom(handle, needDecisions);
   if (result < 0) GiveUpWalk(needDecisions);
   if (needDecisions) InvalidateDecisions();
+  mayHaveCurrentValue = HasCurrentValue();
   return result;
+}
+
+bool KVN_network::HasCurrentValue() const {
+  for (int handle = GetFirstNode(); handle >= 0; handle = GetNextNode(handle)) {
+    const KVN_nodeValue* value = ValueOf(handle);
+    if (value != nullptr && (value->IsValueValid() || value->HasEvidence())) return true;
+  }
+  return false;
 }
 
 int KVN_network::CascadeFrom(int handle, bool& needDecisions) {

@@ -87,6 +87,7 @@ void KVN_network::DestroyNodes() {
   numNodes = 0;
   numTargets = 0;
   lowestFree = 0;
+  mayHaveCurrentValue = false;
   index.Clear();
   order.Flush();
 }

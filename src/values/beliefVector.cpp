@@ -87,7 +87,7 @@ int KVN_beliefVector::MakePointMass(int outcome) {
 
 void KVN_beliefVector::DropVirtualEvidence() {
   virtualEvidence.reset();
-  valueFlags &= ~static_cast<unsigned>(KVN_VALUE_VIRTUAL_EVIDENCE);
+  LowerFlags(KVN_VALUE_VIRTUAL_EVIDENCE);
 }
 
 int KVN_beliefVector::GetEvidence() const { return HasEvidence() ? evidence : KVN_REFUSED; }
@@ -98,8 +98,8 @@ int KVN_beliefVector::SetEvidence(int outcome) {
   if (HasEvidence() && evidence != outcome) return KVN_REFUSED;
   DropVirtualEvidence();
   if (int result = MakePointMass(outcome); result < 0) return result;
-  valueFlags &= ~static_cast<unsigned>(KVN_VALUE_PROPAGATED_EVIDENCE);
-  valueFlags |= KVN_VALUE_EVIDENCE;
+  LowerFlags(KVN_VALUE_PROPAGATED_EVIDENCE);
+  RaiseFlags(KVN_VALUE_EVIDENCE);
   const int result = network->EvidenceChanged(handle);
   if (result != 0) (void)ClearEvidence();
   return result;
@@ -112,14 +112,14 @@ int KVN_beliefVector::ClearEvidence() {
     (void)network->VirtualEvidenceChanged(handle);  // an update's failure shows in the values
     return KVN_SUCCESS;
   }
-  valueFlags &= ~static_cast<unsigned>(KVN_VALUE_EVIDENCE | KVN_VALUE_VALID | KVN_VALUE_RESERVED);
+  LowerFlags(KVN_VALUE_EVIDENCE | KVN_VALUE_VALID | KVN_VALUE_RESERVED);
   (void)network->EvidenceCleared(handle);  // the evidence is gone, whatever became stale
   return KVN_SUCCESS;
 }
 
 int KVN_beliefVector::ClearPropagatedEvidence() {
   if (!IsPropagatedEvidence()) return KVN_REFUSED;
-  valueFlags &= ~static_cast<unsigned>(KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID);
+  LowerFlags(KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID);
   return KVN_SUCCESS;
 }
 
@@ -127,7 +127,7 @@ int KVN_beliefVector::SetPropagatedEvidence(int outcome) {
   if (HasEvidence()) return KVN_REFUSED;
   DropVirtualEvidence();
   if (int result = MakePointMass(outcome); result < 0) return result;
-  valueFlags |= KVN_VALUE_PROPAGATED_EVIDENCE;
+  RaiseFlags(KVN_VALUE_PROPAGATED_EVIDENCE);
   return KVN_SUCCESS;
 }
 
@@ -150,7 +150,7 @@ int KVN_beliefVector::SetVirtualEvidence(const std::vector<double>& values) {
     for (double& value : *taken) value /= sum;
   }
   virtualEvidence = std::move(taken);
-  valueFlags |= KVN_VALUE_VIRTUAL_EVIDENCE;
+  RaiseFlags(KVN_VALUE_VIRTUAL_EVIDENCE);
   return network->VirtualEvidenceChanged(handle);
 }
 

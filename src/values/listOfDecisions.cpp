@@ -58,8 +58,8 @@ int KVN_listOfDecisions::SetEvidence(int outcome) {
   if (IsEvidence()) (void)ClearEvidence();  // can't fail behind the test
   if (HasEvidence() && decision != outcome) return KVN_REFUSED;
   if (Choose(outcome) < 0) return KVN_SUCCESS;
-  valueFlags &= ~static_cast<unsigned>(KVN_VALUE_PROPAGATED_EVIDENCE);
-  valueFlags |= KVN_VALUE_EVIDENCE;
+  LowerFlags(KVN_VALUE_PROPAGATED_EVIDENCE);
+  RaiseFlags(KVN_VALUE_EVIDENCE);
   const int result = network->EvidenceChanged(handle);
   if (result != 0) (void)ClearEvidence();
   return result;
@@ -67,21 +67,21 @@ int KVN_listOfDecisions::SetEvidence(int outcome) {
 
 int KVN_listOfDecisions::ClearEvidence() {
   if (!IsEvidence()) return KVN_REFUSED;
-  valueFlags &= ~static_cast<unsigned>(KVN_VALUE_EVIDENCE | KVN_VALUE_VALID);
+  LowerFlags(KVN_VALUE_EVIDENCE | KVN_VALUE_VALID);
   (void)network->EvidenceCleared(handle);  // the choice is gone, whatever became stale
   return KVN_SUCCESS;
 }
 
 int KVN_listOfDecisions::ClearPropagatedEvidence() {
   if (!IsPropagatedEvidence()) return KVN_REFUSED;
-  valueFlags &= ~static_cast<unsigned>(KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID);
+  LowerFlags(KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID);
   return KVN_SUCCESS;
 }
 
 int KVN_listOfDecisions::SetPropagatedEvidence(int outcome) {
   if (HasEvidence()) return KVN_REFUSED;
   if (Choose(outcome) < 0) return KVN_SUCCESS;
-  valueFlags |= KVN_VALUE_PROPAGATED_EVIDENCE;
+  RaiseFlags(KVN_VALUE_PROPAGATED_EVIDENCE);
   return KVN_SUCCESS;
 }
 

@@ -21,7 +21,8 @@ int KVN_nodeValue::Assign(KVN_nodeValue& source) {
   if (int result = indexingParents.Assign(source.indexingParents); result < 0) return result;
   handle = source.handle;
   network = source.network;
-  valueFlags = source.valueFlags;
+  valueFlags = 0;
+  RaiseFlags(source.valueFlags);
   (void)CheckReadiness(/*deep=*/1);  // status only
   (void)CheckConsistency(/*deep=*/1);
   return KVN_SUCCESS;
@@ -72,6 +73,18 @@ int KVN_nodeValue::SetVirtualEvidence(const std::vector<double>& /*values*/) {
 }
 int KVN_nodeValue::GetValue(KVN_Dmatrix*& /*out*/) { return KVN_NOT_APPLICABLE; }
 int KVN_nodeValue::SetValue(const KVN_Dmatrix& /*source*/) { return KVN_NOT_APPLICABLE; }
+
+void KVN_nodeValue::Attach(KVN_network* newNetwork) {
+  network = newNetwork;
+  RaiseFlags(valueFlags);
+}
+
+void KVN_nodeValue::RaiseFlags(unsigned bits) {
+  constexpr unsigned kCurrent =
+      KVN_VALUE_EVIDENCE | KVN_VALUE_VALID | KVN_VALUE_PROPAGATED_EVIDENCE;
+  valueFlags |= bits;
+  if (network != nullptr && (valueFlags & kCurrent) != 0) network->NoteCurrentValue();
+}
 
 int KVN_nodeValue::GetOutcomeCount() const {
   const KVN_nodeDefinition* definition =

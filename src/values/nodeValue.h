@@ -81,24 +81,30 @@ class KVN_nodeValue : public KVN_object {
   bool HasEvidence() const { return IsEvidence() || IsPropagatedEvidence(); }
   bool IsVirtualEvidence() const { return (valueFlags & KVN_VALUE_VIRTUAL_EVIDENCE) != 0; }
   bool IsValueValid() const { return (valueFlags & KVN_VALUE_VALID) != 0; }
-  void SetValueValid() { valueFlags |= KVN_VALUE_VALID; }
-  void ClearValueValid() { valueFlags &= ~static_cast<unsigned>(KVN_VALUE_VALID); }
+  void SetValueValid() { RaiseFlags(KVN_VALUE_VALID); }
+  void ClearValueValid() { LowerFlags(KVN_VALUE_VALID); }
   const KVN_intArray& GetIndexingParents() const { return indexingParents; }
   /// Only for resetting results before an update; the matrix keeps its shape.
   void ClearIndexingParents() { indexingParents.Flush(); }
 
   KVN_network* GetNetwork() const { return network; }
   int GetHandle() const { return handle; }
-  void Attach(KVN_network* newNetwork) { network = newNetwork; }
+  void Attach(KVN_network* newNetwork);
 
  protected:
   /// Outcome count of the node's definition; negative when it has none.
   int GetOutcomeCount() const;
 
+  /// The only ways to change flags: the network hears of each value that is valid or has evidence.
+  void RaiseFlags(unsigned bits);
+  void LowerFlags(unsigned bits) { valueFlags &= ~bits; }
+
   KVN_network* network;  // not owned
   int handle;
-  unsigned valueFlags = 0;
   KVN_intArray indexingParents;  // handles, in dimension order
+
+ private:
+  unsigned valueFlags = 0;  // KVN_valueFlag bits
 };
 
 /// Makes the value that goes with a definition type code; the caller owns it. Null for a code

@@ -134,8 +134,12 @@ TEST(NetworkCopy, TheCopyStandsAlone) {
   {
     KVN_network source;
     MakeSource(source);
+    EXPECT_EQ(source.ValueOf(0)->ClearEvidence(), 0);
+    source.ValueOf(3)->SetValueValid();
     EXPECT_EQ(copy.Assign(source, /*skipTemporal=*/1), 0);
   }
+  EXPECT_EQ(copy.NotifyChange(0, KVN_CHANGE_NUMBERS), 0);
+  EXPECT_FALSE(copy.ValueOf(3)->IsValueValid());
   EXPECT_EQ(copy.GetTemporalType(4), 0);
   EXPECT_EQ(copy.DefinitionOf(0)->AddOutcome("Fourth"), 0);
   EXPECT_EQ(copy.GetNode(0)->SetId("renamed"), 0);
