@@ -35,7 +35,7 @@ int AddFactorRecord(RelevanceGraph& graph, int number, int parent, KVN_Dmatrix&&
   record.outcomes = graph.Record(number).outcomes;
   record.evidence = record.outcomes - 1;
   if (int result = record.parents.Add(parent); result < 0) return result;
-  record.SetTable(std::move(factor));
+  if (int result = record.SetTable(std::move(factor)); result < 0) return result;
   KVN_intArray& siblings = graph.Record(parent).children;
   siblings[siblings.FindPosition(number)] = added;
   ++graph.evidenceCount;
@@ -64,6 +64,5 @@ int DecomposeNoisyMax(RelevanceGraph& graph, int number) {
   if (int result = leak.Setup(&record.outcomes, 1); result < 0) return result;
   int leakStart = inclusive.GetSize() - record.outcomes;
   for (int k = 0; k < record.outcomes; ++k) leak[k] = inclusive[leakStart + k];
-  record.SetTable(std::move(leak));
-  return 0;
+  return record.SetTable(std::move(leak));
 }

@@ -2,7 +2,6 @@
 #include <memory>
 #include <new>
 #include <utility>
-#include <vector>
 
 #include "definitions/cast.h"
 #include "definitions/demorgan.h"
@@ -14,6 +13,7 @@
 #include "network/network.h"
 #include "network/node.h"
 #include "network/userProperties.h"
+#include "network/walkStack.h"
 #include "values/nodeValue.h"
 
 namespace {
@@ -60,9 +60,9 @@ class Reducer {
  private:
   /// One level of the depth-first walk of PropagateDeterminism.
   struct Frame {
-    int number;
-    bool inParents;
-    int next;
+    int number = -1;
+    bool inParents = false;
+    int next = 0;
     KVN_intArray snapshot;  // children or parents as they were when the loop began
   };
 
@@ -73,8 +73,8 @@ class Reducer {
   bool MayBecomeEvidence(const RelevanceNode& record) const {
     return record.mark != kMarkBarren && !record.HasEvidence() && record.outcomes >= 1;
   }
-  int StepDeterminism(std::vector<Frame>& frames);
-  int Enter(std::vector<Frame>& frames, int number);
+  int StepDeterminism(KVN_walkStack<Frame>& frames);
+  int Enter(KVN_walkStack<Frame>& frames, int number);
   int ForcedChildOutcome(int parent, int child);
   int ForcedParentOutcome(int child, int parent);
   int ForceChild(int child, int outcome);
@@ -197,8 +197,7 @@ int Reducer::ForceChild(int child, int outcome) {
   KVN_Dmatrix table;
   if (int result = table.Setup(&record.outcomes, 1); result < 0) return result;
   table[outcome] = 1.0;
-  record.SetTable(std::move(table));
-  return 0;
+  return record.SetTable(std::move(table));
 }
 
 int Reducer::ForceParent(int child, int parent, int outcome) {
@@ -219,28 +218,30 @@ int Reducer::FixParent(int child, int parent, int outcome) {
   KVN_Dmatrix cut;
   if (int result = cut.Setup(sizes); result < 0) return result;
   cut.GetItems().CopyItems(cells);
-  record.SetTable(std::move(cut));
+  if (int result = record.SetTable(std::move(cut)); result < 0) return result;
   return record.parents.Delete(dimension);
 }
 
-int Reducer::Enter(std::vector<Frame>& frames, int number) {
+int Reducer::Enter(KVN_walkStack<Frame>& frames, int number) {
   Record(number).mark = kMarkDeterminismDone;
-  frames.push_back({number, /*inParents=*/false, 0, Record(number).children});
-  return 0;
+  Frame frame;
+  frame.number = number;
+  if (int result = frame.snapshot.Assign(Record(number).children); result < 0) return result;
+  return frames.Push(std::move(frame));
 }
 
 /// One neighbour of the record on top, or the step back from it. A neighbour that has left the
 /// lists since the loop began has evidence by now, so the test for evidence passes over it.
-int Reducer::StepDeterminism(std::vector<Frame>& frames) {
-  Frame& top = frames.back();
+int Reducer::StepDeterminism(KVN_walkStack<Frame>& frames) {
+  Frame& top = frames.Top();
   int number = top.number;
   if (top.next == top.snapshot.GetNumItems()) {
     if (top.inParents) {
-      frames.pop_back();
+      frames.Pop();
     } else {
       top.inParents = true;
       top.next = 0;
-      top.snapshot = Record(number).parents;
+      return top.snapshot.Assign(Record(number).parents);
     }
     return 0;
   }
@@ -257,11 +258,11 @@ int Reducer::StepDeterminism(std::vector<Frame>& frames) {
 }
 
 int Reducer::PropagateDeterminism() {
-  std::vector<Frame> frames;
+  KVN_walkStack<Frame> frames;
   for (int number : graph.nodes) {
     if (Record(number).mark != kMarkUntouched || !Record(number).HasEvidence()) continue;
     if (int result = Enter(frames, number); result < 0) return result;
-    while (!frames.empty()) {
+    while (!frames.IsEmpty()) {
       if (int result = StepDeterminism(frames); result < 0) return result;
     }
   }
@@ -298,7 +299,7 @@ int Reducer::AbsorbRoot(int number) {
     KVN_Dmatrix summed;
     int result = table->WeightedCopy(dimension, weights->GetItems(), summed);
     if (result < 0) return result;
-    below.SetTable(std::move(summed));
+    if (result = below.SetTable(std::move(summed)); result < 0) return result;
     if (result = below.parents.Delete(dimension); result < 0) return result;
     record.children.Flush();
     number = child;
@@ -407,8 +408,7 @@ int GivePriorTable(RelevanceNode& record) {
   if (int result = table.Setup(&two, 1); result < 0) return result;
   table[0] = PriorOf(*record.node->Definition());
   table[1] = 1.0 - table[0];
-  record.SetTable(std::move(table));
-  return 0;
+  return record.SetTable(std::move(table));
 }
 
 bool HasGatePrior(int type) {

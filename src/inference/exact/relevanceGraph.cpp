@@ -20,15 +20,13 @@ const KVN_Dmatrix* RelevanceNode::GetTable() {
   return shared;
 }
 
-void RelevanceNode::SetTable(KVN_Dmatrix&& table) {
+int RelevanceNode::SetTable(KVN_Dmatrix&& table) {
   if (owned == nullptr) owned.reset(new (std::nothrow) KVN_Dmatrix);
+  if (owned == nullptr) return KVN_NO_MEMORY;
   shared = nullptr;
-  if (owned == nullptr) {
-    kind = kTableNone;
-    return;
-  }
   *owned = std::move(table);
   kind = kTableOwned;
+  return 0;
 }
 
 void RelevanceNode::DropTable() {

@@ -50,8 +50,8 @@ class RelevanceNode {
   bool HasEvidence() const { return evidence >= 0; }
   /// The table; null when it can't be had (a gate too large to expand, or memory).
   const KVN_Dmatrix* GetTable();
-  /// Takes over `table` as the private one.
-  void SetTable(KVN_Dmatrix&& table);
+  /// Takes over `table` as the private one. KVN_NO_MEMORY leaves the record as it was.
+  [[nodiscard]] int SetTable(KVN_Dmatrix&& table);
   /// Gives a private table away when it has been used.
   void DropTable();
 
