@@ -1,0 +1,258 @@
+// The report of losses against what writing and reading does: every difference is reported, and
+// every reported loss is a difference.
+
+#include "ormel/losses.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <string>
+
+#include "definitions/truthTable.h"
+#include "network/extraDefinition.h"
+#include "network/fileSpeaker.h"
+#include "network/network.h"
+#include "network/node.h"
+#include "network/nodeCost.h"
+#include "network/nodeInfo.h"
+#include "network/submodel.h"
+#include "network/submodelHandler.h"
+#include "ormel/formatCapacity.h"
+#include "ormel/networkFile.h"
+#include "tests/support/builders.h"
+#include "tests/support/networkComparer.h"
+#include "tests/support/randomNetwork.h"
+#include "tests/support/scratchFolder.h"
+#include "values/nodeValue.h"
+
+namespace {
+
+/// The fields of the comparison that a kind of loss may touch.
+const std::map<std::string, std::vector<std::string>> kFieldsOfLoss = {
+    {"identifier",                      {"text.identifier"}                                                  },
+    {"layout",                          {"layout.screen", "layout.window"}                                   },
+    {"name",                            {"text.name"}                                                        },
+    {"comment",                         {"text.comment"}                                                     },
+    {"creation",                        {"text.creation"}                                                    },
+    {"properties",                      {"text.properties"}                                                  },
+    {"documents",                       {"text.documents"}                                                   },
+    {"text boxes",                      {"text.boxes"}                                                       },
+    {"submodel",                        {"submodel.exists", "submodel.parent", "node.submodel"}              },
+    {"number of samples",               {"setting.samples"}                                                  },
+    {"display mode",                    {"setting.showAs"}                                                   },
+    {"discretization settings",         {"setting.discretization"}                                           },
+    {"choice of algorithms",            {"setting.algorithms"}                                               },
+    {"settings of importance sampling", {"setting.epis"}                                                     },
+    {"settings of the equation solver", {"setting.solver"}                                                   },
+    {"update flags",                    {"setting.flags"}                                                    },
+    {"noisy-MAX relevance flag",        {"setting.noisyMaxRelevance"}                                        },
+    {"node",                            {"node.exists"}                                                      },
+    {"parents",                         {"node.parents"}                                                     },
+    {"kind",                            {"node.kind"}                                                        },
+    {"target mark",                     {"node.target"}                                                      },
+    {"position",                        {"layout.screen"}                                                    },
+    {"appearance",                      {"layout.screen"}                                                    },
+    {"outcomes",                        {"definition.outcomes"}                                              },
+    {"numbers",                         {"definition.numbers", "definition.function", "definition.strengths"}},
+    {"digits",                          {"definition.numbers"}                                               },
+    {"choice values",                   {"definition.numbers"}                                               },
+    {"costs",                           {"cost.parents", "cost.numbers"}                                     },
+    {"cost digits",                     {"cost.numbers"}                                                     },
+    {"evidence",                        {"evidence.outcome"}                                                 },
+    {"soft evidence",                   {"evidence.virtual"}                                                 },
+    {"diagnosis attributes",
+     {"diagnosis.type", "diagnosis.flags", "diagnosis.showAs", "diagnosis.faults",
+      "diagnosis.default", "diagnosis.documents", "diagnosis.comments", "diagnosis.question"}                },
+};
+
+bool Explains(const Loss& loss, const NetworkDifference& difference) {
+  if (loss.node != difference.node) return false;
+  const auto found = kFieldsOfLoss.find(loss.what);
+  if (found == kFieldsOfLoss.end()) return false;
+  for (const std::string& field : found->second) {
+    if (field == difference.field) return true;
+  }
+  return false;
+}
+
+bool HasLoss(const std::vector<Loss>& losses, const std::string& node, const std::string& what) {
+  for (const Loss& loss : losses) {
+    if (loss.node == node && loss.what == what) return true;
+  }
+  return false;
+}
+
+/// Writes and reads the network, and holds the differences against the losses, both ways.
+void ExpectTruth(KVN_network& network, int format) {
+  const std::vector<Loss> losses = ListLosses(network, format);
+  const ScratchFolder folder;
+  const LogCapture silence;
+  const std::string file = folder.Path("network");
+  if (network.WriteFile(file.c_str(), format) != 0) {
+    EXPECT_FALSE(losses.empty()) << "the format refuses the network, and nothing tells";
+    return;
+  }
+  KVN_network back;
+  ASSERT_EQ(back.ReadFile(file.c_str(), format), 0);
+  NetworkCompareOptions options;
+  options.unsetIsEmpty = true;
+  const std::vector<NetworkDifference> differences = CompareNetworks(network, back, options);
+  for (const NetworkDifference& difference : differences) {
+    bool isReported = false;
+    for (const Loss& loss : losses) isReported = isReported || Explains(loss, difference);
+    EXPECT_TRUE(isReported) << "not reported: " << difference;
+  }
+  for (const Loss& loss : losses) {
+    // Where the kind changes, numbers aren't compared.
+    bool isReal = loss.what == "digits" && HasLoss(losses, loss.node, "kind");
+    for (const NetworkDifference& d : differences) isReal = isReal || Explains(loss, d);
+    EXPECT_TRUE(isReal) << "no difference: " << loss.node << ": " << loss.what << ": " << loss.why;
+  }
+}
+
+/// Formats whose description is complete. A format joins the list with its row.
+constexpr int kHeldFormats[] = {KVN_FORMAT_KVN};
+
+/// The first node of the kind, -1 if there is none.
+int FirstOf(KVN_network& network, int type) {
+  for (int handle = network.GetFirstNode(); handle >= 0; handle = network.GetNextNode(handle)) {
+    if (network.TypeOf(handle) == type) return handle;
+  }
+  return -1;
+}
+
+void SetSettings(KVN_network& network) {
+  network.SetDiscSamples(77);
+  network.SetDefaultBNAlgorithm(2);
+  network.SetNoisyMaxRelevance(1);
+  EpisParameters epis;
+  epis.proplen = 9;
+  EXPECT_EQ(network.SetEpisParams(epis), 0);
+  KVN_solverParameters solver;
+  solver.i2 = 11;
+  EXPECT_EQ(network.SetSolverParameters(solver), 0);
+  network.SetUpdateFlags(1);
+}
+
+/// An outcome for the first chance node that takes one, likelihoods for the next.
+void SetEvidence(KVN_network& network) {
+  bool hasOutcome = false;
+  for (int node = network.GetFirstNode(); node >= 0; node = network.GetNextNode(node)) {
+    if (network.TypeOf(node) != KVN_TYPE_CPT) continue;
+    KVN_nodeValue& value = *network.ValueOf(node);
+    if (!hasOutcome) {
+      hasOutcome = value.SetEvidence(0) == 0 || value.SetEvidence(1) == 0;
+      continue;
+    }
+    std::vector<double> likelihoods(network.DefinitionOf(node)->GetNumberOfOutcomes(), 0.0);
+    likelihoods[0] = 0.25;
+    likelihoods[1] = 0.75;
+    if (value.SetVirtualEvidence(likelihoods) == 0) return;
+  }
+}
+
+void SpoilNumbers(KVN_network& network) {
+  if (int node = FirstOf(network, KVN_TYPE_TABLE); node >= 0) {
+    KVN_Dmatrix* table = nullptr;
+    ASSERT_EQ(network.DefinitionOf(node)->GetDefinition(table), 0);
+    (*table)[0] = std::numeric_limits<double>::infinity();
+  }
+  if (int node = FirstOf(network, KVN_TYPE_TRUTHTABLE); node >= 0) {
+    KVN_Dmatrix* table = nullptr;
+    ASSERT_EQ(network.DefinitionOf(node)->GetDefinition(table), 0);
+    (*table)[0] = 0.25;
+  }
+  if (int node = FirstOf(network, KVN_TYPE_LIST); node >= 0) {
+    EXPECT_EQ(network.DefinitionOf(node)->SetDefinition(DoublesOf({1.0, 2.0})), 0);
+  }
+  if (int node = FirstOf(network, KVN_TYPE_CPT); node >= 0) {
+    network.GetNode(node)->Cost()->GetCosts()[0] = std::nan("");
+  }
+}
+
+void SpoilTexts(KVN_network& network) {
+  const std::string longText(10211, 'x');
+  EXPECT_EQ(network.Header().SetComment(longText.c_str()), 0);
+  const int first = network.GetFirstNode();
+  EXPECT_EQ(network.GetNode(first)->SetName(longText.c_str()), 0);
+  EXPECT_EQ(network.GetNode(first)->ExtraDefinition()->SetQuestion(longText.c_str()), 0);
+  KVN_submodel& root = *network.Submodels().GetSubmodel(KVN_ROOT_SUBMODEL);
+  EXPECT_GE(root.TextBoxes().AddTextBox({1, 2, 3, 4}, nullptr), 0);
+  // Nodes that no reader can make again, and what follows for their children.
+  const char* const lastId = network.GetNode(network.GetLastNode())->GetId();
+  EXPECT_GE(network.Submodels().Create(KVN_ROOT_SUBMODEL, lastId), 0);
+}
+
+struct Spoiling {
+  const char* name;
+  void (*spoil)(KVN_network& network);
+};
+
+const Spoiling kSpoilings[] = {
+    {"as generated", [](KVN_network&) {}},
+    {"settings",     SetSettings        },
+    {"evidence",     SetEvidence        },
+    {"numbers",      SpoilNumbers       },
+    {"texts",        SpoilTexts         },
+};
+
+TEST(Losses, AreWhatWritingAndReadingLoses) {
+  for (const int format : kHeldFormats) {
+    for (const Spoiling& spoiling : kSpoilings) {
+      for (std::uint64_t seed = 0; seed < 20; seed++) {
+        SCOPED_TRACE(std::string(spoiling.name) + ", seed " + std::to_string(seed) + ", format " +
+                     std::to_string(format));
+        RandomNetworkOptions options;
+        options.nodes = 12;
+        KVN_network network;
+        FillRandomNetwork(network, seed, options);
+        spoiling.spoil(network);
+        ExpectTruth(network, format);
+        if (testing::Test::HasFailure()) return;
+      }
+    }
+  }
+}
+
+TEST(Losses, ANetworkThatTheNativeFormatCarriesHasNone) {
+  KVN_network network;
+  const int node = network.AddNode(KVN_TYPE_CPT, "A");
+  ASSERT_EQ(network.DefinitionOf(node)->SetDefinition(DoublesOf({0.25, 0.75})), 0);
+  EXPECT_TRUE(ListLosses(network, KVN_FORMAT_KVN).empty());
+  // 1e-9 becomes 0 and 0.999999999 becomes 1: the larger change is 1e-9.
+  ASSERT_EQ(network.DefinitionOf(node)->SetDefinition(DoublesOf({1e-9, 0.999999999})), 0);
+  const std::vector<Loss> losses = ListLosses(network, KVN_FORMAT_KVN);
+  ASSERT_EQ(losses.size(), 1u);
+  EXPECT_EQ(losses[0].node, "A");
+  EXPECT_EQ(losses[0].what, "digits");
+  EXPECT_EQ(losses[0].why, "the format rounds the numbers; the largest change is 1e-09");
+}
+
+TEST(Losses, AFormatWithoutADescriptionSaysSo) {
+  KVN_network network;
+  const std::vector<Loss> losses = ListLosses(network, KVN_FORMAT_KI);
+  ASSERT_EQ(losses.size(), 1u);
+  EXPECT_EQ(losses[0].what, "unknown");
+}
+
+/// The generator itself: all kinds come out consistent, and a seed gives one network.
+TEST(RandomNetwork, IsConsistentAndFollowsFromItsSeed) {
+  for (std::uint64_t seed = 0; seed < 30; seed++) {
+    SCOPED_TRACE(seed);
+    KVN_network first;
+    KVN_network second;
+    KVN_network other;
+    FillRandomNetwork(first, seed);
+    FillRandomNetwork(second, seed);
+    FillRandomNetwork(other, seed + 1000);
+    EXPECT_EQ(first.CheckReadiness(/*deep=*/1), 0);
+    EXPECT_EQ(first.CheckConsistency(/*deep=*/1), 0);
+    EXPECT_EQ(first.GetNumberOfNodes(), 10);
+    EXPECT_TRUE(NetworksEqual(first, second));
+    EXPECT_FALSE(NetworksEqual(first, other));
+  }
+}
+
+}  // namespace

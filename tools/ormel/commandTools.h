@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ormel/networkFile.h"
+
+/// What the commands share: the format of a file, and messages about files.
+
+/// The format of a file by its option or else its extension, in `format`. kExitDone, or
+/// kExitRefused after the engine's refusal was told together with the formats that there are;
+/// `option` is the one that would help ("--from").
+int ChooseFormat(const std::string& fileName, const std::string& formatName, const char* option,
+                 int& format, Output& output);
+
+/// Reads a file; tells why when the engine gives it up altogether. kExitDone also for a file with
+/// errors in it, which `file` has.
+int OpenNetwork(const std::string& fileName, int format, Depth depth, NetworkFile& file,
+                Output& output);
+
+/// kExitDone for a file without errors, kExitLimit where one of them is that memory ran out or that
+/// a table would be too large, else kExitBadFile.
+int ExitCodeOfFile(const NetworkFile& file);
+
+/// One line "NAME:LINE: WORD: TEXT".
+std::string DescribeDiagnostic(const std::string& fileName, const Diagnostic& diagnostic,
+                               bool colour);
+/// All of them, as messages.
+void SayDiagnostics(const NetworkFile& file, Output& output);

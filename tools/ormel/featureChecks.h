@@ -1,0 +1,30 @@
+#pragma once
+
+#include <vector>
+
+#include "ormel/formatCapacity.h"
+
+class KVN_network;
+class KVN_node;
+
+/// A content of a network, what it is called in a loss, and whether the network has any.
+struct NetworkCheck {
+  Feature feature;
+  const char* what;
+  bool (*isThere)(KVN_network& network);
+};
+std::vector<NetworkCheck> NetworkChecks();
+
+/// The same for a node.
+struct NodeCheck {
+  Feature feature;
+  const char* what;
+  bool (*isThere)(KVN_network& network, int handle);
+};
+std::vector<NodeCheck> NodeChecks();
+
+/// Whether any diagnosis attribute differs from those of a new node.
+bool HasDiagnosis(KVN_node& node);
+
+/// Neither null nor empty.
+bool IsSet(const char* text);

@@ -1,0 +1,375 @@
+#include "ormel/losses.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <utility>
+
+#include "definitions/cast.h"
+#include "definitions/noisyMAX.h"
+#include "network/extraDefinition.h"
+#include "network/network.h"
+#include "network/node.h"
+#include "network/nodeCost.h"
+#include "network/nodeInfo.h"
+#include "network/submodel.h"
+#include "network/submodelHandler.h"
+#include "ormel/featureChecks.h"
+#include "ormel/formatCapacity.h"
+
+namespace {
+
+const char* OrEmpty(const char* text) { return text == nullptr ? "" : text; }
+
+/// Lists whose numbers a node is written with.
+std::vector<double> NumbersOf(KVN_nodeDefinition& definition) {
+  std::vector<double> numbers;
+  const auto take = [&numbers](const KVN_doubleArray& list) {
+    numbers.insert(numbers.end(), list.GetItems(), list.GetItems() + UsedCount(list));
+  };
+  switch (definition.GetType()) {
+    case KVN_TYPE_CAST: {
+      const auto& gate = static_cast<const KVN_cast&>(definition);
+      take(gate.GetPositiveWeights());
+      take(gate.GetNegativeWeights());
+      numbers.push_back(gate.GetBaseline());
+      break;
+    }
+    case KVN_TYPE_NOISY_MAX:
+      take(static_cast<const KVN_noisyMAX&>(definition).GetParameters().GetItems());
+      break;
+    case KVN_TYPE_LIST:        // its choice values have a check of their own
+    case KVN_TYPE_TRUTHTABLE:  // written as names
+      break;
+    default: {
+      KVN_Dmatrix* table = nullptr;
+      if (definition.GetDefinition(table) == 0) take(table->GetItems());
+      break;
+    }
+  }
+  return numbers;
+}
+
+/// Whether each row has its single 1.0, so that names can stand for it.
+bool IsDeterministic(KVN_nodeDefinition& definition) {
+  KVN_Dmatrix* table = nullptr;
+  const int outcomes = definition.GetNumberOfOutcomes();
+  if (definition.GetDefinition(table) != 0 || outcomes < 1) return true;
+  for (int start = 0; start + outcomes <= table->GetSize(); start += outcomes) {
+    int ones = 0;
+    for (int i = 0; i < outcomes; i++) {
+      const double cell = (*table)[start + i];
+      if (cell != 0.0 && cell != 1.0) return false;
+      if (cell == 1.0) ones++;
+    }
+    if (ones != 1) return false;
+  }
+  return true;
+}
+
+/// One list of losses in the making.
+class Finder {
+ public:
+  Finder(KVN_network& n, const FormatCapacity& c) : network(n), capacity(c) {}
+
+  std::vector<Loss> Run() {
+    for (const NetworkCheck& check : NetworkChecks()) {
+      if (!capacity.Carries(check.feature) && check.isThere(network)) AddPlain(check.what);
+    }
+    CheckSubmodels();
+    for (int handle : NodesInOrder()) Foresee(handle);
+    for (int handle : NodesInOrder()) CheckNode(handle);
+    return std::move(losses);
+  }
+
+ private:
+  /// What a node is after the file has been read.
+  struct Outlook {
+    Fate fate = Fate::kOwn;
+    std::string reason;    // of a node that is gone
+    int outcomesBack = 0;  // its number of outcomes
+  };
+
+  std::vector<int> NodesInOrder() const {
+    std::vector<int> handles;
+    for (int h = network.GetFirstNode(); h >= 0; h = network.GetNextNode(h)) handles.push_back(h);
+    return handles;
+  }
+
+  void Add(const std::string& what, const std::string& why) {
+    losses.push_back({where, what, why});
+  }
+  void AddPlain(const char* what) { Add(what, "the format has no place for it"); }
+
+  const char* IdOf(int handle) const { return OrEmpty(network.GetNode(handle)->GetId()); }
+  int OutcomesOf(int handle) const {
+    const KVN_nodeDefinition* definition = network.DefinitionOf(handle);
+    const int count = definition == nullptr ? 0 : definition->GetNumberOfOutcomes();
+    return count > 0 ? count : 0;
+  }
+
+  // Submodels.
+
+  void CheckSubmodels() {
+    KVN_submodelHandler& submodels = network.Submodels();
+    CheckTexts(*submodels.GetSubmodel(KVN_ROOT_SUBMODEL));
+    CheckLength("creation", network.Creation().GetCreator());
+    CheckLength("creation", network.Creation().GetCreated());
+    CheckLength("creation", network.Creation().GetModified());
+    CheckProperties(network.UserProperties(), kNetworkProperties);
+    CheckDocuments("documents", network.Documentation(), kNetworkDocuments);
+    KVN_intArray handles;
+    if (submodels.GetDescendants(handles) < 0) return;
+    for (int handle : handles) {
+      KVN_submodel& submodel = *submodels.GetSubmodel(handle);
+      if (handle == KVN_ROOT_SUBMODEL) continue;
+      where = OrEmpty(submodel.Header().GetId());
+      if (!capacity.Carries(kSubmodels)) {
+        AddPlain("submodel");
+      } else if (where.empty()) {
+        where = OrEmpty(submodel.Header().GetName());
+        Add("submodel", "it has no identifier");
+      } else {
+        CheckTexts(submodel);
+      }
+    }
+    where.clear();
+  }
+
+  void CheckTexts(KVN_submodel& submodel) {
+    CheckLength("name", submodel.Header().GetName());
+    CheckLength("comment", submodel.Header().GetComment());
+    const KVN_textBoxList& boxes = submodel.TextBoxes();
+    if (!capacity.Carries(kTextBoxes)) {
+      if (boxes.GetCount() > 0) AddPlain("text boxes");
+      return;
+    }
+    for (int i = 0; i < boxes.GetCount(); i++) {
+      if (boxes.GetText(i) == nullptr) Add("text boxes", "a text box without a text isn't written");
+      CheckLength("text boxes", boxes.GetText(i));
+    }
+  }
+
+  // Texts.
+
+  void CheckLength(const char* what, const char* text) {
+    const std::size_t length = std::strlen(OrEmpty(text));
+    const std::size_t limit = static_cast<std::size_t>(capacity.longestText);
+    if (limit == 0 || length <= limit) return;
+    Add(what, "a text of " + std::to_string(length) + " bytes is cut to its first " +
+                  std::to_string(limit));
+  }
+
+  void CheckProperties(const KVN_userProperties& properties, Feature feature) {
+    if (!capacity.Carries(feature)) return;
+    for (int i = 0; i < properties.GetCount(); i++) {
+      CheckLength("properties", properties.GetValue(i));
+    }
+  }
+
+  void CheckDocuments(const char* what, const KVN_documentation& documents, Feature feature) {
+    if (!capacity.Carries(feature)) return;
+    for (int i = 0; i < documents.GetCount(); i++) {
+      CheckLength(what, documents.GetTitle(i));
+      CheckLength(what, documents.GetLocation(i));
+    }
+  }
+
+  void CheckNodeTexts(KVN_node& node) {
+    if (capacity.Carries(kNodeName)) CheckLength("name", node.Info().Header().GetName());
+    if (capacity.Carries(kNodeComment)) CheckLength("comment", node.Info().Header().GetComment());
+    CheckProperties(node.Info().UserProperties(), kNodeProperties);
+    CheckDocuments("documents", node.Info().Documentation(), kNodeDocuments);
+    KVN_extraDefinition* extra = node.ExtraDefinition();
+    if (extra == nullptr || !capacity.Carries(kDiagnosis)) return;
+    const char* const what = "diagnosis attributes";
+    CheckLength(what, extra->GetQuestion());
+    for (int i = 0; i < extra->GetOutcomeCount(); i++) {
+      CheckLength(what, extra->GetFaultNames().GetString(i));
+      CheckLength(what, extra->GetStateComments().GetString(i));
+      CheckLength(what, extra->GetStateRepairInfo().GetString(i));
+      CheckDocuments(what, *extra->GetStateDocumentation(i), kDiagnosis);
+    }
+  }
+
+  // Nodes: first what becomes of each, then what follows for it and for its children.
+
+  void Foresee(int handle) {
+    Outlook& outlook = outlooks[handle];
+    KVN_nodeDefinition* definition = network.DefinitionOf(handle);
+    const char* const id = IdOf(handle);
+    if (definition == nullptr) {
+      outlook = {Fate::kGone, "it has no definition", 0};
+    } else if (*id == '@' || *id == '\0') {
+      outlook = {Fate::kGone, "its identifier can't be written", 0};
+    } else if (capacity.Carries(kSubmodels) && network.Submodels().Exists(id) != 0) {
+      outlook = {Fate::kGone, "the network or a submodel has the same identifier", 0};
+    } else {
+      outlook.fate = capacity.FateOf(definition->GetType());
+      outlook.outcomesBack = OutcomesOf(handle);
+      if (outlook.fate == Fate::kGone) {
+        outlook.reason = std::string("the format has no ") + definition->GetTypeName();
+      } else if (outlook.fate == Fate::kKindOnly) {
+        outlook.outcomesBack = OutcomesOfNew(definition->GetType());
+      }
+    }
+  }
+
+  /// Outcomes that a new definition of the kind starts with.
+  static int OutcomesOfNew(int type) {
+    KVN_network scratch;
+    const int handle = scratch.AddNode(type, "x");
+    const KVN_nodeDefinition* made = scratch.DefinitionOf(handle);
+    const int count = made == nullptr ? 0 : made->GetNumberOfOutcomes();
+    return count > 0 ? count : 0;
+  }
+
+  void CheckNode(int handle) {
+    where = IdOf(handle);
+    const Outlook& outlook = outlooks[handle];
+    if (outlook.fate == Fate::kGone) return Add("node", outlook.reason);
+    KVN_node& node = *network.GetNode(handle);
+    CheckNodeTexts(node);
+    for (const NodeCheck& check : nodeChecks) {
+      if (!capacity.Carries(check.feature) && check.isThere(network, handle)) AddPlain(check.what);
+    }
+    CheckSubmodelOf(node);
+    CheckDefinition(*node.Definition(), outlook);
+    CheckParents(handle, outlook);
+    CheckOwnOutcomes(node, outlook);
+    if (capacity.Carries(kCosts)) CheckCosts(handle);
+  }
+
+  void CheckSubmodelOf(KVN_node& node) {
+    if (!capacity.Carries(kSubmodels)) return;
+    KVN_submodel* submodel = network.Submodels().GetSubmodel(node.GetSubmodel());
+    if (submodel != nullptr && !IsSet(submodel->Header().GetId())) {
+      Add("submodel", "the submodel has no identifier");
+    }
+  }
+
+  void CheckDefinition(KVN_nodeDefinition& definition, const Outlook& outlook) {
+    const std::string kind = definition.GetTypeName();
+    switch (outlook.fate) {
+      case Fate::kTable:
+        Add("kind", kind + " becomes a plain table");
+        return CheckNumbers("digits", NumbersOf(definition));
+      case Fate::kKindOnly:
+        return Add("numbers", "the format has no statement for those of " + kind);
+      case Fate::kRefused:
+        return Add("node", "the format refuses networks with a node of the kind " + kind);
+      default:
+        break;
+    }
+    if (definition.GetType() == KVN_TYPE_TRUTHTABLE && !IsDeterministic(definition)) {
+      Add("numbers", "a row that isn't deterministic is written as its first 1.0");
+    }
+    CheckNumbers("digits", NumbersOf(definition));
+  }
+
+  /// Digits that aren't kept, and numbers that can't be read at all: with such a one the whole list
+  /// is refused.
+  void CheckNumbers(const char* what, const std::vector<double>& numbers) {
+    double largest = 0.0;
+    for (std::size_t i = 0; i < numbers.size(); i++) {
+      if (!std::isfinite(numbers[i])) {
+        return Add(*what == 'd' ? "numbers" : "costs",
+                   "number " + std::to_string(i + 1) +
+                       " isn't finite, and no list with such a number can be read back");
+      }
+      largest = std::fmax(largest, std::fabs(numbers[i] - capacity.numberKept(numbers[i])));
+    }
+    if (largest == 0.0) return;
+    char why[96];
+    std::snprintf(why, sizeof why, "the format rounds the numbers; the largest change is %.2g",
+                  largest);
+    Add(what, why);
+  }
+
+  void CheckParents(int handle, const Outlook& outlook) {
+    std::string changed;
+    const int type = network.TypeOf(handle);
+    for (int parent : network.GetParents(handle)) {
+      const std::string id = IdOf(parent);
+      if (outlooks[parent].fate == Fate::kGone) {
+        Add("parents", "node " + id + " isn't in the file");
+        changed = "without node " + id + " the table has another shape";
+      } else if (!IsReadableArc(network.TypeOf(parent), type)) {
+        Add("parents", "no reader takes " + id + ", whose kind is no parent of this one's");
+        changed = "without node " + id + " the table has another shape";
+      } else if (outlooks[parent].outcomesBack != OutcomesOf(parent)) {
+        changed = "node " + id + " comes back with " +
+                  std::to_string(outlooks[parent].outcomesBack) + " outcomes in place of " +
+                  std::to_string(OutcomesOf(parent));
+      }
+    }
+    const bool hasNumbers = type != KVN_TYPE_LIST && outlook.fate != Fate::kKindOnly;
+    if (hasNumbers && !changed.empty()) Add("numbers", changed);
+  }
+
+  /// The rule by which definitions take parents.
+  static bool IsReadableArc(int parentType, int childType) {
+    switch (childType) {
+      case KVN_TYPE_CAST:
+      case KVN_TYPE_DEMORGAN:
+        return parentType == childType;
+      case KVN_TYPE_CPT:
+      case KVN_TYPE_TRUTHTABLE:
+      case KVN_TYPE_LIST:
+      case KVN_TYPE_TABLE:
+      case KVN_TYPE_NOISY_MAX:
+      case KVN_TYPE_NOISY_ADDER:
+        return HasTableDimension(parentType);
+      default:
+        return true;
+    }
+  }
+
+  void CheckOwnOutcomes(KVN_node& node, const Outlook& outlook) {
+    const KVN_idArray* names = node.Definition()->GetOutcomesNames();
+    if (outlook.fate != Fate::kKindOnly || names == nullptr) return;
+    const int count = OutcomesOf(node.Handle());
+    KVN_network scratch;
+    const KVN_nodeDefinition* fresh = scratch.DefinitionOf(scratch.AddNode(node.GetType(), "x"));
+    bool differ = count != outlook.outcomesBack;
+    for (int i = 0; i < count && !differ; i++) {
+      differ = std::strcmp(OrEmpty(names->GetString(i)),
+                           OrEmpty(fresh->GetOutcomesNames()->GetString(i))) != 0;
+    }
+    if (differ) Add("outcomes", "the format has no statement for those of this kind");
+    if (count != outlook.outcomesBack && HasDiagnosis(node)) {
+      Add("diagnosis attributes", "they are lists with an entry per outcome, of which " +
+                                      std::to_string(outlook.outcomesBack) + " come back");
+    }
+  }
+
+  void CheckCosts(int handle) {
+    for (int parent : network.GetParents(handle, /*layer=*/1)) {
+      const bool isGone = outlooks[parent].fate == Fate::kGone;
+      if (!isGone && outlooks[parent].outcomesBack == OutcomesOf(parent)) continue;
+      return Add("costs", std::string("node ") + IdOf(parent) +
+                              (isGone ? " isn't in the file" : " has other outcomes there"));
+    }
+    const KVN_doubleArray& costs = network.GetNode(handle)->Cost()->GetCosts().GetItems();
+    CheckNumbers("cost digits", {costs.GetItems(), costs.GetItems() + costs.GetSize()});
+  }
+
+  KVN_network& network;
+  const FormatCapacity& capacity;
+  const std::vector<NodeCheck> nodeChecks = NodeChecks();
+  std::map<int, Outlook> outlooks;
+  std::string where;  // identifier for the losses found now
+  std::vector<Loss> losses;
+};
+
+}  // namespace
+
+std::vector<Loss> ListLosses(KVN_network& network, int format) {
+  const FormatCapacity* capacity = CapacityOf(format);
+  if (capacity == nullptr)
+    return {
+        {"", "unknown", "nobody has described what the format carries"}
+    };
+  return Finder(network, *capacity).Run();
+}

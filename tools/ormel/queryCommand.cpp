@@ -1,0 +1,224 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <ostream>
+
+#include "definitions/nodeDefinition.h"
+#include "network/header.h"
+#include "network/network.h"
+#include "network/node.h"
+#include "network/updateAlgorithm.h"
+#include "network/userProperties.h"
+#include "ormel/command.h"
+#include "ormel/commandTools.h"
+#include "ormel/evidenceInput.h"
+#include "ormel/exitCodes.h"
+#include "ormel/output.h"
+#include "ormel/queryReport.h"
+#include "ormel/text.h"
+#include "values/nodeValue.h"
+
+namespace {
+
+constexpr const char* kEffortProperty = "KVN_CLUSTERING_EFFORT";
+
+struct AlgorithmName {
+  const char* name;
+  int code;
+};
+constexpr AlgorithmName kAlgorithms[] = {
+    {"clustering",                KVN_ALG_CLUSTERING               },
+    {"sepset-join-tree",          KVN_ALG_SEPSET_JOIN_TREE         },
+    {"polytree",                  KVN_ALG_POLYTREE                 },
+    {"relevance-decomposition",   KVN_ALG_RELEVANCE_DECOMPOSITION  },
+    {"relevance-decomposition-2", KVN_ALG_RELEVANCE_DECOMPOSITION_2},
+};
+
+/// The algorithms that this build has.
+std::vector<std::string> AlgorithmNames() {
+  std::vector<std::string> names;
+  for (const AlgorithmName& row : kAlgorithms) {
+    for (const KVN_updateAlgorithm* entry = theUpdateAlgorithms; entry->code >= 0; entry++) {
+      if (entry->code == row.code) names.emplace_back(row.name);
+    }
+  }
+  return names;
+}
+
+class QueryCommand : public Command {
+ public:
+  const char* Name() const override { return "query"; }
+  const char* Purpose() const override { return "Compute posterior probabilities"; }
+  const char* Examples() const override {
+    return "  ormel query examples/chest-clinic.kvn -e Dyspnea=yes -e VisitToAsia=yes\n"
+           "  ormel query network.net -t Cause --output json --evidence-file case.json\n"
+           "  ormel query network.net --soft Sensor=0.7,0.3 --algorithm sepset-join-tree";
+  }
+
+  std::vector<std::string> Forms() const override { return {"table", "json", "csv"}; }
+
+  void Declare(CLI::App& app) override {
+    app.add_option("FILE", file, "Network file")->required();
+    app.add_option("-e,--evidence", findings, "Observed state, by name or #index; repeatable")
+        ->type_name("NODE=STATE")
+        ->allow_extra_args(false);
+    app.add_option("--evidence-file", evidenceFile, "Lines NODE=STATE, or a JSON object")
+        ->type_name("FILE");
+    app.add_option("--soft", soft, "Likelihood of each state; repeatable")
+        ->type_name("NODE=p1,p2,...")
+        ->allow_extra_args(false);
+    app.add_option("-t,--target", targetNames, "Node wanted (default: all); repeatable")
+        ->type_name("NODE")
+        ->allow_extra_args(false);
+    app.add_option("--algorithm", algorithm, "How to compute (default: clustering)")
+        ->check(CLI::IsMember(AlgorithmNames()))
+        ->type_name("NAME");
+    app.add_option("--samples", samples, "Number of samples of the sampling algorithms")
+        ->check(CLI::PositiveNumber)
+        ->type_name("N");
+    app.add_option("--digits", digits, "Decimals shown (default: 4 in the table, else all)")
+        ->check(CLI::Range(0, 17))
+        ->type_name("N");
+    app.add_flag("--documented-order", documentedOrder,
+                 "Eliminate by lowest weight alone, without pruning of states");
+  }
+
+  int Run(const CommonOptions& options, Output& output) override {
+    if (!options.to.empty()) {
+      output.Say(Severity::kError, "query writes no network: --to has no meaning here");
+      return kExitBadUsage;
+    }
+    EvidenceInput input;
+    if (int code = CollectEvidence(input, output); code != kExitDone) return code;
+    int format = 0;
+    if (int code = ChooseFormat(file, options.from, "--from", format, output); code != kExitDone) {
+      return code;
+    }
+    NetworkFile read;
+    if (int code = OpenNetwork(file, format, Depth::kRead, read, output); code != kExitDone) {
+      return code;
+    }
+    SayDiagnostics(read, output);
+    if (read.HasLostContent()) {
+      // Probabilities of a half-read network would be wrong without a sign of it.
+      output.Say(Severity::kError,
+                 ToPrintable(file.c_str()) + ": not queried: the file has errors");
+      return kExitBadFile;
+    }
+    return Answer(*read.network, input, options, output);
+  }
+
+ private:
+  int CollectEvidence(EvidenceInput& input, Output& output) const {
+    if (!evidenceFile.empty()) {
+      if (int code = ReadEvidenceFile(evidenceFile, input, output); code != kExitDone) return code;
+    }
+    for (const std::string& text : findings) {
+      if (int code = ParseFinding(text, input, output); code != kExitDone) return code;
+    }
+    for (const std::string& text : soft) {
+      if (int code = ParseLikelihood(text, input, output); code != kExitDone) return code;
+    }
+    return kExitDone;
+  }
+
+  int Answer(KVN_network& network, const EvidenceInput& input, const CommonOptions& options,
+             Output& output) const {
+    std::vector<int> targets;
+    if (int code = SetTargets(network, targets, output); code != kExitDone) return code;
+    if (int code = SetEvidence(network, input, output); code != kExitDone) return code;
+    Prepare(network);
+    {
+      const LogCapture log;
+      if (int result = network.UpdateBeliefs(); result != 0) {
+        return TellFailure(result, log, output);
+      }
+    }
+    QueryReport report;
+    report.network = ToUtf8(network.Header().GetId());
+    report.algorithm = algorithm;
+    for (const auto& [node, state] : input.findings) report.evidence.emplace_back(node, state);
+    NameStates(network, report);
+    CollectPosteriors(network, targets, report);
+    Print(report, options, output);
+    return TellInvalid(report, output);
+  }
+
+  int SetTargets(KVN_network& network, std::vector<int>& targets, Output& output) const {
+    (void)network.ClearAllTargets();
+    for (const std::string& name : targetNames) {
+      const int handle = FindNodeOrTell(network, name, output);
+      if (handle < 0) return kExitBadUsage;
+      if (network.IsTarget(handle) == 1) continue;
+      (void)network.SetTarget(handle);
+      targets.push_back(handle);
+    }
+    if (targets.empty()) {
+      for (int h = network.GetFirstNode(); h >= 0; h = network.GetNextNode(h)) targets.push_back(h);
+    }
+    std::sort(targets.begin(), targets.end());
+    return kExitDone;
+  }
+
+  void Prepare(KVN_network& network) const {
+    for (const AlgorithmName& row : kAlgorithms) {
+      if (algorithm == row.name) network.SetDefaultBNAlgorithm(row.code);
+    }
+    if (samples > 0) network.SetNumberOfSamples(samples);
+    if (!documentedOrder && network.UserProperties().FindProperty(kEffortProperty) < 0) {
+      (void)network.UserProperties().AddProperty(kEffortProperty, "1");
+    }
+  }
+
+  static int TellFailure(int result, const LogCapture& log, Output& output) {
+    std::string text;
+    for (const Diagnostic& message : log.Messages()) text += message.text + "; ";
+    output.Say(Severity::kError, "the update failed: " + ToPrintable(text.c_str()) + "code " +
+                                     DescribeResult(result));
+    return ExitCodeOfResult(result);
+  }
+
+  /// Evidence by "#index" is shown by the state's name.
+  static void NameStates(const KVN_network& network, QueryReport& report) {
+    for (auto& [node, state] : report.evidence) {
+      const int handle = network.FindNode(node.c_str());
+      const KVN_nodeValue& value = *network.ValueOf(handle);
+      state = ToUtf8((*network.DefinitionOf(handle)->GetOutcomesNames())[value.GetEvidence()]);
+    }
+  }
+
+  void Print(const QueryReport& report, const CommonOptions& options, Output& output) const {
+    if (options.IsJson()) {
+      PrintQueryJson(report, digits, output.Data());
+    } else if (options.output == "csv") {
+      PrintQueryCsv(report, digits, output.Data());
+    } else {
+      PrintQueryTable(report, digits, output.colourData, output.Data());
+    }
+  }
+
+  static int TellInvalid(const QueryReport& report, Output& output) {
+    if (report.invalid.empty()) return kExitDone;
+    std::string list;
+    for (const std::string& id : report.invalid) {
+      list += (list.empty() ? "" : ", ") + ToPrintable(id.c_str());
+    }
+    const char* const why =
+        report.evidence.empty() ? "" : "; the evidence may be impossible as a whole";
+    output.Say(Severity::kError, "no posterior for: " + list + why);
+    return kExitRefused;
+  }
+
+  std::string file;
+  std::vector<std::string> findings;
+  std::string evidenceFile;
+  std::vector<std::string> soft;
+  std::vector<std::string> targetNames;
+  std::string algorithm = "clustering";
+  int samples = 0;
+  int digits = -1;
+  bool documentedOrder = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeQueryCommand() { return std::make_unique<QueryCommand>(); }
