@@ -12,6 +12,7 @@
 #include <set>
 #include <string>
 
+#include "definitions/nodeDefinition.h"
 #include "foundation/errorLog.h"
 #include "foundation/resultCodes.h"
 #include "network/fileSpeaker.h"
@@ -71,6 +72,20 @@ bool HasElement(const std::string& text, const char* word) {
   return false;
 }
 
+/// Whether the format has statements for the numbers and outcomes of such a node.
+bool IsKindCarried(int type) {
+  switch (type) {
+    case KVN_TYPE_NOISY_ADDER:
+    case KVN_TYPE_DEMORGAN:
+    case KVN_TYPE_DCHILD_HPARENT:
+    case KVN_TYPE_DISTRIBUTION:
+    case KVN_TYPE_H_EQUATION:
+      return false;
+    default:
+      return true;
+  }
+}
+
 /// Nodes and submodels share one set of identifiers, but a submodel, and with it the network, may
 /// be given one that is taken: then the nodes of that name cannot be read. Neither can numbers that
 /// are infinite or no numbers.
@@ -84,6 +99,7 @@ bool CanBeCarried(KVN_network& network, const std::string& written) {
   for (int node = network.GetFirstNode(); node >= 0; node = network.GetNextNode(node)) {
     const char* id = network.GetNode(node)->GetId();
     if (id == nullptr || !ids.insert(id).second) return false;
+    if (!IsKindCarried(network.TypeOf(node))) return false;
   }
   return !HasElement(written, "inf") && !HasElement(written, "nan");
 }

@@ -1,0 +1,112 @@
+#include "bench/goals.h"
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <time.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Result {
+  std::string name;
+  double value;
+  std::string unit;
+  double goal;
+  Better better;
+};
+
+std::vector<Result>& Results() {
+  static std::vector<Result> results;
+  return results;
+}
+
+Result* Find(const char* name) {
+  for (Result& result : Results()) {
+    if (result.name == name) return &result;
+  }
+  return nullptr;
+}
+
+bool IsMet(const Result& result) {
+  return result.better == Better::kLower ? result.value <= result.goal
+                                         : result.value >= result.goal;
+}
+
+void PrintResults() {
+  std::printf("\n%-44s %12s %-6s %14s\n", "best of the runs", "value", "", "goal");
+  for (const Result& result : Results()) {
+    std::printf("%-44s %12.3f %-6s", result.name.c_str(), result.value, result.unit.c_str());
+    if (result.goal != 0.0) {
+      std::printf(" %s %10.3f  %s", result.better == Better::kLower ? "<=" : ">=", result.goal,
+                  IsMet(result) ? "met" : "MISSED");
+    }
+    std::printf("\n");
+  }
+}
+
+/// A line of /proc/self/status, in MB.
+double StatusLine(const char* key) {
+  std::FILE* file = std::fopen("/proc/self/status", "r");
+  if (file == nullptr) return 0.0;
+  char line[256];
+  long kilobytes = 0;
+  while (std::fgets(line, sizeof line, file) != nullptr) {
+    if (std::strncmp(line, key, std::strlen(key)) != 0) continue;
+    (void)std::sscanf(line + std::strlen(key), ": %ld", &kilobytes);
+    break;
+  }
+  std::fclose(file);
+  return static_cast<double>(kilobytes) * 1024.0 / 1e6;
+}
+
+}  // namespace
+
+void NoteResult(const char* name, double value, const char* unit, double goal, Better better) {
+  Result* result = Find(name);
+  if (result == nullptr) {
+    Results().push_back({name, value, unit, goal, better});
+  } else if (better == Better::kLower ? value < result->value : value > result->value) {
+    result->value = value;
+  }
+}
+
+double NotedResult(const char* name) {
+  const Result* result = Find(name);
+  return result == nullptr ? 0.0 : result->value;
+}
+
+void ResetPeakMemory() {
+  malloc_trim(0);  // what an earlier run has freed must not count
+  if (std::FILE* file = std::fopen("/proc/self/clear_refs", "w"); file != nullptr) {
+    std::fputs("5\n", file);
+    std::fclose(file);
+  }
+}
+
+double PeakMemory() { return StatusLine("VmHWM"); }
+
+double ResidentMemory() { return StatusLine("VmRSS"); }
+
+double Now() {
+  timespec time = {};
+  (void)clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+double WallNow() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  PrintResults();
+  return 0;
+}
