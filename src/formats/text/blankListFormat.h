@@ -3,7 +3,6 @@
 #include "formats/text/fileFormat.h"
 #include "foundation/resultCodes.h"
 
-class KVN_Dmatrix;
 class KVN_node;
 class KVN_nodeDefinition;
 

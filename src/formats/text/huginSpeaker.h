@@ -2,6 +2,8 @@
 
 #include "formats/text/blankListFormat.h"
 
+class KVN_Dmatrix;
+
 /// The Hugin format, extension "net": a block `net`, a block per node, and a `potential` per node
 /// with its parents and numbers. "%" starts a comment. docs/formats.md holds the grammar.
 ///

@@ -4,6 +4,7 @@
 
 #include "formats/text/blankListFormat.h"
 
+class KVN_Dmatrix;
 class KVN_idArray;
 
 /// The Microsoft format for belief networks, extension "dsc": a line with the network's name, a

@@ -101,17 +101,46 @@ inline std::vector<std::string> ReadText(KVN_network& network, const std::string
   return log.Texts();
 }
 
+/// A message as "2 words" where it is "(line 2) : ERROR: words".
+inline std::string ShortMessage(const std::string& message) {
+  const std::string line = "(line ", error = "ERROR: ";
+  if (message.rfind(line, 0) != 0) return message;
+  const std::size_t end = message.find(") : ");
+  const std::size_t text = end + 4;
+  return message.substr(line.size(), end - line.size()) + " " +
+         message.substr(text +
+                        (message.compare(text, error.size(), error) == 0 ? error.size() : 0));
+}
+
+/// Reading `text` gives these messages, in their short form, and leaves so many nodes. A table that
+/// doesn't sum to 1 afterwards is no matter.
+inline void ExpectMessages(const std::string& extension, const std::string& text, int nodes,
+                           const std::vector<std::string>& expected) {
+  SCOPED_TRACE(text);
+  KVN_network network;
+  std::vector<std::string> messages;
+  for (const std::string& message : ReadText(network, extension, text)) {
+    if (message.find("is not consistent") != std::string::npos) continue;
+    messages.push_back(ShortMessage(message));
+  }
+  EXPECT_EQ(messages, expected);
+  EXPECT_EQ(network.GetNumberOfNodes(), nodes);
+}
+
 /// The text cut at every byte, and with every byte in turn replaced by a character that means much
-/// to a lexer, reads with result 0, and what was read can be written.
+/// to a lexer, reads with result 0; what was read can be written, of which every eighth is tried.
 inline void ExpectSurvivesDamage(const std::string& extension, const std::string& text) {
   const ScratchFolder folder;
   const std::string source = folder.Path("file." + extension);
   const std::string target = folder.Path("copy." + extension);
+  int reads = 0;
   const auto readAndWrite = [&](const std::string& damaged) {
     KVN_network network;
     folder.Write("file." + extension, damaged);
     EXPECT_EQ(network.ReadFile(source.c_str()), 0) << damaged;
-    EXPECT_EQ(network.WriteFile(target.c_str()), 0) << damaged;
+    if (++reads % 8 == 0) {
+      EXPECT_EQ(network.WriteFile(target.c_str()), 0) << damaged;
+    }
   };
   for (std::size_t length = 0; length <= text.size(); length++) {
     readAndWrite(text.substr(0, length));
