@@ -5,9 +5,54 @@
 #include <utility>
 
 #include "foundation/identifier.h"
+#include "foundation/identifierIndex.h"
+#include "foundation/intArray.h"
 #include "foundation/resultCodes.h"
 
 namespace {
+
+/// Finds items of a list that it has been told of. Short lists are scanned, as is any list where
+/// memory for the index is short.
+class ItemIndex final : private KVN_identifierIndex::Source {
+ public:
+  /// `count` items are going to be added.
+  ItemIndex(const KVN_stringArray& items, int count)
+      : list(items), isScanned(count <= kLongestScanned) {}
+
+  void Add(int position) {
+    if (!isScanned) index.Add(list[position], position);
+  }
+  /// The lowest position before `end` with an equal text, or KVN_REFUSED.
+  int FindBefore(int end, const char* text) const {
+    const bool scan = isScanned || !index.IsUsable();
+    const int found = scan ? list.FindPosition(text) : index.FindLowest(text);
+    return found < end ? found : int{KVN_REFUSED};
+  }
+  /// `base` with the first number from `number` on that no item before `end` has; `number` goes on
+  /// behind it.
+  std::string MakeNumbered(const std::string& base, int end, int& number) const {
+    std::string numbered;
+    do numbered = base + std::to_string(number++);
+    while (FindBefore(end, numbered.c_str()) >= 0);
+    return numbered;
+  }
+
+ private:
+  static constexpr int kLongestScanned = 16;
+
+  const char* IdentifierOf(int position) const override { return list[position]; }
+
+  const KVN_stringArray& list;
+  bool isScanned;
+  KVN_identifierIndex index{*this};
+};
+
+/// The list rule, without the test for repeats and not for empty texts.
+bool HasLegalForm(const char* id) {
+  if (!IsIdentifierStart(*id)) return false;
+  while (IsIdentifierCharacter(*id)) id++;
+  return *id == '\0';
+}
 
 bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
 
@@ -32,8 +77,15 @@ KVN_idArray& KVN_idArray::operator=(KVN_idArray&& source) noexcept {
 
 int KVN_idArray::CheckConsistency(int /*deep*/) {
   bool consistent = true;
+  ItemIndex earlier(*this, numItems);
   for (int i = 0; i < numItems && consistent; i++) {
-    consistent = IsThisIdentifierValid((*this)[i], i);
+    const char* id = (*this)[i];
+    if (IsEmpty(id)) {
+      consistent = id != nullptr && allowEmpty;
+    } else {
+      consistent = HasLegalForm(id) && earlier.FindBefore(i, id) < 0;
+    }
+    earlier.Add(i);
   }
   SetConsistent(consistent);
   return consistent ? KVN_SUCCESS : KVN_NOT_CONSISTENT;
@@ -52,11 +104,7 @@ int KVN_idArray::Insert(int position, const char* text) {
 bool KVN_idArray::IsThisIdentifierValid(const char* id, int skip) const {
   if (id == nullptr) return false;
   if (*id == '\0') return allowEmpty;
-  if (!IsIdentifierStart(*id)) return false;
-  for (const char* c = id; *c != '\0'; c++) {
-    if (!IsIdentifierCharacter(*c)) return false;
-  }
-  return FindPositionExcept(id, skip) < 0;
+  return HasLegalForm(id) && FindPositionExcept(id, skip) < 0;
 }
 
 int KVN_idArray::MakeValidId(std::string& id) {
@@ -111,16 +159,27 @@ int KVN_idArray::MakeUnique() {
   KVN_idArray mended(allowEmpty);
   if (int result = mended.SetSize(size); result < 0) return result;
   mended.growBy = growBy;
+  ItemIndex index(mended, numItems);
+  // Where counting goes on for the next repeat of an item, by its position, and for the next text
+  // that has nothing to mend: counting from 2 each time would take time in proportion to the square
+  // of the repeats.
+  constexpr int kFirstNumber = 2;
+  int numberForNothing = kFirstNumber;
+  KVN_intArray numbers;
+  if (int result = numbers.SetSize(numItems); result < 0) return result;
+  numbers.FillWith(kFirstNumber);
+
   for (int i = 0; i < numItems; i++) {
-    const char* old = (*this)[i];
-    int result = mended.Add(old);
-    if (result == KVN_REFUSED) {
-      std::string id = old == nullptr ? "" : old;
-      (void)MakeValidId(id);  // an empty text stays, and CreateValidId takes "x" for it
-      result = mended.Add(id.c_str());
-      if (result == KVN_REFUSED) result = mended.CreateAndAddValidId(id.c_str(), 2);
+    std::string id = IsEmpty((*this)[i]) ? "" : (*this)[i];
+    (void)MakeValidId(id);  // a legal text stays, and so does the empty one
+    if (!id.empty()) {
+      const int first = index.FindBefore(i, id.c_str());
+      if (first >= 0) id = index.MakeNumbered(id, i, numbers[first]);
+    } else if (!allowEmpty) {
+      id = index.MakeNumbered("x", i, numberForNothing);
     }
-    if (result < 0) return result;
+    if (int result = mended.KVN_stringArray::Insert(i, id.c_str()); result < 0) return result;
+    index.Add(i);
   }
   Swap(mended);
   return KVN_SUCCESS;

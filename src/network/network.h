@@ -4,12 +4,12 @@
 #include <memory>
 
 #include "foundation/episParameters.h"
+#include "foundation/identifierIndex.h"
 #include "foundation/intArray.h"
 #include "foundation/object.h"
 #include "network/algorithmParameters.h"
 #include "network/creation.h"
 #include "network/documentation.h"
-#include "network/identifierIndex.h"
 #include "network/userProperties.h"
 
 class KVN_caseList;
@@ -63,6 +63,9 @@ constexpr int KVN_LOAD_REPEATED_IDS = 4;
 /// Results. 0, or KVN_REFUSED for a bad handle or argument, KVN_NO_MEMORY, KVN_NOT_APPLICABLE for a
 /// refused arc, KVN_NOT_READY for a source that isn't ready. A network belongs to one thread, and
 /// the walks over it keep their state in the entries: they are not reentrant.
+///
+/// Memory. A network that got none when it was made isn't ready: it takes no nodes and no file
+/// until Initialize succeeds.
 class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
  public:
   KVN_network();
@@ -211,7 +214,8 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
 
   // --- Parts and settings.
 
-  /// The root submodel's header: the network's own identifier, name and comment.
+  /// The root submodel's header: the network's own identifier, name and comment. There is none
+  /// after CleanUp(1), nor in a network that got no memory when it was made.
   KVN_header& Header();
   KVN_creation& Creation() { return creation; }
   KVN_userProperties& UserProperties() { return userProperties; }

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -111,6 +113,49 @@ TEST(IdArray, MakeUniqueMendsThenNumbers) {
   ASSERT_EQ(ids.MakeUnique(), 0);
   // The second "a" is taken, so it becomes "a2", and the old "a2" has to give way to "a22".
   EXPECT_EQ(TextsOf(ids), (Texts{"a", "a2", "x1a", "x1a2", "x2", "a22", "b_c"}));
+  EXPECT_EQ(ids.CheckConsistency(0), 0);
+}
+
+/// The rule as plainly as it can be put, with a search of the whole list for each try.
+Texts MendedOneByOne(const KVN_idArray& ids) {
+  KVN_idArray mended(ids.GetAllowEmpty());
+  for (int i = 0; i < ids.GetNumItems(); i++) {
+    if (mended.Add(ids[i]) == 0) continue;
+    std::string id = ids[i] == nullptr ? "" : ids[i];
+    (void)KVN_idArray::MakeValidId(id);
+    if (mended.Add(id.c_str()) == 0) continue;
+    EXPECT_EQ(mended.CreateAndAddValidId(id.c_str(), 2), 0);
+  }
+  return TextsOf(mended);
+}
+
+TEST(IdArray, LongListsAreMendedByTheSameRule) {
+  const char* const texts[] = {"a", "a", "a2", "a3", "1a", "xa", "x", "x2", "", nullptr, "b c"};
+  std::mt19937 random(7);
+  for (int length : {3, 16, 17, 60}) {
+    for (int round = 0; round < 40; round++) {
+      KVN_idArray ids(/*allowEmptyIds=*/round % 2 == 0);
+      for (int i = 0; i < length; i++) {
+        const char* text = texts[random() % std::size(texts)];
+        ASSERT_EQ(ids.KVN_stringArray::Insert(i, text), 0);
+      }
+      const Texts expected = MendedOneByOne(ids);
+      const bool isFine = expected == TextsOf(ids);
+      EXPECT_EQ(ids.CheckConsistency(0), isFine ? 0 : KVN_NOT_CONSISTENT);
+      ASSERT_EQ(ids.MakeUnique(), 0);
+      ASSERT_EQ(TextsOf(ids), expected);
+      EXPECT_EQ(ids.CheckConsistency(0), 0);
+    }
+  }
+}
+
+TEST(IdArray, RepeatsByTheThousandTakeNoTime) {
+  // A file of some kilobytes is enough for such a list.
+  constexpr int kCount = 50000;
+  KVN_idArray ids;
+  for (int i = 0; i < kCount; i++) ASSERT_EQ(ids.KVN_stringArray::Insert(i, "a"), 0);
+  ASSERT_EQ(ids.MakeUnique(), 0);
+  EXPECT_STREQ(ids[kCount - 1], "a50000");
   EXPECT_EQ(ids.CheckConsistency(0), 0);
 }
 

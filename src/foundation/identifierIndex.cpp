@@ -1,4 +1,4 @@
-#include "network/identifierIndex.h"
+#include "foundation/identifierIndex.h"
 
 #include <algorithm>
 #include <cstring>

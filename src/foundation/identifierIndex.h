@@ -1,8 +1,8 @@
 #pragma once
 
-/// Multi-map from identifier to small integers (node handles, submodel indexes), so that a look-up
-/// by name doesn't scan the table. It keeps no texts: it stores a hash for each integer, and the
-/// caller says through `Source` what identifier an integer has now.
+/// Multi-map from identifier to small integers (node handles, positions in a list), so that a
+/// look-up by name doesn't scan the table. It keeps no texts: it stores a hash for each integer,
+/// and the caller says through `Source` what identifier an integer has now.
 ///
 /// Chained hashing: `heads` has a power of two of chain heads, at least as many as there are
 /// members, and the links lie in an array by number, doubly linked. So adding and removing take
