@@ -121,7 +121,7 @@ int KVN_network::CheckReadiness(int deep) {
       (void)GetNode(handle)->CheckReadiness(deep);
     }
   }
-  bool ready = true;
+  bool ready = submodels != nullptr;
   for (int handle = GetFirstNode(); handle >= 0; handle = GetNextNode(handle)) {
     if (!GetNode(handle)->IsReady() && DeleteNode(handle) < 0) ready = false;
   }

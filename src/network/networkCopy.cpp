@@ -13,7 +13,8 @@
 
 int KVN_network::Assign(const KVN_network& source, int skipTemporal) {
   if (this == &source) return KVN_SUCCESS;
-  if (!source.IsReady()) return KVN_NOT_READY;
+  if (!source.IsReady() || !source.submodels->IsReady()) return KVN_NOT_READY;
+  if (submodels == nullptr) return KVN_NO_MEMORY;
   CleanUp(/*deep=*/1);
   if (source.size > 0) {
     if (int result = AllocateTable(source.size); result < 0) return result;

@@ -95,6 +95,7 @@ void KVN_network::ResetForReading() {
 int KVN_network::ReadFile(const char* fileName, int format, std::intptr_t options) {
   std::unique_ptr<KVN_fileSpeaker> speaker(CreateSpeaker(fileName, format, *this));
   if (speaker == nullptr) return KVN_REFUSED;
+  if (submodels == nullptr) return KVN_NO_MEMORY;
   if (options != 0) speaker->SetOptions(options);
   ResetForReading();
   if (!submodels->IsReady()) return KVN_NO_MEMORY;  // it has no root, which every reader needs
@@ -120,6 +121,7 @@ int KVN_network::WriteFile(const char* fileName, int format, std::intptr_t optio
   }
   const std::unique_ptr<KVN_fileSpeaker> speaker(CreateSpeaker(fileName, format, *this));
   if (speaker == nullptr) return KVN_REFUSED;
+  if (submodels == nullptr || !submodels->IsReady()) return KVN_NOT_READY;
   if (options != 0) speaker->SetOptions(options);
   return speaker->WriteFile(fileName);
 }

@@ -101,7 +101,7 @@ int KVN_network::TypeOf(int handle) const {
 int KVN_network::IsIdentifierUsed(const char* id, int exceptHandle) const {
   if (id == nullptr || id[0] == '@') return 0;
   if (FindNodeExcept(id, exceptHandle) >= 0) return 1;
-  return submodels->Exists(id);
+  return submodels != nullptr ? submodels->Exists(id) : 0;
 }
 
 int KVN_network::AcceptRename(int handle, const char* oldId, const char* newId) {
@@ -163,6 +163,7 @@ void KVN_network::GetNewNodeName(char* buffer) const {
 }
 
 int KVN_network::AddNode(int definitionType, const char* id) {
+  if (submodels == nullptr) return KVN_NOT_READY;
   char generated[kNameBufferSize];
   if (id == nullptr) {
     GetNewNodeName(generated);

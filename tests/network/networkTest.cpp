@@ -274,4 +274,33 @@ TEST(Network, AddNodeFailsCleanlyWithoutMemory) {
   EXPECT_GT(failures, 5);
 }
 
+TEST(Network, MadeWithoutMemoryItTakesNothingUntilInitialized) {
+  const KVN_network source;
+  const int failures = FailEachAllocation([&source](int n) {
+    std::optional<KVN_network> network;
+    bool failed;
+    {
+      FailingAllocation failing(n);
+      network.emplace();
+      failed = failing.HasFailed();
+    }
+    EXPECT_EQ(network->IsReady(), !failed) << n;
+    EXPECT_LT(network->ReadFile("no such file.kvn"), 0);
+    (void)network->AddNode(KVN_TYPE_CPT, "a");
+    (void)network->CheckReadiness(/*deep=*/1);
+    (void)network->Assign(source, /*skipTemporal=*/0);
+    EXPECT_EQ(network->Initialize(3, 3), 0);
+    EXPECT_EQ(network->AddNode(KVN_TYPE_CPT, "a"), 0);
+    EXPECT_STREQ(network->Header().GetId(), "Unnamed");
+    return failed;
+  });
+  EXPECT_GT(failures, 5);
+  KVN_network cleaned;
+  cleaned.CleanUp(/*deep=*/1);
+  EXPECT_EQ(cleaned.WriteFile("no such folder/x.kvn"), KVN_NOT_READY);
+  KVN_network target;
+  EXPECT_EQ(target.Assign(cleaned, /*skipTemporal=*/0), KVN_NOT_READY);
+  EXPECT_STREQ(target.Header().GetId(), "Unnamed");
+}
+
 }  // namespace
