@@ -33,6 +33,7 @@ class SpySpeaker : public KVN_fileSpeaker {
     EXPECT_EQ(network.GetNumberOfSamples(), 1000);
     network.SetNumberOfSamples(5);
     EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a") >= 0, theScript.skipsIdentifiers);
+    EXPECT_EQ(network.GetNode(2)->SetId("b") == 0, theScript.skipsIdentifiers);
     AddArcs(network, {
                          {"a", "b"}
     });
