@@ -28,6 +28,14 @@ class KVN_sysCoordinates : public KVN_object {
 
   /// Takes a table, unlocks all and goes to the first cell. KVN_NO_MEMORY leaves it unlinked.
   [[nodiscard]] int Link(KVN_Dmatrix& table);
+  /// The same with the table of a node's definition, a type that this folder doesn't know. A
+  /// definition without one answers its code and changes nothing here.
+  template <typename Definition>
+  [[nodiscard]] int Link(Definition& definition) {
+    KVN_Dmatrix* table = nullptr;
+    if (int result = definition.GetDefinition(table); result < 0) return result;
+    return Link(*table);
+  }
   bool IsLinked() const { return matrix != nullptr; }
 
   /// To the first cell of the table. It is meant that locked dimensions go to 0 as well.
