@@ -87,12 +87,16 @@ public record Node(
      *
      * @param changed as many as before, since outcomes and parents stay
      * @return a new node
-     * @throws IllegalArgumentException for another count
+     * @throws IllegalArgumentException for another count, or for one that is infinite or no number,
+     *     which no file can hold
      */
     public Node withNumbers(double... changed) {
         if (changed.length != numbers.length) {
             throw new IllegalArgumentException(
                     identifier + " has " + numbers.length + " numbers, not " + changed.length);
+        }
+        if (!Arrays.stream(changed).allMatch(Double::isFinite)) {
+            throw new IllegalArgumentException(identifier + ": not all numbers are finite");
         }
         return new Node(identifier, name, box, submodel, kind, outcomes, parents, changed,
                 strengths, diagnosis, properties);

@@ -21,8 +21,12 @@ import org.qorl.belief.model.Submodel;
  * callbacks up and refuses a class that lacks one, although it never calls three of them.
  *
  * <p>The engine has one state for the whole process and no lock. {@code read} and {@code update}
- * take turns; a program that calls the native methods itself must see to that on its own. The engine
- * keeps every network that it has read until the process ends, so memory grows with each call.
+ * take turns, and refuse to be called from a callback; a program that calls the native methods itself
+ * must see to both on its own. The engine keeps every network that it has read until the process ends,
+ * so memory grows with each call.
+ *
+ * <p>Errors inside a text file cost the statement that they stand in, and the rest is read: no method
+ * here tells of them. The command {@code ormel check} does.
  */
 public class ORMELReader {
     /** The format is told by the extension of the file's name. */
@@ -42,6 +46,9 @@ public class ORMELReader {
         NativeLibrary.load();
     }
 
+    /** Whether read or update is at work. A call in between would take the engine's state away. */
+    private static boolean working;
+
     // What the callbacks of the load that is running have collected.
     private final Map<String, String> properties = new LinkedHashMap<>();
     private final List<Submodel> submodels = new ArrayList<>();
@@ -50,7 +57,8 @@ public class ORMELReader {
     /**
      * Makes a reader, which may be used any number of times.
      *
-     * @throws UnsatisfiedLinkError if the native library can't be loaded, with the places tried
+     * @throws UnsatisfiedLinkError if the native library can't be loaded, with the places tried; a
+     *     second attempt in the same process gives a NoClassDefFoundError
      */
     public ORMELReader() {}
 
@@ -72,9 +80,11 @@ public class ORMELReader {
      * @param format one of the format codes
      * @return what is in it
      * @throws IOException if it can't be read, or holds nodes of a kind that hosts aren't told of
+     * @throws IllegalStateException if called from a callback
      */
     public Network read(Path file, int format) throws IOException {
         synchronized (ORMELReader.class) {
+            startWork();
             properties.clear();
             submodels.clear();
             nodes.clear();
@@ -85,6 +95,8 @@ public class ORMELReader {
                 throw unexpected;
             } catch (Exception refused) {
                 throw new IOException(file + ": " + refused.getMessage(), refused);
+            } finally {
+                working = false;
             }
             if (result != LOADED) {
                 throw new IOException(file + ": the file can't be read, or its format isn't known");
@@ -96,17 +108,20 @@ public class ORMELReader {
     /**
      * Writes a copy of a network file with edits: the numbers, user properties and diagnosis types
      * of {@code edited} go over those of the file, everything else comes through as it is. A
-     * property that {@code edited} doesn't have stays in the file.
+     * property that {@code edited} doesn't have stays in the file; one whose key is no identifier is
+     * left out.
      *
      * @param input the file to take everything from
      * @param output the file to write; its extension tells the format
      * @param edited a network read from {@code input}, with edits
      * @throws IOException if a file can't be read or written, or lacks one of the nodes
+     * @throws IllegalStateException if called from a callback
      */
     public void update(Path input, Path output, Network edited) throws IOException {
         List<Node> all = edited.nodes();
         boolean done;
         synchronized (ORMELReader.class) {
+            startWork();
             try {
                 done = updateKVN(
                         input.toString(), FORMAT_BY_EXTENSION,
@@ -122,11 +137,21 @@ public class ORMELReader {
                 throw unexpected;
             } catch (Exception refused) {
                 throw new IOException(refused.getMessage(), refused);
+            } finally {
+                working = false;
             }
         }
         if (!done) {
             throw new IOException(input + ": the file can't be read, or its format isn't known");
         }
+    }
+
+    /** The lock doesn't keep a callback out, which runs on the thread that has it. */
+    private static void startWork() {
+        if (working) {
+            throw new IllegalStateException("read and update can't be called from a callback");
+        }
+        working = true;
     }
 
     private static String[] keys(Map<String, String> properties) {

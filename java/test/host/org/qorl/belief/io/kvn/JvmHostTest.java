@@ -37,6 +37,8 @@ public final class JvmHostTest {
             test.readsTextsInBothEncodings();
             test.failuresToReadAreReported();
             test.exceptionsOfCallbacksReachTheCaller();
+            test.callbacksCannotStartAnotherCall();
+            test.numbersThatNoFileHoldsAreRefused();
             test.updateWritesEdits();
             test.updateTakesNulls();
             test.updateReportsFailures();
@@ -137,6 +139,31 @@ public final class JvmHostTest {
         for (ORMELReader host : hosts) {
             fails(IllegalStateException.class, "thrown by a callback", () -> host.read(example));
         }
+    }
+
+    /** The JVM would end: the inner call takes the references of the outer one away. */
+    private void callbacksCannotStartAnotherCall() throws IOException {
+        Network edited = reader.read(example);
+        ORMELReader nesting = new ORMELReader() {
+            @Override
+            protected void loadSubmodel(int handle, String name, int x, int y, int[] children) {
+                fails(IllegalStateException.class, "from a callback", () -> reader.read(example));
+                fails(IllegalStateException.class, "from a callback",
+                        () -> reader.update(example, folder.resolve("x.kvn"), edited));
+                super.loadSubmodel(handle, name, x, y, children);
+            }
+        };
+        same(edited, nesting.read(example));
+    }
+
+    private void numbersThatNoFileHoldsAreRefused() throws IOException {
+        Node tank = reader.read(example).node("WaterTank").orElseThrow();
+        for (double bad : new double[] {Double.NaN, Double.NEGATIVE_INFINITY}) {
+            fails(IllegalArgumentException.class, "WaterTank: not all numbers are finite",
+                    () -> tank.withNumbers(0, bad, 1));
+        }
+        fails(IllegalArgumentException.class, "WaterTank has 3 numbers, not 2",
+                () -> tank.withNumbers(0, 1));
     }
 
     private void updateWritesEdits() throws IOException {
