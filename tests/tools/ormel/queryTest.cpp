@@ -1,0 +1,173 @@
+// `ormel query`: evidence in, posteriors out, and what it says when it can't.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "ormel/commandLine.h"
+#include "ormel/evidenceInput.h"
+#include "ormel/exitCodes.h"
+#include "ormel/output.h"
+#include "tests/support/scratchFolder.h"
+
+namespace {
+
+struct ToolRun {
+  int code = -1;
+  std::string data;
+  std::string messages;
+};
+
+ToolRun Query(const std::vector<std::string>& arguments,
+              const std::string& file = KVN_EXAMPLES "/chest-clinic.kvn") {
+  std::vector<std::string> all = {"query", file};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  std::ostringstream data;
+  std::ostringstream messages;
+  Output output(data, messages);
+  ToolRun run;
+  run.code = RunGuarded([&] { return RunCommandLine(all, output); }, output);
+  run.data = data.str();
+  run.messages = messages.str();
+  return run;
+}
+
+struct AnswerCase {
+  const char* name;
+  std::vector<std::string> arguments;
+  double lungCancer;  // P(yes | evidence)
+};
+// Published with the network: 0.055 without evidence, 0.0995 for a visitor to Asia with dyspnoea
+// (to four decimals, enumeration gives the rest). Soft evidence that says nothing changes nothing;
+// one of 1 and 0 is an observation.
+const AnswerCase kAnswerCases[] = {
+    {"no evidence",           {},                                                       0.055   },
+    {"by name and index",     {"-e", "Dyspnea=yes", "-e", "VisitToAsia=#0"},            0.099525},
+    {"flat soft evidence",    {"--soft", "Dyspnea=1,1"},                                0.055   },
+    {"certain soft evidence", {"--soft", "Dyspnea=1,0", "--soft", "VisitToAsia=1,0"},   0.099525},
+    {"another algorithm",
+     {"-e", "Dyspnea=yes", "-e", "VisitToAsia=yes", "--algorithm", "sepset-join-tree"},
+     0.099525                                                                                   },
+    {"documented order",
+     {"-e", "Dyspnea=yes", "-e", "VisitToAsia=yes", "--documented-order"},
+     0.099525                                                                                   },
+};
+
+TEST(QueryCommand, AnswersWithThePublishedNumbers) {
+  for (AnswerCase c : kAnswerCases) {
+    SCOPED_TRACE(c.name);
+    c.arguments.insert(c.arguments.end(), {"-t", "LungCancer", "--output", "json"});
+    const ToolRun run = Query(c.arguments);
+    ASSERT_EQ(run.code, kExitDone) << run.messages;
+    const nlohmann::json answer = nlohmann::json::parse(run.data);
+    EXPECT_NEAR(answer["posteriors"]["LungCancer"]["yes"].get<double>(), c.lungCancer, 1e-6);
+    EXPECT_EQ(answer["posteriors"].size(), 1u);
+    EXPECT_EQ(answer["network"], "ChestClinic");
+    EXPECT_TRUE(answer["invalid"].empty());
+  }
+}
+
+TEST(QueryCommand, ShowsTheSameInEachForm) {
+  const std::vector<std::string> query = {"-t", "Smoking", "-t", "VisitToAsia", "--digits", "2"};
+  auto with = [&](std::vector<std::string> more) {
+    more.insert(more.end(), query.begin(), query.end());
+    return Query(more).data;
+  };
+  // Handle order, not that of the options.
+  EXPECT_EQ(with({"--output", "csv"}),
+            "node,state,probability\nVisitToAsia,yes,0.01\nVisitToAsia,no,0.99\n"
+            "Smoking,yes,0.5\nSmoking,no,0.5\n");
+  const std::string half(20, '#');  // of a bar of 40
+  EXPECT_NE(with({}).find("Smoking\n  yes  0.50  " + half + "\n  no   0.50  " + half + "\n"),
+            std::string::npos);
+}
+
+TEST(QueryCommand, ReadsEvidenceFiles) {
+  const ScratchFolder folder;
+  const struct {
+    const char* name;
+    const char* content;
+    int code;
+    const char* message;
+  } cases[] = {
+      {"lines.txt",   "# a case\n\n Dyspnea = yes \nVisitToAsia=yes\n", kExitDone,     ""           },
+      {"object.json", "{\"Dyspnea\": \"yes\", \"VisitToAsia\": 0}",     kExitDone,     ""           },
+      {"bad.txt",     "Dyspnea=yes\nVisitToAsia\n",                     kExitBadFile,  "bad.txt:2:" },
+      {"bad.json",    "{\"Dyspnea\":\n yes}",                           kExitBadFile,  "bad.json:2:"},
+      {"real.json",   "{\"Dyspnea\": 0.5}",                             kExitBadFile,  "index"      },
+      {"list.json",   "[1]",                                            kExitBadFile,  "NODE=STATE" },
+      {"node.txt",    "Dispnea=yes\n",                                  kExitBadUsage, "'Dyspnea'?" },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string file = folder.Write(c.name, c.content);
+    const ToolRun run = Query({"--evidence-file", file, "-t", "LungCancer", "--output", "csv"});
+    EXPECT_EQ(run.code, c.code) << run.messages;
+    EXPECT_NE(run.messages.find(c.message), std::string::npos) << run.messages;
+    EXPECT_EQ(run.data.find("LungCancer,yes,0.0995") != std::string::npos, c.code == kExitDone);
+  }
+  EXPECT_EQ(Query({"--evidence-file", folder.Path("none.txt")}).code, kExitBadFile);
+}
+
+struct RefusalCase {
+  const char* name;
+  std::vector<std::string> arguments;
+  int code;
+  const char* message;
+};
+const RefusalCase kRefusalCases[] = {
+    {"unknown node",     {"-e", "Smokng=yes"},                    kExitBadUsage, "'Smoking'?"                           },
+    {"unknown state",    {"-e", "Smoking=maybe"},                 kExitBadUsage, "yes, no"                              },
+    {"bad index",        {"-e", "Smoking=#2"},                    kExitBadUsage, "yes, no"                              },
+    {"unknown target",   {"-t", "X"},                             kExitBadUsage, "unknown node 'X'"                     },
+    {"no state",         {"-e", "Smoking"},                       kExitBadUsage, "NODE=STATE"                           },
+    {"bad likelihood",   {"--soft", "Smoking=0.5,x"},             kExitBadUsage, "--soft"                               },
+    {"too few",          {"--soft", "Smoking=0.5"},               kExitBadUsage, "2 states"                             },
+    {"nothing possible", {"--soft", "Smoking=0,0"},               kExitBadUsage, "not all 0"                            },
+    {"negative",         {"--soft", "Smoking=-1,2"},              kExitBadUsage, "0 or more"                            },
+    {"no algorithm",     {"--algorithm", "guess"},                kExitBadUsage, "guess"                                },
+    {"conflict",
+     {"-e", "Tuberculosis=yes", "-e", "TuberculosisOrCancer=no"},
+     kExitImpossible,                                                            "contradicts"                          },
+    {"loops",            {"--algorithm", "polytree"},             kExitRefused,  "PolyTree algorithm can not be applied"},
+    {"a target format",  {"--to", "kvn"},                         kExitBadUsage, "--to"                                 },
+};
+
+TEST(QueryCommand, SaysWhyNot) {
+  for (const RefusalCase& c : kRefusalCases) {
+    SCOPED_TRACE(c.name);
+    const ToolRun run = Query(c.arguments);
+    EXPECT_EQ(run.code, c.code);
+    EXPECT_NE(run.messages.find(c.message), std::string::npos) << run.messages;
+    EXPECT_EQ(run.data, "");
+  }
+}
+
+TEST(QueryCommand, ImpossibleAsAWholeLeavesNodesWithoutPosterior) {
+  // The children say that their parents differ and that they are equal: no single table can tell.
+  std::string text = "net N {\n";
+  for (const char* root : {"A", "B"}) {
+    text += std::string("node ") + root + " { TYPE = CPT; PARENTS = (); DEFINITION = " +
+            "{ NAMESTATES = (x, y); PROBABILITIES = (0.5, 0.5); }; };\n";
+  }
+  for (const char* child : {"Differ", "Equal"}) {
+    text += std::string("node ") + child + " { TYPE = CPT; PARENTS = (A, B); DEFINITION = " +
+            "{ NAMESTATES = (x, y); PROBABILITIES = " +
+            (child[0] == 'D' ? "(0, 1, 1, 0, 1, 0, 0, 1)" : "(1, 0, 0, 1, 0, 1, 1, 0)") +
+            "; }; };\n";
+  }
+  const ScratchFolder folder;
+  const std::string file = folder.Write("parity.kvn", text + "};\n");
+  const ToolRun run = Query({"-e", "Differ=x", "-e", "Equal=x", "--output", "csv"}, file);
+  EXPECT_EQ(run.code, kExitRefused);
+  EXPECT_NE(run.messages.find("no posterior for: A, B"), std::string::npos) << run.messages;
+  EXPECT_EQ(run.data.find("A,x"), std::string::npos);
+}
+
+TEST(NearestOf, PicksTheFewestEdits) {
+  EXPECT_EQ(NearestOf("smokin", {"Smoking", "Asia"}), "Smoking");
+  EXPECT_EQ(NearestOf("zzzz", {"Smoking", "Asia"}), "");
+}
+
+}  // namespace
