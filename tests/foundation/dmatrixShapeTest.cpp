@@ -106,42 +106,29 @@ TEST(Dmatrix, FailedChangesOfShapeLeaveTheTable) {
 }
 
 TEST(Dmatrix, BadArgumentsOfShapeChangesAreRefused) {
-  const std::function<int(KVN_Dmatrix&)> operations[] = {
-      [](KVN_Dmatrix& m) { return m.AddDimension(4, 2); },
-      [](KVN_Dmatrix& m) { return m.AddDimension(-1, 2); },
-      [](KVN_Dmatrix& m) { return m.AddDimension(0, 0); },
-      [](KVN_Dmatrix& m) { return m.RemoveDimension(3, 0); },
-      [](KVN_Dmatrix& m) { return m.RemoveDimension(1, 3); },
-      [](KVN_Dmatrix& m) {
-        return m.RemoveDimensionWeighted(-1, DoublesOf({1, 1, 1}));
-      },
-      [](KVN_Dmatrix& m) {
-        return m.RemoveDimensionWeighted(1, DoublesOf({1, 1}));
-      },
-      [](KVN_Dmatrix& m) { return m.PushSlice(3); },
-      [](KVN_Dmatrix& m) { return m.ShrinkDimension(-1); },
-      [](KVN_Dmatrix& m) { return m.ResizeDimension(0, 0); },
-      [](KVN_Dmatrix& m) {
-        return m.ChangeOrderOfDimensions(IntsOf({0, 1, 1}));
-      },
-      [](KVN_Dmatrix& m) {
-        return m.ChangeOrderOfDimensions(IntsOf({0, 1}));
-      },
-      [](KVN_Dmatrix& m) {
-        return m.ChangeOrderWithinDimension(1, IntsOf({0, 1, 1}));
-      },
-      [](KVN_Dmatrix& m) {
-        return m.ChangeOrderWithinDimension(3, IntsOf({0, 1}));
-      },
-      [](KVN_Dmatrix& m) { return m.ShiftSlice(1, 3, 0.0); },
-      [](KVN_Dmatrix& m) { return m.RemoveSlice(3, 0); },
-      [](KVN_Dmatrix& m) {
-        return m.Restrict(IntsOf({0, 0}), m);
-      },
-      [](KVN_Dmatrix& m) {
-        return m.Restrict(IntsOf({0, 3, 0}), m);
-      },
+  using M = KVN_Dmatrix;
+  // clang-format off
+  const std::function<int(M&)> operations[] = {
+      [](M& m) { return m.AddDimension(4, 2); },
+      [](M& m) { return m.AddDimension(-1, 2); },
+      [](M& m) { return m.AddDimension(0, 0); },
+      [](M& m) { return m.RemoveDimension(3, 0); },
+      [](M& m) { return m.RemoveDimension(1, 3); },
+      [](M& m) { return m.RemoveDimensionWeighted(-1, DoublesOf({1, 1, 1})); },
+      [](M& m) { return m.RemoveDimensionWeighted(1, DoublesOf({1, 1})); },
+      [](M& m) { return m.PushSlice(3); },
+      [](M& m) { return m.ShrinkDimension(-1); },
+      [](M& m) { return m.ResizeDimension(0, 0); },
+      [](M& m) { return m.ChangeOrderOfDimensions(IntsOf({0, 1, 1})); },
+      [](M& m) { return m.ChangeOrderOfDimensions(IntsOf({0, 1})); },
+      [](M& m) { return m.ChangeOrderWithinDimension(1, IntsOf({0, 1, 1})); },
+      [](M& m) { return m.ChangeOrderWithinDimension(3, IntsOf({0, 1})); },
+      [](M& m) { return m.ShiftSlice(1, 3, 0.0); },
+      [](M& m) { return m.RemoveSlice(3, 0); },
+      [](M& m) { return m.Restrict(IntsOf({0, 0}), m); },
+      [](M& m) { return m.Restrict(IntsOf({0, 3, 0}), m); },
   };
+  // clang-format on
   for (const auto& operation : operations) {
     SCOPED_TRACE(&operation - operations);
     KVN_Dmatrix table = Coded();

@@ -11,32 +11,21 @@
 
 namespace {
 
+// Codes that are only told with a text of their own say "NO ERROR", and -26 has no entry.
 TEST(ErrorLog, StandardTexts) {
   const std::pair<int, const char*> cases[] = {
       {0,    "NO ERROR"                        },
       {-1,   "NO ERROR"                        },
       {-2,   "OUT OF RANGE"                    },
-      {-3,   "NO ERROR"                        },
-      {-4,   "NO ERROR"                        },
-      {-5,   "NO ERROR"                        },
-      {-19,  "NO ERROR"                        },
       {-26,  "UNKNOWN ERROR CODE"              },
       {-30,  "ILLEGAL IDENTIFIER"              },
-      {-32,  "DUPLICATED IDENTIFIER"           },
       {-42,  "OUT OF MEMORY"                   },
       {-51,  "WRONG NODE TYPE"                 },
       {-52,  "UNKNOWN ERROR CODE"              },
-      {-100, "NO ERROR"                        },
-      {-101, "NO ERROR"                        },
-      {-102, "NO ERROR"                        },
       {-103, "FILE I/O FAILED"                 },
-      {-111, "NO MORE TOKENS"                  },
       {-126, "LEXICAL ERROR. CHARACTER UNKNOWN"},
       {-127, "NO ERROR"                        },
-      {-128, "UNEXPECTED END OF FILE"          },
-      {-129, "UNKNOWN ERROR CODE"              },
       {-567, "NO ERROR"                        },
-      {-568, "NO ERROR"                        },
   };
   for (const auto& [code, text] : cases) EXPECT_STREQ(GetErrorString(code), text) << code;
 }

@@ -1,7 +1,6 @@
 #include "network/nodeInfo.h"
 
 #include "foundation/resultCodes.h"
-#include "network/creation.h"
 #include "network/textBoxList.h"
 #include "tests/network/networkTools.h"
 #include "tests/support/failingAllocation.h"
@@ -151,20 +150,6 @@ TEST(Header, StoresLegalIdentifiersAndAnyTexts) {
   EXPECT_EQ(header.GetName(), nullptr);
   EXPECT_STREQ(copy.GetName(), "a name");
   EXPECT_STREQ(copy.GetId(), "@ any thing");
-}
-
-TEST(Creation, NullClearsAText) {
-  KVN_creation creation;
-  EXPECT_EQ(creation.SetCreator("me"), 0);
-  EXPECT_EQ(creation.SetModified("today"), 0);
-  KVN_creation copy;
-  EXPECT_EQ(copy.Assign(creation), 0);
-  EXPECT_EQ(creation.SetCreator(nullptr), 0);
-  EXPECT_EQ(creation.GetCreator(), nullptr);
-  EXPECT_STREQ(copy.GetCreator(), "me");
-  EXPECT_EQ(copy.GetCreated(), nullptr);
-  copy.CleanUp(/*deep=*/1);
-  EXPECT_EQ(copy.GetModified(), nullptr);
 }
 
 }  // namespace
