@@ -22,6 +22,18 @@ bool IsDroppedAfterBreak(char character) {
   return character == ' ' || character == '\t' || character == '\b';
 }
 
+/// Bytes that the UTF-8 sequence around a cut at `position` has before the cut; 0 where the cut is
+/// between characters or the bytes are of another encoding.
+int BytesBeforeCut(const char* text, int position) {
+  constexpr int kLongestStart = 3;
+  int before = 0;
+  while ((text[position - before] & 0xC0) == 0x80) {
+    if (before == kLongestStart || before + 1 >= position) return 0;
+    ++before;
+  }
+  return before;
+}
+
 /// The file behind a chain of links, so that a link is not replaced by a file.
 std::string ResolveLinks(const char* name) {
   char* resolved = realpath(name, nullptr);
@@ -226,14 +238,16 @@ const char* KVN_textFile::WrapLine(const char* text, int length, int startColumn
   return text + kept;
 }
 
-/// Where to break a word: after `length` characters, but not inside a backslash pair of a string.
+/// Where to break a word: after `length` bytes, but not inside a UTF-8 sequence, since editors
+/// refuse a file with halves of characters, and not inside a backslash pair of a string.
 int KVN_textFile::FindSplit(const char* text, int length) const {
-  if (!ContinuesString()) return length;
+  const int split = length - BytesBeforeCut(text, length);
+  if (!ContinuesString()) return split;
   int backslashes = 0;
-  while (backslashes < length && text[length - 1 - backslashes] == '\\') ++backslashes;
-  if (backslashes % 2 == 0) return length;
-  if (length > 1) return length - 1;
-  return text[length] != '\0' ? length + 1 : length;
+  while (backslashes < split && text[split - 1 - backslashes] == '\\') ++backslashes;
+  if (backslashes % 2 == 0) return split;
+  if (split > 1) return split - 1;
+  return text[split] != '\0' ? split + 1 : split;
 }
 
 int KVN_textFile::BreakLine(int mode) {

@@ -446,7 +446,7 @@ TEST_F(FileFormat, PiecesAreCutAt10210Bytes) {
 
 // Word wrap may break a string anywhere, and the reader must put it together again.
 TEST_F(FileFormat, StringsReadBackAsTheyWereWritten) {
-  const char alphabet[] = "ab \t\n\r\"\\|\b\xe9  \\";
+  const char alphabet[] = "ab \t\n\r\"\\|\b\xe9\xa9  \\";
   std::mt19937 random(20240501);
   const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   for (int round = 0; round < 300; round++) {

@@ -185,6 +185,8 @@ const WrapCase kWrapCases[] = {
     {"indentation beyond the margin",        4,  3, "",           "ab",            "",    "      a\n      b\n      "},
     {"column counts over writes",            10, 0, "abcdefgh ",  "ij",            "",    "abcdefgh \nij"           },
     {"a line feed ends the count",           10, 0, "abcdefgh\n", "ijkl mnop",     "",    "abcdefgh\nijkl mnop"     },
+    {"a UTF-8 character is not cut",         4,  0, "",           "abcd\u00e9gh",  "",    "abcd\n\u00e9gh"          },
+    {"bytes of no encoding are",             1,  0, "",           "\xA9\xA9\xA9",  "",    "\xA9\xA9\n\xA9"          },
  // In strings: no cut inside a pair, and blanks behind a break are kept by "\|".
     {"a pair is not cut",                    4,  0, "",           "abcd\\nef",     "\\ ", "abcd\\ \n\\nef"          },
     {"a pair of backslashes may end",        4,  0, "",           "abc\\\\ef",     "\\ ", "abc\\\\\\ \nef"          },
