@@ -13,8 +13,9 @@ class KVN_noisyMAX;
 constexpr int kReplayBadSubmodel = 1;
 constexpr int kReplayFailed = -1;
 
-/// Calls of the host's methods with the network in `state`. A failure leaves an exception pending:
-/// the one a callback threw, or the JVM's where it had no memory.
+/// Calls of the host's methods with the network in `state`. A failure leaves an exception pending,
+/// the one a callback threw or the JVM's where it had no memory, but for memory that the engine
+/// lacked.
 
 /// "putNetworkParameter" for each user property of the network, in stored order.
 bool ReplayNetworkParameters(const BridgeState& state);

@@ -23,6 +23,7 @@ struct UpdateArguments {
 /// place of an element leaves that part of the node alone. Nothing ties this to an earlier load.
 ///
 /// False on failure, with an exception pending unless the input file couldn't be read for another
-/// reason than its syntax. No output is written then; edits made up to there are lost.
+/// reason than its syntax, or the engine lacked memory. No output is written then; edits made up to
+/// there are lost.
 bool UpdateFile(BridgeState& state, JNIEnv* env, jobject receiver,
                 const UpdateArguments& arguments);

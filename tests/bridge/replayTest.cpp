@@ -28,8 +28,8 @@ TEST_F(Replay, TellsPropertiesThenTheTreeThenTheNodes) {
   ASSERT_EQ(Load(Write("sample.kvn", kSampleNet)), 16384);
   // The record of A: faults are the flags equal to 1, so 0 and 2; the default is 2 and is on.
   // B is set to default 1, but that is off: -1. Root handle: 16384; Inner came third: 16387.
-  // The gate: raw rows in file order; strengths are the inverse of what the file has, since
-  // (1, 2, 0) in the file says which outcome has which rank: outcome 0 is at place 2, 1 at 0.
+  // The gate: raw rows in file order. The file's strengths (1, 2, 0) are the ranks of lo, mid and
+  // hi; the host gets the outcomes by rank: hi, lo, mid.
   EXPECT_THAT(
       jni.calls,
       ElementsAre(

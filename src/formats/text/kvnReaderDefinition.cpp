@@ -23,9 +23,10 @@ KVN_intArray Descending(int last) {
   return order;
 }
 
-/// The strengths that make a noisy-AND parent out of a noisy-OR one: the distinguished outcome is
-/// its first.
-KVN_intArray FirstOutcomeLast(int outcomes) {
+/// The strengths that make a noisy-AND parent out of a noisy-OR one. It is meant that the last
+/// outcome moves to the front and the others stay as they are: of two outcomes the first is the
+/// distinguished one then, of more the last but one.
+KVN_intArray LastOutcomeFirst(int outcomes) {
   KVN_intArray order;
   (void)order.Add(outcomes - 1);
   for (int i = 0; i < outcomes - 1; ++i) (void)order.Add(i);
@@ -131,8 +132,8 @@ int KVN_kvnSpeaker::SetNoisyAnd(KVN_noisyMAX& definition, const KVN_doubleArray&
 
   const KVN_intArray reversed = Descending(outcomes - 1);
   if (int result = definition.ChangeOrderOfOutcomes(reversed); result != 0) return result;
-  for (int i = 0; i < parents.GetNumItems(); ++i) {
-    KVN_intArray order = FirstOutcomeLast(definition.GetStrengths(i)->GetNumItems());
+  for (int i = 0; definition.GetStrengths(i) != nullptr; ++i) {
+    KVN_intArray order = LastOutcomeFirst(definition.GetStrengths(i)->GetNumItems());
     if (int result = definition.SetParentOutcomeStrengths(i, order); result != 0) return result;
   }
   if (int result = table.ChangeOrderWithinDimension(1, reversed); result != 0) return result;
@@ -147,11 +148,11 @@ int KVN_kvnSpeaker::SetStrengths(KVN_nodeDefinition& definition, const KVN_intAr
     int outcomes = gate.GetStrengths(i)->GetNumItems();
     KVN_intArray inverse;
     bool consistent = start + outcomes <= flat.GetNumItems();
-    // The file lists states by rank; the gate wants the rank of each state.
-    for (int state = 0; consistent && state < outcomes; ++state) {
-      int rank = 0;
-      while (rank < outcomes && flat[start + rank] != state) ++rank;
-      consistent = rank < outcomes && inverse.Add(rank) == 0;
+    // The file has the rank of each state; the gate wants the states by rank.
+    for (int rank = 0; consistent && rank < outcomes; ++rank) {
+      int state = 0;
+      while (state < outcomes && flat[start + state] != rank) ++state;
+      consistent = state < outcomes && inverse.Add(state) == 0;
     }
     if (!consistent || gate.SetParentOutcomeStrengths(i, inverse) != 0) {
       std::snprintf(errorMessage, sizeof errorMessage,

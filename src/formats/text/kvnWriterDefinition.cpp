@@ -81,13 +81,13 @@ void KVN_kvnSpeaker::WriteStateNames(KVN_nodeDefinition& definition) {
                                      /*whole=*/false);
 }
 
-/// For each parent in order the states by rank: the inverse of what the gate keeps.
+/// For each parent in order the rank of each state: the inverse of what the gate keeps.
 void KVN_kvnSpeaker::WriteStrengths(KVN_noisyMAX& definition) {
   KVN_intArray flat;
   for (int i = 0; definition.GetStrengths(i) != nullptr; ++i) {
     const KVN_intArray& strengths = *definition.GetStrengths(i);
-    for (int rank = 0; rank < strengths.GetNumItems(); ++rank) {
-      if (flat.Add(strengths.FindPosition(rank)) != 0) return;
+    for (int state = 0; state < strengths.GetNumItems(); ++state) {
+      if (flat.Add(strengths.FindPosition(state)) != 0) return;
     }
   }
   (void)WriteIntListStatement("STRENGTHS", flat, /*whole=*/false);
