@@ -19,7 +19,8 @@ struct JoinTreeOptions {
   bool storeAll = false;
 };
 
-/// What the last runs cost, for benchmarks: sums over the runs since the caller cleared them.
+/// What the last runs cost, for benchmarks: sums over the runs since the caller cleared them, the
+/// seconds in processor time of the running thread.
 struct JoinTreeStatistics {
   double triangulationSeconds = 0.0;
   double propagationSeconds = 0.0;
