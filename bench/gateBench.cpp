@@ -7,6 +7,7 @@
 #include <string>
 
 #include "bench/goals.h"
+#include "bench/measure.h"
 #include "definitions/noisyMAX.h"
 #include "foundation/doubleArray.h"
 #include "network/network.h"

@@ -1,12 +1,8 @@
 #include "bench/goals.h"
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
-#include <time.h>
 
-#include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -49,21 +45,6 @@ void PrintResults() {
   }
 }
 
-/// A line of /proc/self/status, in MB.
-double StatusLine(const char* key) {
-  std::FILE* file = std::fopen("/proc/self/status", "r");
-  if (file == nullptr) return 0.0;
-  char line[256];
-  long kilobytes = 0;
-  while (std::fgets(line, sizeof line, file) != nullptr) {
-    if (std::strncmp(line, key, std::strlen(key)) != 0) continue;
-    (void)std::sscanf(line + std::strlen(key), ": %ld", &kilobytes);
-    break;
-  }
-  std::fclose(file);
-  return static_cast<double>(kilobytes) * 1024.0 / 1e6;
-}
-
 }  // namespace
 
 void NoteResult(const char* name, double value, const char* unit, double goal, Better better) {
@@ -78,28 +59,6 @@ void NoteResult(const char* name, double value, const char* unit, double goal, B
 double NotedResult(const char* name) {
   const Result* result = Find(name);
   return result == nullptr ? 0.0 : result->value;
-}
-
-void ResetPeakMemory() {
-  malloc_trim(0);  // what an earlier run has freed must not count
-  if (std::FILE* file = std::fopen("/proc/self/clear_refs", "w"); file != nullptr) {
-    std::fputs("5\n", file);
-    std::fclose(file);
-  }
-}
-
-double PeakMemory() { return StatusLine("VmHWM"); }
-
-double ResidentMemory() { return StatusLine("VmRSS"); }
-
-double Now() {
-  timespec time = {};
-  (void)clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-double WallNow() {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 int main(int argc, char** argv) {

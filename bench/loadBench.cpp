@@ -16,6 +16,7 @@
 #include <string>
 
 #include "bench/goals.h"
+#include "bench/measure.h"
 #include "definitions/nodeDefinition.h"
 #include "foundation/doubleArray.h"
 #include "network/fileSpeaker.h"

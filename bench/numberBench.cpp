@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "bench/goals.h"
+#include "bench/measure.h"
 #include "network/fileSpeaker.h"
 #include "network/network.h"
 
