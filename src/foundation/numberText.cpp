@@ -52,10 +52,10 @@ bool ReadReserved(const char* text, double& value) {
   return false;
 }
 
-int ReadByLibrary(const char* text, double& value) {
+const char* ScanByLibrary(const char* text, double& value) {
   char* end = nullptr;
   value = strtod_l(text, &end, NumericLocale());
-  return end == text ? KVN_REFUSED : KVN_SUCCESS;
+  return end;
 }
 
 /// Length of the part of a text that can belong to a plain decimal number.
@@ -69,25 +69,30 @@ std::size_t DecimalLength(const char* text) {
 
 }  // namespace
 
-// Plain decimal numbers take the library's fast exact conversion, which is correctly rounded as
-// strtod is. What it reads in another way (hexadecimal, inf, nan, numbers out of range) is left to
-// strtod itself.
 int TextToDouble(const char* text, double& value) {
   value = 0.0;
   if (text == nullptr) return KVN_REFUSED;
   if (ReadReserved(text, value)) return KVN_SUCCESS;
+  return ScanDouble(text, value) == text ? KVN_REFUSED : KVN_SUCCESS;
+}
+
+// Plain decimal numbers take the library's fast exact conversion, which is correctly rounded as
+// strtod is. What it reads in another way (hexadecimal, inf, nan, numbers out of range) is left to
+// strtod itself.
+const char* ScanDouble(const char* text, double& value) {
+  value = 0.0;
   const char* digits = text;
   while (IsBlank(*digits)) digits++;
   const bool negative = *digits == '-';
   if (*digits == '-' || *digits == '+') digits++;
   const bool hexadecimal = digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
-  if ((!IsDigit(*digits) && *digits != '.') || hexadecimal) return ReadByLibrary(text, value);
+  if ((!IsDigit(*digits) && *digits != '.') || hexadecimal) return ScanByLibrary(text, value);
   double magnitude = 0.0;
   const std::from_chars_result read =
       std::from_chars(digits, digits + DecimalLength(digits), magnitude);
-  if (read.ec != std::errc()) return ReadByLibrary(text, value);
+  if (read.ec != std::errc()) return ScanByLibrary(text, value);
   value = negative ? -magnitude : magnitude;
-  return KVN_SUCCESS;
+  return read.ptr;
 }
 
 // Text of eight decimals read back and written again is the same text: where doubles are closer

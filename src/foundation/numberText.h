@@ -25,6 +25,10 @@ constexpr int kNumberTextSize = 512;
 /// nothing could be converted or the text is null.
 int TextToDouble(const char* text, double& value);
 
+/// The same without the reserved texts: what strtod reads. Returns where it stopped, which is
+/// `text` itself when nothing could be converted; the value is then 0.0. Not for null.
+const char* ScanDouble(const char* text, double& value);
+
 /// Reserved values give their text, others eight decimals ("%.8f"): that is all that any text
 /// format keeps of a number, so 1e-9 becomes "0.00000000".
 /// `buffer` has kNumberTextSize bytes.

@@ -39,6 +39,8 @@ void ExpectReadLikeStrtod(const char* text) {
   double value = 99.0;
   EXPECT_EQ(TextToDouble(text, value), end == text ? KVN_REFUSED : 0) << text;
   EXPECT_EQ(BitsOf(value), BitsOf(expected)) << text;
+  EXPECT_EQ(ScanDouble(text, value), end) << text;
+  EXPECT_EQ(BitsOf(value), BitsOf(expected)) << text;
 }
 
 TEST(NumberText, ReservedValues) {

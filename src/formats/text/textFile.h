@@ -62,6 +62,9 @@ class KVN_textFile : public KVN_object {
   /// beyond the margin. A broken line ends with the continuation text.
   int Write(const char* text, int mode);
   int WriteIndented(const char* text, int mode);
+  /// Bytes as they stand, for formats that lay out their lines themselves: no indentation, no word
+  /// wrap, and the column is not kept.
+  int WriteBytes(const char* bytes, int count) { return Put(bytes, count); }
 
   /// KVN_REFUSED when the indentation has reached 1,019 columns.
   int IncreaseIndent();
