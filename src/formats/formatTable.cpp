@@ -6,6 +6,7 @@
 #include "formats/text/huginSpeaker.h"
 #include "formats/text/kvnSpeaker.h"
 #include "formats/text/microsoftSpeaker.h"
+#include "formats/xml/xkvnSpeaker.h"
 #include "network/fileSpeaker.h"
 
 namespace {
@@ -21,5 +22,6 @@ const KVN_formatRow theFileFormats[] = {
     {KVN_FORMAT_MICROSOFT, Make<KVN_microsoftSpeaker>},
     {KVN_FORMAT_KVN,       Make<KVN_kvnSpeaker>      },
     {KVN_FORMAT_HUGIN,     Make<KVN_huginSpeaker>    },
+    {KVN_FORMAT_XKVN,      Make<KVN_xkvnSpeaker>     },
     {-1,                   nullptr                   },
 };

@@ -1,0 +1,291 @@
+// Node elements: the node at the start, its arcs, states and numbers at the end.
+
+#include "definitions/cast.h"
+#include "definitions/cpt.h"
+#include "definitions/demorgan.h"
+#include "definitions/noisyAdder.h"
+#include "definitions/noisyMAX.h"
+#include "definitions/table.h"
+#include "definitions/truthTable.h"
+#include "formats/xml/networkLoader.h"
+#include "foundation/resultCodes.h"
+#include "network/extraDefinition.h"
+#include "network/network.h"
+#include "network/node.h"
+
+namespace {
+
+const char* const kDiagnosisWords[] = {"target", "observation", "auxiliary"};
+const char* const kTemporalWords[] = {"normal", "anchor", "terminal", "plate"};
+const char* const kFunctionWords[] = {"average", "singlefault"};
+
+/// The list itself, or an array without slots for an empty one: a list that was used before keeps
+/// its slots, and those would pass for a filled block.
+template <class Array>
+const Array& Used(const Array& list) {
+  static const Array none;
+  return list.GetNumItems() > 0 ? list : none;
+}
+
+}  // namespace
+
+bool XmlNetLoader::GetWord(const char* name, const char* const* words, int count, int absent,
+                           const char* complaint, int& value) {
+  std::string text;
+  GetAttribute(name, text);
+  value = absent;
+  if (text.empty()) return true;
+  for (value = 0; value < count; ++value) {
+    if (text == words[value]) return true;
+  }
+  AbortWith("%s: '%s'", complaint, text.c_str());
+  return false;
+}
+
+bool XmlNetLoader::ReadAdderFunction(const Kind& kind) {
+  function = KVN_ADDER_AVERAGE;
+  return kind.type != KVN_TYPE_NOISY_ADDER ||
+         GetWord("function", kFunctionWords, 2, KVN_ADDER_AVERAGE, "Invalid noisy adder function",
+                 function);
+}
+
+void XmlNetLoader::StartNode(const Kind& kind) {
+  std::string id;
+  GetAttribute("id", id);
+  bool isTarget = false;
+  bool isRanked = false;
+  bool isMandatory = false;
+  int diagnosisType = 0;
+  int temporalType = 0;
+  if (!GetAttribute("target", isTarget, false) || !GetAttribute("ranked", isRanked, false) ||
+      !GetAttribute("mandatory", isMandatory, false) ||
+      !GetWord("diagtype", kDiagnosisWords, 3, KVN_DIAGNOSIS_AUXILIARY,
+               "Unknown diagnosis node type", diagnosisType) ||
+      !GetWord("dynamic", kTemporalWords, 4, 0, "Unknown dynamic node type", temporalType)) {
+    return;
+  }
+  const int handle = CreateNode(kind, id, temporalType);
+  if (handle < 0) return;
+  KVN_node& node = *network.GetNode(handle);
+  nodeHandles[node.GetId()] = handle;  // which isn't `id` if that is no identifier
+  if (isTarget) (void)network.SetTarget(handle);
+  KVN_extraDefinition& extra = *node.ExtraDefinition();
+  extra.SetDiagnosisType(diagnosisType);
+  extra.SetRanked(isRanked ? 1 : 0);
+  extra.SetMandatory(isMandatory ? 1 : 0);
+  if (!ReadAdderFunction(kind)) return;
+  ResetWork();
+  nodeHandle = handle;
+  definition = node.Definition();
+}
+
+/// The handle of the new node; negative after an abort.
+int XmlNetLoader::CreateNode(const Kind& kind, const std::string& id, int temporalType) {
+  if (nodeHandles.count(id) != 0) {
+    AbortWith("Duplicated node identifier: '%s'", id.c_str());
+    return KVN_REFUSED;
+  }
+  const int handle = network.AddNode(kind.type, id.c_str());
+  if (handle < 0 || network.DefinitionOf(handle) == nullptr) {
+    if (handle >= 0) (void)network.DeleteNode(handle);  // it has no definition: of no use
+    AbortWith("ORMEL failed to create node: '%s'", id.c_str());
+    return KVN_REFUSED;
+  }
+  if (temporalType != 0 && network.SetTemporalType(handle, temporalType) != 0) {
+    AbortWith("ORMEL failed to set dynamic node type to '%s' for '%s'",
+              kTemporalWords[temporalType], id.c_str());
+    return KVN_REFUSED;
+  }
+  return handle;
+}
+
+void XmlNetLoader::StartState() {
+  std::string id;
+  GetAttribute("id", id);
+  if (!stateSet.insert(id).second) {
+    AbortWith("Duplicate state identifier: '%s'", id.c_str());
+    return;
+  }
+  const int index = stateIds.GetNumItems();
+  bool isDefault = false;
+  bool isFault = false;
+  if (!GetAttribute("default", isDefault, false)) return;
+  if (isDefault && defaultState >= 0) {
+    AbortWith("Duplicate default state attribute at state: '%s'", id.c_str());
+    return;
+  }
+  if (isDefault) defaultState = index;
+  if (!GetAttribute("fault", isFault, false)) return;
+  std::string label;
+  GetAttribute("label", label);
+  stateLabels.push_back(label);
+  if (stateIds.Add(id.c_str()) != 0 || (isFault && faultStates.Add(index) != 0)) {
+    Abort("SetNumberOfOutcomes failed");  // no memory
+  }
+}
+
+void XmlNetLoader::EndNode(const Kind& kind) {
+  if (!IsCountPlausible(kind) || !AddArcs(/*layer=*/0)) return;
+  if (kind.hasStates && !SetStates()) return;
+  if (kind.finish != nullptr) (this->*kind.finish)();
+  numbers.Flush();
+}
+
+/// A large table that the list doesn't fill is refused before it is built, in the words that the
+/// count would get afterwards.
+bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
+  const bool hasRows = kind.type == KVN_TYPE_TRUTHTABLE;
+  if (!hasRows && kind.type != KVN_TYPE_CPT && kind.type != KVN_TYPE_TABLE) return true;
+  const std::int64_t count = CountCells(kind.type == KVN_TYPE_CPT ? stateIds.GetNumItems() : 1);
+  if (MayFill(count, hasRows ? results.GetNumItems() : numbers.GetNumItems())) return true;
+  if (hasRows) {
+    AbortWith("Invalid number of resulting states: %d, expected %lld", results.GetNumItems(),
+              static_cast<long long>(count));
+  } else {
+    Abort(kind.type == KVN_TYPE_CPT ? "SetProbabilities failed" : "SetUtilities failed");
+  }
+  return false;
+}
+
+bool XmlNetLoader::AddArcs(int layer) {
+  for (int parent : parents) {
+    if (network.AddArc(parent, nodeHandle, layer) == 0) continue;
+    Abort("AddArc failed");
+    return false;
+  }
+  return true;
+}
+
+bool XmlNetLoader::SetStates() {
+  if (definition->SetNumberOfOutcomes(stateIds) != 0) {
+    Abort("SetNumberOfOutcomes failed");
+    return false;
+  }
+  KVN_extraDefinition& extra = *network.GetNode(nodeHandle)->ExtraDefinition();
+  // A label that is no identifier is left out: it has no influence on the network.
+  for (std::size_t i = 0; i < stateLabels.size(); ++i) {
+    if (stateLabels[i].empty()) continue;
+    (void)extra.SetFaultLabel(static_cast<int>(i), stateLabels[i].c_str());
+  }
+  if (defaultState >= 0) {
+    (void)extra.SetDefaultOutcome(defaultState);
+    extra.SetSetAsDefault(1);
+  }
+  for (int state : faultStates) (void)extra.SetFaultState(state, 1);
+  return true;
+}
+
+// --- Numbers, kind by kind.
+
+void XmlNetLoader::FinishCpt() {
+  if (static_cast<KVN_cpt*>(definition)->SetProbabilities(Used(numbers)) != 0) {
+    Abort("SetProbabilities failed");
+  }
+}
+
+void XmlNetLoader::FinishUtility() {
+  if (static_cast<KVN_table*>(definition)->SetUtilities(Used(numbers)) != 0) {
+    Abort("SetUtilities failed");
+  }
+}
+
+void XmlNetLoader::FinishTruthTable() {
+  KVN_truthTable& table = *static_cast<KVN_truthTable*>(definition);
+  const int outcomes = table.GetNumberOfOutcomes();
+  const int rows = outcomes > 0 ? table.GetSize() / outcomes : 0;
+  if (results.GetNumItems() != rows) {
+    AbortWith("Invalid number of resulting states: %d, expected %d", results.GetNumItems(), rows);
+    return;
+  }
+  std::vector<int> outcomeOfName;
+  for (int i = 0; i < resultNames.GetNumItems(); ++i) {
+    outcomeOfName.push_back(table.GetOutcomesNames()->FindPosition(resultNames[i]));
+    if (outcomeOfName.back() >= 0) continue;
+    AbortWith("Invalid resulting state: %s", resultNames[i]);
+    return;
+  }
+  for (int& state : results) state = outcomeOfName[static_cast<std::size_t>(state)];
+  if (table.SetResultingStates(Used(results)) != 0) Abort("SetResultingStates failed");
+}
+
+void XmlNetLoader::FinishCast() {
+  KVN_cast& gate = *static_cast<KVN_cast*>(definition);
+  if (gate.SetBaseline(baseline) != 0) return Abort("SetBaseline failed");
+  if (parents.GetNumItems() == 0) return;
+  if (gate.SetPositiveWeights(Used(positiveWeights)) != 0) {
+    return Abort("SetPositiveWeights failed");
+  }
+  if (gate.SetNegativeWeights(Used(negativeWeights)) != 0) Abort("SetNegativeWeights failed");
+}
+
+void XmlNetLoader::FinishDemorgan() {
+  KVN_demorgan& gate = *static_cast<KVN_demorgan*>(definition);
+  if (gate.SetPriorBelief(priorBelief) != 0) return Abort("SetPriorBelief failed");
+  if (parents.GetNumItems() == 0) return;
+  if (gate.SetParentWeights(Used(weights)) != 0) return Abort("SetParentWeights failed");
+  if (gate.SetParentTypes(Used(parentTypes)) != 0) Abort("SetParentTypes failed");
+}
+
+void XmlNetLoader::FinishNoisyMax() {
+  KVN_noisyMAX& gate = *static_cast<KVN_noisyMAX*>(definition);
+  if (hasStrengths && !SetStrengths(gate)) return Abort("SetParentOutcomeStrengths failed");
+  if (!hasParameters) return;
+  const int wanted = gate.GetParameters().GetSize();
+  if (numbers.GetNumItems() != wanted) {
+    AbortWith("Invalid weights vector size %d, expected %d", numbers.GetNumItems(), wanted);
+    return;
+  }
+  if (gate.SetDefinition(numbers) != 0) Abort("SetWeights failed");
+}
+
+/// The file lists, parent by parent, the states by rank; the gate wants the rank of each state.
+/// False for a list that is short or no permutation.
+bool XmlNetLoader::SetStrengths(KVN_noisyMAX& gate) {
+  int start = 0;
+  for (int i = 0; gate.GetStrengths(i) != nullptr; ++i) {
+    const int states = gate.GetStrengths(i)->GetNumItems();
+    if (integers.GetNumItems() - start < states) return false;
+    KVN_intArray ranks;
+    if (ranks.SetSize(states) != 0) return false;
+    ranks.FillWith(-1);
+    for (int rank = 0; rank < states; ++rank) {
+      const int state = integers[start + rank];
+      if (state < 0 || state >= states) return false;
+      ranks[state] = rank;
+    }
+    ranks.UseAsList(-1);
+    if (gate.SetParentOutcomeStrengths(i, ranks) != 0) return false;
+    start += states;
+  }
+  return true;
+}
+
+void XmlNetLoader::FinishNoisyAdder() {
+  KVN_noisyAdder& gate = *static_cast<KVN_noisyAdder*>(definition);
+  if (!SetDistinguishedStates(gate)) return;
+  // Both take as many numbers as the lists hold. A refusal would be one of the table, which isn't
+  // built here.
+  (void)gate.SetWeights(Used(weights));
+  if (hasParameters) (void)gate.SetDefinition(Used(numbers));
+  (void)gate.SetFunction(function);
+}
+
+bool XmlNetLoader::SetDistinguishedStates(KVN_noisyAdder& gate) {
+  const int count = integers.GetNumItems();
+  if (count != parents.GetNumItems() + 1) {
+    // No blank before the second number: users may look for the message as it has always been.
+    AbortWith("Size of distinguished state vector is invalid: %d, expected%d", count,
+              parents.GetNumItems() + 1);
+    return false;
+  }
+  if (gate.SetDistinguishedState(integers[0]) != 0) {
+    Abort("SetDistinguishedState call fails");
+    return false;
+  }
+  for (int i = 1; i < count; ++i) {
+    if (gate.SetParentDistinguishedState(i - 1, integers[i]) == 0) continue;
+    Abort("SetParentDistinguishedState call fails");
+    return false;
+  }
+  return true;
+}

@@ -1,0 +1,199 @@
+// Files that are damaged or meant to do harm: refused with a message or loaded, never a crash,
+// never more memory or time than the file's own size explains.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <chrono>
+#include <string>
+
+#include "network/fileSpeaker.h"
+#include "network/network.h"
+#include "tests/support/logWatch.h"
+#include "tests/support/randomNetwork.h"
+#include "tests/support/scratchFolder.h"
+
+namespace {
+
+std::string InNodes(const std::string& content) {
+  return "<ormel version=\"1.0\" id=\"N\"><nodes>" + content + "</nodes></ormel>";
+}
+
+struct Outcome {
+  int result;
+  std::string message;  // the last one, without the place
+};
+
+Outcome Load(const ScratchFolder& folder, const std::string& document) {
+  const std::string path = folder.Write("f.xkvn", document);
+  const LogWatch log;
+  KVN_network network;
+  Outcome outcome{network.ReadFile(path.c_str()), ""};
+  if (log.Texts().empty()) return outcome;
+  outcome.message = log.Texts().back();
+  EXPECT_TRUE(outcome.result == 0 || outcome.message.rfind("Error at ", 0) == 0) << outcome.message;
+  const std::size_t at = outcome.message.find(path + ": ");
+  if (at != std::string::npos) outcome.message.erase(0, at + path.size() + 2);
+  return outcome;
+}
+
+std::string SampleFile(const ScratchFolder& folder) {
+  KVN_network network;
+  RandomNetworkOptions options;
+  options.nodes = 6;
+  FillRandomNetwork(network, /*seed=*/5, options);
+  EXPECT_EQ(network.WriteFile(folder.Path("sample.xkvn").c_str()), 0);
+  return folder.Read("sample.xkvn");
+}
+
+/// Only a file that has lost no more than its last line feed loads.
+TEST(XmlBadInput, TruncatedAnywhere) {
+  const ScratchFolder folder;
+  const std::string whole = SampleFile(folder);
+  ASSERT_EQ(Load(folder, whole).result, 0);
+  for (std::size_t length = 0; length + 1 < whole.size(); length++) {
+    const Outcome outcome = Load(folder, whole.substr(0, length));
+    ASSERT_EQ(outcome.result, -103) << length;
+    ASSERT_FALSE(outcome.message.empty()) << length;
+  }
+}
+
+/// Bytes flipped, pieces doubled, moved or lost: 0 or -103, and a message with a failure. What
+/// loads can be written and read again.
+TEST(XmlBadInput, DamagedAtRandom) {
+  const ScratchFolder folder;
+  const std::string whole = SampleFile(folder);
+  RandomSource random(/*seed=*/7);
+  const int size = static_cast<int>(whole.size());
+  for (int round = 0; round < 600; round++) {
+    std::string text = whole;
+    for (int edits = random.Between(1, 3); edits > 0; edits--) {
+      const std::size_t at = static_cast<std::size_t>(random.Below(size / 2));
+      const std::size_t length = static_cast<std::size_t>(random.Between(1, 60));
+      switch (random.Below(4)) {
+        case 0:
+          text[at] = static_cast<char>(random.Below(256));
+          break;
+        case 1:
+          text.insert(at, whole, static_cast<std::size_t>(random.Below(size)), length);
+          break;
+        case 2:
+          text.erase(at, length);
+          break;
+        default:
+          text[at] = "<>/\"'=&; 019-.eE"[random.Below(16)];
+      }
+      text.resize(std::max<std::size_t>(text.size(), whole.size()), ' ');
+    }
+    SCOPED_TRACE(round);
+    const std::string path = folder.Write("d.xkvn", text);
+    const LogWatch log;
+    KVN_network network, again;
+    const int result = network.ReadFile(path.c_str());
+    if (result != 0) {
+      ASSERT_EQ(result, -103);
+      ASSERT_FALSE(log.Texts().empty());
+      continue;
+    }
+    ASSERT_EQ(network.WriteFile(folder.Path("w.xkvn").c_str()), 0);
+    ASSERT_EQ(again.ReadFile(folder.Path("w.xkvn").c_str()), 0) << folder.Read("w.xkvn");
+  }
+}
+
+std::string Repeated(const std::string& text, int count) {
+  std::string made;
+  for (int i = 0; i < count; i++) made += text;
+  return made;
+}
+
+/// Entities that multiply, that form a chain, that name files; with what ends each load.
+TEST(XmlBadInput, Entities) {
+  const ScratchFolder folder;
+  const std::string secret = folder.Write("secret", "0.5 0.5");
+  const auto document = [](const std::string& declarations, const std::string& reference) {
+    return "<!DOCTYPE ormel [" + declarations + "]><ormel version='1.0' id='N'><properties>" +
+           "<property id='p'>" + reference + "</property></properties></ormel>";
+  };
+  std::string laughs = "<!ENTITY l0 'lollollol'>";
+  std::string chain = "<!ENTITY c0 'x'>";
+  for (int i = 1; i < 30; i++) {
+    const std::string below = "&l" + std::to_string(i - 1) + ";";
+    laughs += "<!ENTITY l" + std::to_string(i) + " '" + Repeated(below, 10) + "'>";
+  }
+  for (int i = 1; i < 20000; i++) {
+    chain += "<!ENTITY c" + std::to_string(i) + " '&c" + std::to_string(i - 1) + ";'>";
+  }
+  const std::string fat = "<!ENTITY f '" + std::string(200000, 'x') + "'>";
+  const std::string file = "<!ENTITY e SYSTEM '" + secret + "'>";
+  const std::string parameter = "<!ENTITY % e SYSTEM '" + secret + "'> %e;";
+  const struct {
+    std::string document;
+    const char* entity;
+  } cases[] = {
+      {document(laughs,    "&l29;"),    "l1"},
+      {document(chain,     "&c19999;"), "c1"},
+      {document(file,      "&e;"),      "e" },
+      {document(parameter, ""),         "e" },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.entity);
+    const Outcome outcome = Load(folder, c.document);
+    EXPECT_EQ(outcome.result, -103);
+    EXPECT_EQ(outcome.message,
+              "Entity '" + std::string(c.entity) + "' must not refer to files or other entities");
+  }
+  EXPECT_EQ(Load(folder, document(fat, Repeated("&f;", 1000))).message,
+            "limit on input amplification factor (from DTD and entities) breached");
+  EXPECT_EQ(Load(folder, document("<!ENTITY e 'plain'>", "&e;")).result, 0);
+}
+
+TEST(XmlBadInput, Oversized) {
+  const ScratchFolder folder;
+  const std::string large(1 << 20, 'x');
+  const Outcome attribute = Load(folder, InNodes("<cpt id='A' diagtype='" + large + "'/>"));
+  EXPECT_EQ(attribute.message, "Unknown diagnosis node type: '" + large + "'");
+  EXPECT_EQ(Load(folder, InNodes("<cpt id='A'><probabilities>" + large + " ")).message,
+            "Can't read list of doubles, failed at element 1");
+  std::string nested;
+  for (int i = 0; i < 100000; i++) nested += "<x>";
+  EXPECT_EQ(Load(folder, InNodes(nested)).message, "mismatched tag");
+}
+
+/// A few lines that ask for a table of gigabytes: refused from the counts, before anything of that
+/// size is built.
+TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
+  const ScratchFolder folder;
+  std::string nodes, parents;
+  for (int i = 0; i < 30; i++) {
+    const std::string id = "N" + std::to_string(i);
+    nodes += "<cpt id='" + id +
+             "'><state id='a'/><state id='b'/><probabilities>1 0</probabilities></cpt>";
+    parents += id + " ";
+  }
+  const std::string above = "<parents>" + parents + "</parents>";
+  const std::string states = "<state id='a'/><state id='b'/>";
+  const std::string chance =
+      "<cpt id='T'>" + states + above + "<probabilities>1 0</probabilities></cpt>";
+  const std::string utility = "<utility id='T'>" + above + "<utilities>1</utilities></utility>";
+  const std::string truth = "<deterministic id='T'>" + states + above +
+                            "<resultingstates>a</resultingstates></deterministic>";
+  const std::string costs = "</nodes><observationcost><node id='N0'>" + above +
+                            "<cost>1</cost></node></observationcost><nodes>";
+  const struct {
+    std::string content;
+    const char* message;
+  } cases[] = {
+      {chance,  "SetProbabilities failed"                                   },
+      {utility, "SetUtilities failed"                                       },
+      {truth,   "Invalid number of resulting states: 1, expected 1073741824"},
+      {costs,   "SetCosts failed"                                           },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.message);
+    const Outcome outcome = Load(folder, InNodes(nodes + c.content));
+    EXPECT_EQ(outcome.result, -103);
+    EXPECT_EQ(outcome.message, c.message);
+  }
+}
+
+}  // namespace
