@@ -1,5 +1,8 @@
 #include "inference/exact/polytree.h"
 
+#include <algorithm>
+#include <cstdint>
+
 #include "foundation/errorLog.h"
 #include "foundation/resultCodes.h"
 #include "inference/exact/polytreeCorrection.h"
@@ -16,11 +19,22 @@ int RefuseLoops() {
                   "connected.");
 }
 
+// How many steps the walk is given where the exact beliefs are known: a dozen findings or more may
+// reach every node, and small networks are always finished.
+constexpr std::int64_t kStepsPerNode = 64;
+constexpr std::int64_t kLeastSteps = 1000000;
+
 int ComputeBeliefs(KVN_network& network) {
   PolytreeGraph graph(network);
   if (int result = graph.Build(); result < 0) return result;
-  if (int result = PolytreeWalk(graph).Run(); result < 0) return result;
-  return PolytreeCorrection(graph).Run();
+  PolytreeCorrection correction(graph);
+  if (int result = correction.Compute(); result < 0) return result;
+  graph.Initialise();
+  std::int64_t limit = PolytreeWalk::kNoLimit;
+  if (correction.IsPossible()) limit = std::max(kStepsPerNode * graph.GetSize(), kLeastSteps);
+  if (int result = PolytreeWalk(graph).Run(limit); result < 0) return result;
+  correction.Apply();
+  return 0;
 }
 
 }  // namespace

@@ -11,9 +11,10 @@ class KVN_network;
 /// matrices hold what they held before, 0.0 in new ones.
 ///
 /// A walk alone can leave nodes behind, since an observed node that was visited doesn't relay what
-/// a parent learns later to its other parents, and a message divided by zero is no number. So a
-/// second, plain pass corrects the reached nodes that are off by more than 1e-12. Contradictory
-/// evidence has no exact answer: what the walk left stands then, uniform wherever a sum was zero.
+/// a parent learns later to its other parents, and a message divided by zero is no number. So the
+/// reached nodes that are off by more than 1e-12 are corrected afterwards; a walk that would take
+/// long isn't even finished. Contradictory evidence has no exact answer: what the whole walk leaves
+/// stands then, uniform wherever a sum was zero.
 ///
 /// -1 with a message in the log, and nothing computed, when the network has a loop; KVN_REFUSED for
 /// a node without a fitting table; KVN_NO_MEMORY. After a failure nothing without evidence is

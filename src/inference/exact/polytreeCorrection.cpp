@@ -40,20 +40,40 @@ void ApplyEvidence(const PolytreeNode& node, double* cells) {
 
 }  // namespace
 
-int PolytreeCorrection::Run() {
+int PolytreeCorrection::Compute() {
   if (int result = ListNodes(); result < 0) return result;
-  if (int result = AllocateScratch(); result < 0) return result;
-  for (int i = order.GetNumItems() - 1; i > 0; --i) {
-    if (!SendTowardsFirst(order[i], reachedBy[i])) return 0;
-  }
-  if (!ComputeBelief(graph.Node(order[0]), scratch.get())) return 0;
-  for (int i = 0; i < order.GetNumItems(); ++i) {
-    PolytreeNode& node = graph.Node(order[i]);
-    // The evidence is possible, so a belief can only vanish by underflow: the walk's stands then.
-    if (ComputeBelief(node, scratch.get())) CorrectBelief(node, scratch.get());
-    if (!SendAway(order[i], reachedBy[i])) return 0;
-  }
+  if (int result = Allocate(); result < 0) return result;
+  isPossible = SendAll();
   return 0;
+}
+
+/// False as soon as a message or a belief vanishes.
+bool PolytreeCorrection::SendAll() {
+  for (int i = order.GetNumItems() - 1; i > 0; --i) {
+    if (!SendTowardsFirst(order[i], reachedBy[i])) return false;
+  }
+  double* belief = exact.get();
+  for (int i = 0; i < order.GetNumItems(); ++i) {
+    if (!ComputeBelief(graph.Node(order[i]), belief)) return false;
+    if (!SendAway(order[i], reachedBy[i])) return false;
+    belief += graph.Node(order[i]).outcomes;
+  }
+  return true;
+}
+
+void PolytreeCorrection::Apply() {
+  if (!isPossible) return;
+  const double* belief = exact.get();
+  for (int position : order) {
+    PolytreeNode& node = graph.Node(position);
+    bool isRight = true;
+    for (int x = 0; x < node.outcomes; ++x) {
+      // Written so that a belief that is no number counts as wrong.
+      if (!(std::fabs(node.belief[x] - belief[x]) <= kTolerance)) isRight = false;
+    }
+    if (!isRight) std::copy(belief, belief + node.outcomes, node.belief);
+    belief += node.outcomes;
+  }
 }
 
 int PolytreeCorrection::ListNodes() {
@@ -75,14 +95,18 @@ int PolytreeCorrection::ListNodes() {
   return 0;
 }
 
-int PolytreeCorrection::AllocateScratch() {
+int PolytreeCorrection::Allocate() {
+  std::size_t beliefs = 0;
+  std::size_t most = 0;  // numbers of scratch space that a node takes
   for (int position : order) {
     const PolytreeNode& node = graph.Node(position);
-    std::size_t vectors = static_cast<std::size_t>(node.children.GetNumItems()) + 3;
-    scratchSize = std::max(scratchSize, vectors * static_cast<std::size_t>(node.outcomes));
+    std::size_t outcomes = static_cast<std::size_t>(node.outcomes);
+    beliefs += outcomes;
+    most = std::max(most, (static_cast<std::size_t>(node.children.GetNumItems()) + 1) * outcomes);
   }
-  scratch.reset(new (std::nothrow) double[scratchSize]);
-  return scratch == nullptr ? KVN_NO_MEMORY : KVN_SUCCESS;
+  exact.reset(new (std::nothrow) double[beliefs]);
+  scratch.reset(new (std::nothrow) double[most]);
+  return exact == nullptr || scratch == nullptr ? KVN_NO_MEMORY : KVN_SUCCESS;
 }
 
 /// Product of the messages from all children but that of the arc `except`, evidence applied.
@@ -162,7 +186,7 @@ bool PolytreeCorrection::SendPis(const PolytreeNode& node, int except) {
 }
 
 bool PolytreeCorrection::ComputeBelief(const PolytreeNode& node, double* out) {
-  double* lambda = out + node.outcomes;
+  double* lambda = scratch.get();
   MultiplyLambdas(node, /*except=*/-1, lambda);
   graph.SumOverParents(node, out);
   Multiply(out, lambda, node.outcomes);
@@ -171,14 +195,4 @@ bool PolytreeCorrection::ComputeBelief(const PolytreeNode& node, double* out) {
   if (!(sum > 0.0) || !std::isfinite(sum)) return false;
   for (int x = 0; x < node.outcomes; ++x) out[x] /= sum;
   return true;
-}
-
-/// The walk's bits stay where they are right.
-void PolytreeCorrection::CorrectBelief(PolytreeNode& node, const double* exact) {
-  bool isRight = true;
-  for (int x = 0; x < node.outcomes; ++x) {
-    // Written so that a belief that is no number counts as wrong.
-    if (!(std::fabs(node.belief[x] - exact[x]) <= kTolerance)) isRight = false;
-  }
-  if (!isRight) std::copy(exact, exact + node.outcomes, node.belief);
 }

@@ -28,7 +28,7 @@ int PolytreeGraph::Build() {
   if (int result = TakeNodes(order); result < 0) return result;
   if (int result = LinkArcs(); result < 0) return result;
   if (int result = AllocateNumbers(); result < 0) return result;
-  InitialiseMessages();
+  Initialise();
   return 0;
 }
 
@@ -119,7 +119,7 @@ int PolytreeGraph::AllocateNumbers() {
   return coordinates.SetSize(mostParents);
 }
 
-void PolytreeGraph::InitialiseMessages() {
+void PolytreeGraph::Initialise() {
   double* next = numbers.get();
   auto take = [&next](int count) {
     double* taken = next;
@@ -142,6 +142,7 @@ void PolytreeGraph::InitialiseMessages() {
   for (int a = 0; a < arcCount; ++a) {
     arcs[a].pi = take(nodes[arcs[a].parent].outcomes);
     arcs[a].lambda = take(nodes[arcs[a].parent].outcomes);
+    arcs[a].isPiReceived = false;
   }
 }
 

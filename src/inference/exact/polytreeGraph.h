@@ -42,12 +42,14 @@ class PolytreeGraph {
   PolytreeGraph(const PolytreeGraph&) = delete;
   PolytreeGraph& operator=(const PolytreeGraph&) = delete;
 
-  /// Takes the network over: every message is 1.0 throughout, lambda too; pi is the prior of a node
-  /// without parents; both are a point mass where there is evidence. Values that don't have one
-  /// dimension of the node's outcomes are shaped anew.
+  /// Takes the network over and ends with Initialise. Values that don't have one dimension of the
+  /// node's outcomes are shaped anew.
   /// KVN_NO_MEMORY, KVN_REFUSED, or KVN_EXPRESSION_ERROR (-3) when the lists of parents and
   /// children contradict each other.
   [[nodiscard]] int Build();
+  /// Every message becomes 1.0 throughout, lambda too; pi the prior of a node without parents; both
+  /// a point mass where there is evidence.
+  void Initialise();
 
   int GetSize() const { return size; }
   PolytreeNode& Node(int position) { return nodes[position]; }
@@ -73,7 +75,6 @@ class PolytreeGraph {
   int TakeValue(PolytreeNode& made);
   int LinkArcs();
   int AllocateNumbers();
-  void InitialiseMessages();
   template <typename Visit>
   void ForEachRow(const PolytreeNode& node, int except, Visit visit);
 

@@ -29,16 +29,17 @@ void UpdateBelief(PolytreeNode& node) {
 
 }  // namespace
 
-int PolytreeWalk::Run() {
+int PolytreeWalk::Run(std::int64_t limit) {
   if (graph.GetSize() == 0) return 0;
   if (int result = Descend(/*node=*/0, /*from=*/-1, /*isSpread=*/false); result < 0) return result;
-  while (!frames.IsEmpty()) {
+  while (!frames.IsEmpty() && work < limit) {
     if (int result = Step(); result < 0) return result;
   }
   return 0;
 }
 
 int PolytreeWalk::Descend(int node, int from, bool isSpread) {
+  ++work;
   return frames.Push({node, from, isSpread, kEnter, 0});
 }
 
@@ -123,9 +124,8 @@ void PolytreeWalk::Compute(PolytreeNode& node, int from) {
   graph.SumOverParents(node, node.pi);
   UpdateBelief(node);
   SendPiToChildren(node, /*except=*/-1);
-  bool isUnit = std::all_of(node.lambda, node.lambda + node.outcomes, [](double cell) {
-    return IsNearOne(cell, kUnitLambdaTolerance);
-  });
+  bool isUnit = std::all_of(node.lambda, node.lambda + node.outcomes,
+                            [](double cell) { return IsNearOne(cell, kUnitLambdaTolerance); });
   if (!isUnit) SendLambdaToParents(node, from);
 }
 
@@ -139,6 +139,7 @@ void PolytreeWalk::ComputeLambda(PolytreeNode& node) {
 
 void PolytreeWalk::SendLambdaToParents(PolytreeNode& node, int except) {
   if (node.parentCount == 0) return;
+  work += node.parentCount;
   graph.WeighRows(node, node.lambda);
   for (int place = node.parentCount - 1; place >= 0; --place) {
     PolytreeArc& arc = graph.ParentArc(node, place);
@@ -149,6 +150,7 @@ void PolytreeWalk::SendLambdaToParents(PolytreeNode& node, int except) {
 /// It is meant that the division is unguarded: where the child has excluded an outcome the message
 /// is no number, and beliefs that it reaches are none either.
 void PolytreeWalk::SendPiToChildren(PolytreeNode& node, int except) {
+  work += node.children.GetNumItems();
   for (int place = node.children.GetNumItems() - 1; place >= 0; --place) {
     PolytreeArc& arc = graph.ChildArc(node, place);
     if (arc.child == except) continue;

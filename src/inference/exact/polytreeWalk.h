@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <limits>
+
 #include "inference/exact/polytreeGraph.h"
 #include "network/walkStack.h"
 
@@ -8,13 +11,17 @@
 /// again. The frames of both are kept on one stack, in the order of the recursion.
 ///
 /// The order from the last neighbour to the first is part of the method: it decides the last bits,
-/// and what contradictory evidence leaves behind.
+/// and what contradictory evidence leaves behind. Each finding spreads over all nodes that it can
+/// reach, so the time is up to the product of findings and nodes.
 class PolytreeWalk {
  public:
   explicit PolytreeWalk(PolytreeGraph& theGraph) : graph(theGraph) {}
 
-  /// Visits the first node. 0 or KVN_NO_MEMORY, which leaves the beliefs half done.
-  [[nodiscard]] int Run();
+  static constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
+
+  /// Visits the first node; gives up when about `limit` nodes have been visited and messages sent.
+  /// 0, also then, or KVN_NO_MEMORY. Either leaves the beliefs half done.
+  [[nodiscard]] int Run(std::int64_t limit = kNoLimit);
 
  private:
   enum Stage { kEnter, kParents, kChildren };
@@ -39,4 +46,5 @@ class PolytreeWalk {
 
   PolytreeGraph& graph;
   KVN_walkStack<Frame> frames;
+  std::int64_t work = 0;  // nodes visited and messages sent
 };

@@ -119,16 +119,18 @@ int SepsetJoinTree::FindHome(int position, const SepsetElimination& made,
                              const SepsetSpanningTree& tree) const {
   const RelevanceNode& record = part.Node(position);
   int home = -1;
+  double fewest = 0.0;
   for (int clique : made.CliquesOf(position)) {
     int place = tree.GetPlace(clique);
-    bool isBetter = home < 0 || tree.GetCells(clique) < tree.GetCells(tree.GetClique(home)) ||
-                    (tree.GetCells(clique) == tree.GetCells(tree.GetClique(home)) && place < home);
-    if (!isBetter) continue;
+    double cells = tree.GetCells(clique);
+    if (home >= 0 && (cells > fewest || (cells == fewest && place > home))) continue;
     const KVN_intArray& variables = cliques[place].variables;
     bool holdsAll = std::all_of(record.parents.begin(), record.parents.end(), [&](int parent) {
       return std::binary_search(variables.begin(), variables.end(), part.Record(parent).position);
     });
-    if (holdsAll) home = place;
+    if (!holdsAll) continue;
+    home = place;
+    fewest = cells;
   }
   return home;
 }

@@ -8,6 +8,7 @@
 #include "foundation/resultCodes.h"
 #include "inference/exact/polytreeGraph.h"
 #include "inference/exact/polytreeWalk.h"
+#include "inference/exact/sepsetJoinTree.h"
 #include "network/network.h"
 #include "network/node.h"
 #include "tests/support/builders.h"
@@ -223,6 +224,29 @@ TEST(Polytree, LongChainNeedsLittleStackAndTime) {
       ASSERT_NEAR(MatrixOf(network, chain[i])[0], expected, kRounding) << i;
     }
   });
+}
+
+// A walk that spreads a thousand findings over ten thousand nodes isn't finished, and needn't be.
+TEST(Polytree, LargeTreeAgreesWithTheSepsetTree) {
+  constexpr int kNodes = 10000;
+  RandomSource random(/*seed=*/1);
+  KVN_network network;
+  network.SetUpdateFlags(0);
+  for (int i = 0; i < kNodes; i++) {
+    const int handle = network.AddNode(KVN_TYPE_CPT, nullptr);
+    EXPECT_GE(i == 0 ? 0 : network.AddArc(random.Below(handle), handle, /*layer=*/0), 0);
+    KVN_Dmatrix& table = TableOfNode(network, handle);
+    for (int row = 0; row < table.GetSize(); row += 2) {
+      table[row] = 0.1 + 0.8 * random.Unit();
+      table[row + 1] = 1 - table[row];
+    }
+    if (random.Chance(0.1)) Observe(network, handle, random.Below(2));
+  }
+  ASSERT_EQ(PolytreeUpdate(network), 0);
+  std::vector<double> beliefs;
+  for (int h = 0; h < kNodes; h++) beliefs.push_back(MatrixOf(network, h)[0]);
+  ASSERT_EQ(SepsetJoinTreeUpdate(network), 0);
+  for (int h = 0; h < kNodes; h++) ASSERT_NEAR(MatrixOf(network, h)[0], beliefs[h], kRounding);
 }
 
 TEST(Polytree, FailingAllocationsLeaveNothingValid) {
