@@ -145,17 +145,13 @@ void Copy(benchmark::State& state) {
   }
 }
 
-#define KVN_NUMBER_BENCHMARK(function) \
-  BENCHMARK(function)                  \
-      ->Arg(kEightDecimals)            \
-      ->Arg(kSeventeenDigits)          \
-      ->ArgName("digits")              \
-      ->Unit(benchmark::kMillisecond)  \
-      ->MinTime(kMinSeconds)           \
-      ->UseManualTime()
+void BothTexts(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(kEightDecimals)->Arg(kSeventeenDigits)->ArgName("digits");
+  benchmark->Unit(benchmark::kMillisecond)->MinTime(kMinSeconds)->UseManualTime();
+}
 
-KVN_NUMBER_BENCHMARK(ReadNetwork);
-KVN_NUMBER_BENCHMARK(BareStrtod);
-KVN_NUMBER_BENCHMARK(Copy);
+BENCHMARK(ReadNetwork)->Apply(BothTexts);
+BENCHMARK(BareStrtod)->Apply(BothTexts);
+BENCHMARK(Copy)->Apply(BothTexts);
 
 }  // namespace
