@@ -238,23 +238,23 @@ void XmlNetLoader::FinishNoisyMax() {
   if (gate.SetDefinition(numbers) != 0) Abort("SetWeights failed");
 }
 
-/// The file lists, parent by parent, the states by rank; the gate wants the rank of each state.
+/// The file gives, parent by parent, the rank of each state; the gate wants the states by rank.
 /// False for a list that is short or no permutation.
 bool XmlNetLoader::SetStrengths(KVN_noisyMAX& gate) {
   int start = 0;
   for (int i = 0; gate.GetStrengths(i) != nullptr; ++i) {
     const int states = gate.GetStrengths(i)->GetNumItems();
     if (integers.GetNumItems() - start < states) return false;
-    KVN_intArray ranks;
-    if (ranks.SetSize(states) != 0) return false;
-    ranks.FillWith(-1);
-    for (int rank = 0; rank < states; ++rank) {
-      const int state = integers[start + rank];
-      if (state < 0 || state >= states) return false;
-      ranks[state] = rank;
+    KVN_intArray byRank;
+    if (byRank.SetSize(states) != 0) return false;
+    byRank.FillWith(-1);
+    for (int state = 0; state < states; ++state) {
+      const int rank = integers[start + state];
+      if (rank < 0 || rank >= states) return false;
+      byRank[rank] = state;
     }
-    ranks.UseAsList(-1);
-    if (gate.SetParentOutcomeStrengths(i, ranks) != 0) return false;
+    byRank.UseAsList(-1);
+    if (gate.SetParentOutcomeStrengths(i, byRank) != 0) return false;
     start += states;
   }
   return true;

@@ -250,14 +250,14 @@ void XmlNetworkSaver::VisitDemorgan(KVN_demorgan& definition) {
   SaveNumber("priorbelief", definition.GetPriorBelief());
 }
 
-/// The file lists, parent by parent, the states by rank: the inverse of what the gate keeps.
+/// The file gives, parent by parent, the rank of each state: the inverse of what the gate keeps.
 void XmlNetworkSaver::VisitNoisyMax(KVN_noisyMAX& definition) {
   OpenNode("noisymax", definition, /*hasStates=*/true);
   KVN_intArray flat;
   for (int i = 0; definition.GetStrengths(i) != nullptr; ++i) {
     const KVN_intArray& strengths = *definition.GetStrengths(i);
-    for (int rank = 0; rank < strengths.GetNumItems(); ++rank) {
-      if (flat.Add(strengths.FindPosition(rank)) != 0) break;
+    for (int state = 0; state < strengths.GetNumItems(); ++state) {
+      if (flat.Add(strengths.FindPosition(state)) != 0) break;
     }
   }
   if (network.GetNumberOfParents(definition.GetHandle()) > 0) {

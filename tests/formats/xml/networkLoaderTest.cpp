@@ -151,7 +151,7 @@ TEST(NetworkLoader, ReadsGates) {
   EXPECT_EQ(loaded.result, 0);
   EXPECT_EQ(loaded.messages, Strings());
   KVN_noisyMAX& max = loaded.As<KVN_noisyMAX>("M");
-  // Rank 0 is state 1, rank 1 state 2, rank 2 state 0: so the ranks of the states are 2, 0, 1.
+  // The states 0, 1, 2 have the ranks 1, 2, 0, so by rank they are 2, 0, 1.
   EXPECT_EQ(ItemsOf(*max.GetStrengths(0)), Ints({2, 0, 1}));
   EXPECT_EQ(CellsOf(max.GetParameters()), Doubles({.1, .9, .2, .8, 0, 1, .3, .7}));
   KVN_noisyAdder& adder = loaded.As<KVN_noisyAdder>("S");

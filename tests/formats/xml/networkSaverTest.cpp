@@ -131,7 +131,7 @@ TEST(NetworkSaver, WritesEveryKind) {
                 "\t\t</deterministic>\n"
                 "\t\t<noisymax id=\"M\">\n" +
                 two +
-                // Ranks 2, 0, 1 of the states 0, 1, 2: by rank the states are 1, 2, 0.
+                // By rank the states are 2, 0, 1, so the states have the ranks 1, 2, 0.
                 "\t\t\t<parents>A</parents>\n"
                 "\t\t\t<strengths>1 2 0</strengths>\n"
                 "\t\t\t<parameters>0.5 0.5 0.5 0.5 0 1 0.5 0.5</parameters>\n"

@@ -2,9 +2,8 @@
 // never more memory or time than the file's own size explains.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <chrono>
+#include <algorithm>
 #include <string>
 
 #include "network/fileSpeaker.h"
