@@ -43,19 +43,30 @@ int KVN_network::ChangeCascade(int handle) {
   ClearAllPropagatedEvidence();
   bool needDecisions = false;
   int result = PropagateAllEvidence();
-  // Only now: the ancestors are those of the evidence as the propagation has left it.
-  if (result == 0) result = MarkEvidenceAncestors();
-  if (result == 0) result = CascadeFrom(handle, needDecisions);
+  if (result == 0 && mayGoStale) {
+    // Only now: the ancestors are those of the evidence as the propagation has left it.
+    result = MarkEvidenceAncestors();
+    if (result == 0) result = CascadeFrom(handle, needDecisions);
+  }
   if (result < 0) GiveUpWalk(needDecisions);
   if (needDecisions) InvalidateDecisions();
   mayHaveCurrentValue = HasCurrentValue();
+  if (mayGoStale) mayGoStale = HasValueToGoStale();
   return result;
 }
 
 bool KVN_network::HasCurrentValue() const {
   for (int handle = GetFirstNode(); handle >= 0; handle = GetNextNode(handle)) {
     const KVN_nodeValue* value = ValueOf(handle);
-    if (value != nullptr && (value->IsValueValid() || value->HasEvidence())) return true;
+    if (value != nullptr && value->IsCurrent()) return true;
+  }
+  return false;
+}
+
+bool KVN_network::HasValueToGoStale() const {
+  for (int handle = GetFirstNode(); handle >= 0; handle = GetNextNode(handle)) {
+    const KVN_nodeValue* value = ValueOf(handle);
+    if (value != nullptr && value->CanGoStale()) return true;
   }
   return false;
 }

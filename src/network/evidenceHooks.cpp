@@ -13,12 +13,15 @@ int KVN_network::EvidenceChanged(int handle) {
   if (int result = CheckPossible(handle); result < 0) return result;
 
   bool needDecisions = false;
-  int result = SpreadEvidence(handle, needDecisions);
+  // The walk makes values stale and does nothing else. Findings that come one after the other, each
+  // with all the evidence before it to consider, would cost quadratic time for nothing.
+  const bool walks = mayGoStale;
+  int result = walks ? SpreadEvidence(handle, needDecisions) : KVN_SUCCESS;
   if (result == 0 && (updateFlags & KVN_UPDATE_PROPAGATE_EVIDENCE) != 0) {
-    ClearMarks(KVN_MARK_VISITED);
     result = PropagateEvidence(handle);
   }
   if (needDecisions) InvalidateDecisions();
+  if (walks) mayGoStale = HasValueToGoStale();
   // After a conflict too: the value then takes the evidence back, which updates once more.
   AutomaticUpdate();
   return result;

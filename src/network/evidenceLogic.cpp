@@ -10,7 +10,6 @@
 #include "foundation/resultCodes.h"
 #include "network/network.h"
 #include "network/node.h"
-#include "network/nodeEntry.h"
 #include "network/walkStack.h"
 #include "values/nodeValue.h"
 
@@ -102,7 +101,6 @@ int KVN_network::CheckPossible(int handle) const {
 }
 
 int KVN_network::PropagateAllEvidence() {
-  ClearMarks(KVN_MARK_VISITED);
   KVN_intArray evidenceNodes;
   if (int result = GetEvidenceNodes(evidenceNodes); result < 0) return result;
   if ((updateFlags & KVN_UPDATE_PROPAGATE_EVIDENCE) == 0) return KVN_SUCCESS;
@@ -121,7 +119,6 @@ int KVN_network::PropagateEvidence(int handle) {
     if (follow >= 0) {
       const KVN_nodeValue* value = ValueOf(follow);
       if (value == nullptr || !value->HasEvidence()) return KVN_REFUSED;
-      Entry(follow).marks |= KVN_MARK_VISITED;
       KVN_logicFrame frame;
       frame.handle = follow;
       if (int result = stack.Push(std::move(frame)); result < 0) return result;
@@ -201,13 +198,13 @@ int KVN_network::StepBackward(KVN_logicFrame& frame, int& follow) {
 }
 
 /// `other` must have that outcome, says the evidence of `from`. A new fact is noted, and followed
-/// (through `follow`) unless this walk has been there.
+/// (through `follow`): no walk has been there, since all that it leads through has evidence.
 int KVN_network::Conclude(int from, int other, int outcome, int& follow) {
   KVN_nodeValue* value = ValueOf(other);
   if (value == nullptr) return KVN_SUCCESS;
   if (!value->HasEvidence()) {
     if (int result = value->SetPropagatedEvidence(outcome); result < 0) return result;
-    if ((Entry(other).marks & KVN_MARK_VISITED) == 0) follow = other;
+    follow = other;
     return KVN_SUCCESS;
   }
   if (value->GetEvidence() == outcome) return KVN_SUCCESS;

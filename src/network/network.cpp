@@ -88,6 +88,7 @@ void KVN_network::DestroyNodes() {
   numTargets = 0;
   lowestFree = 0;
   mayHaveCurrentValue = false;
+  mayGoStale = false;
   index.Clear();
   order.Flush();
 }

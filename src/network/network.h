@@ -188,8 +188,12 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   int NotifyChange(int handle, int code);
   int ArcAdded(int parent, int child);
   int ArcRemoved(int parent, int child);
-  /// Called by a value that has become valid or has got evidence, or that joins the network so.
-  void NoteCurrentValue() { mayHaveCurrentValue = true; }
+  /// Called by a value that has become valid or has got evidence, or that joins the network so,
+  /// with whether a change elsewhere can make it stale.
+  void NoteCurrentValue(bool canGoStale) {
+    mayHaveCurrentValue = true;
+    if (canGoStale) mayGoStale = true;
+  }
 
   /// Computes all posteriors (or expected utilities) by the algorithm that fits the network's
   /// content and settings. 0 or a code; the node values tell what is valid.
@@ -309,6 +313,7 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   void GiveUpWalk(bool& needDecisions);
   void InvalidateDecisions();
   bool HasCurrentValue() const;
+  bool HasValueToGoStale() const;
   int ArcChanged(int child, int hook);
   void AutomaticUpdate();
 
@@ -367,4 +372,5 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   int lowestFree = 0;                // no slot below it is free
   std::int64_t arcTests = 0;         // numbers used so far for KVN_nodeEntry::arcTest
   bool mayHaveCurrentValue = false;  // false: no value is valid, and none has evidence
+  bool mayGoStale = false;           // false: no value's CanGoStale holds
 };

@@ -51,7 +51,11 @@ int KVN_beliefVector::TakeEvidence(KVN_nodeValue& source) {
   if (int result = source.GetValue(results); result < 0) return result;
   if (int result = matrix.Assign(*results); result < 0) return result;
   if (outcome >= 0) {
-    (void)(IsEvidence() ? SetEvidence(outcome) : MakePointMass(outcome));
+    if (IsEvidence()) {
+      (void)SetEvidence(outcome);
+    } else if (MakePointMass(outcome) == 0) {
+      SetValueValid();
+    }
     return KVN_SUCCESS;
   }
   std::vector<double> likelihoods;
@@ -78,7 +82,6 @@ int KVN_beliefVector::MakePointMass(int outcome) {
     // Indexing parents go with their dimensions: evidence makes the result independent of them.
     if (int result = ReCreate(); result < 0) return result;
   }
-  SetValueValid();
   evidence = outcome;
   matrix.FillWith(0.0);
   matrix[outcome] = 1.0;
@@ -87,7 +90,7 @@ int KVN_beliefVector::MakePointMass(int outcome) {
 
 void KVN_beliefVector::DropVirtualEvidence() {
   virtualEvidence.reset();
-  LowerFlags(KVN_VALUE_VIRTUAL_EVIDENCE);
+  ChangeFlags(0, KVN_VALUE_VIRTUAL_EVIDENCE);
 }
 
 int KVN_beliefVector::GetEvidence() const { return HasEvidence() ? evidence : KVN_REFUSED; }
@@ -98,8 +101,7 @@ int KVN_beliefVector::SetEvidence(int outcome) {
   if (HasEvidence() && evidence != outcome) return KVN_REFUSED;
   DropVirtualEvidence();
   if (int result = MakePointMass(outcome); result < 0) return result;
-  LowerFlags(KVN_VALUE_PROPAGATED_EVIDENCE);
-  RaiseFlags(KVN_VALUE_EVIDENCE);
+  ChangeFlags(KVN_VALUE_EVIDENCE | KVN_VALUE_VALID, KVN_VALUE_PROPAGATED_EVIDENCE);
   const int result = network->EvidenceChanged(handle);
   if (result != 0) (void)ClearEvidence();
   return result;
@@ -112,14 +114,14 @@ int KVN_beliefVector::ClearEvidence() {
     (void)network->VirtualEvidenceChanged(handle);  // an update's failure shows in the values
     return KVN_SUCCESS;
   }
-  LowerFlags(KVN_VALUE_EVIDENCE | KVN_VALUE_VALID | KVN_VALUE_RESERVED);
+  ChangeFlags(0, KVN_VALUE_EVIDENCE | KVN_VALUE_VALID | KVN_VALUE_RESERVED);
   (void)network->EvidenceCleared(handle);  // the evidence is gone, whatever became stale
   return KVN_SUCCESS;
 }
 
 int KVN_beliefVector::ClearPropagatedEvidence() {
   if (!IsPropagatedEvidence()) return KVN_REFUSED;
-  LowerFlags(KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID);
+  ChangeFlags(0, KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID);
   return KVN_SUCCESS;
 }
 
@@ -127,7 +129,7 @@ int KVN_beliefVector::SetPropagatedEvidence(int outcome) {
   if (HasEvidence()) return KVN_REFUSED;
   DropVirtualEvidence();
   if (int result = MakePointMass(outcome); result < 0) return result;
-  RaiseFlags(KVN_VALUE_PROPAGATED_EVIDENCE);
+  ChangeFlags(KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID, 0);
   return KVN_SUCCESS;
 }
 
@@ -150,7 +152,7 @@ int KVN_beliefVector::SetVirtualEvidence(const std::vector<double>& values) {
     for (double& value : *taken) value /= sum;
   }
   virtualEvidence = std::move(taken);
-  RaiseFlags(KVN_VALUE_VIRTUAL_EVIDENCE);
+  ChangeFlags(KVN_VALUE_VIRTUAL_EVIDENCE, 0);
   return network->VirtualEvidenceChanged(handle);
 }
 

@@ -27,7 +27,11 @@ int KVN_listOfDecisions::Assign(KVN_nodeValue& source) {
     return result;
   }
   // A choice that doesn't exist here, or that the network refuses, is left out.
-  if (outcome >= 0) (void)(IsEvidence() ? SetEvidence(outcome) : Choose(outcome));
+  if (outcome >= 0 && IsEvidence()) {
+    (void)SetEvidence(outcome);
+  } else if (outcome >= 0 && Choose(outcome) == 0) {
+    SetValueValid();
+  }
   (void)CheckReadiness(/*deep=*/1);  // status only
   (void)CheckConsistency(/*deep=*/1);
   return KVN_SUCCESS;
@@ -47,7 +51,6 @@ int KVN_listOfDecisions::ReCreate() {
 
 int KVN_listOfDecisions::Choose(int outcome) {
   if (outcome < 0 || outcome >= GetOutcomeCount()) return KVN_REFUSED;
-  SetValueValid();
   decision = outcome;
   return KVN_SUCCESS;
 }
@@ -58,8 +61,7 @@ int KVN_listOfDecisions::SetEvidence(int outcome) {
   if (IsEvidence()) (void)ClearEvidence();  // can't fail behind the test
   if (HasEvidence() && decision != outcome) return KVN_REFUSED;
   if (Choose(outcome) < 0) return KVN_SUCCESS;
-  LowerFlags(KVN_VALUE_PROPAGATED_EVIDENCE);
-  RaiseFlags(KVN_VALUE_EVIDENCE);
+  ChangeFlags(KVN_VALUE_EVIDENCE | KVN_VALUE_VALID, KVN_VALUE_PROPAGATED_EVIDENCE);
   const int result = network->EvidenceChanged(handle);
   if (result != 0) (void)ClearEvidence();
   return result;
@@ -67,21 +69,21 @@ int KVN_listOfDecisions::SetEvidence(int outcome) {
 
 int KVN_listOfDecisions::ClearEvidence() {
   if (!IsEvidence()) return KVN_REFUSED;
-  LowerFlags(KVN_VALUE_EVIDENCE | KVN_VALUE_VALID);
+  ChangeFlags(0, KVN_VALUE_EVIDENCE | KVN_VALUE_VALID);
   (void)network->EvidenceCleared(handle);  // the choice is gone, whatever became stale
   return KVN_SUCCESS;
 }
 
 int KVN_listOfDecisions::ClearPropagatedEvidence() {
   if (!IsPropagatedEvidence()) return KVN_REFUSED;
-  LowerFlags(KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID);
+  ChangeFlags(0, KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID);
   return KVN_SUCCESS;
 }
 
 int KVN_listOfDecisions::SetPropagatedEvidence(int outcome) {
   if (HasEvidence()) return KVN_REFUSED;
   if (Choose(outcome) < 0) return KVN_SUCCESS;
-  RaiseFlags(KVN_VALUE_PROPAGATED_EVIDENCE);
+  ChangeFlags(KVN_VALUE_PROPAGATED_EVIDENCE | KVN_VALUE_VALID, 0);
   return KVN_SUCCESS;
 }
 

@@ -21,8 +21,7 @@ int KVN_nodeValue::Assign(KVN_nodeValue& source) {
   if (int result = indexingParents.Assign(source.indexingParents); result < 0) return result;
   handle = source.handle;
   network = source.network;
-  valueFlags = 0;
-  RaiseFlags(source.valueFlags);
+  ChangeFlags(source.valueFlags, ~source.valueFlags);
   (void)CheckReadiness(/*deep=*/1);  // status only
   (void)CheckConsistency(/*deep=*/1);
   return KVN_SUCCESS;
@@ -76,14 +75,20 @@ int KVN_nodeValue::SetValue(const KVN_Dmatrix& /*source*/) { return KVN_NOT_APPL
 
 void KVN_nodeValue::Attach(KVN_network* newNetwork) {
   network = newNetwork;
-  RaiseFlags(valueFlags);
+  TellNetwork();
 }
 
-void KVN_nodeValue::RaiseFlags(unsigned bits) {
-  constexpr unsigned kCurrent =
-      KVN_VALUE_EVIDENCE | KVN_VALUE_VALID | KVN_VALUE_PROPAGATED_EVIDENCE;
-  valueFlags |= bits;
-  if (network != nullptr && (valueFlags & kCurrent) != 0) network->NoteCurrentValue();
+bool KVN_nodeValue::CanGoStale() const {
+  return IsValueValid() && (!HasEvidence() || GetType() == KVN_VALUE_LIST_OF_DECISIONS);
+}
+
+void KVN_nodeValue::ChangeFlags(unsigned raised, unsigned lowered) {
+  valueFlags = (valueFlags & ~lowered) | raised;
+  TellNetwork();
+}
+
+void KVN_nodeValue::TellNetwork() const {
+  if (network != nullptr && IsCurrent()) network->NoteCurrentValue(CanGoStale());
 }
 
 int KVN_nodeValue::GetOutcomeCount() const {

@@ -81,8 +81,13 @@ class KVN_nodeValue : public KVN_object {
   bool HasEvidence() const { return IsEvidence() || IsPropagatedEvidence(); }
   bool IsVirtualEvidence() const { return (valueFlags & KVN_VALUE_VIRTUAL_EVIDENCE) != 0; }
   bool IsValueValid() const { return (valueFlags & KVN_VALUE_VALID) != 0; }
-  void SetValueValid() { RaiseFlags(KVN_VALUE_VALID); }
-  void ClearValueValid() { LowerFlags(KVN_VALUE_VALID); }
+  void SetValueValid() { ChangeFlags(KVN_VALUE_VALID, 0); }
+  void ClearValueValid() { ChangeFlags(0, KVN_VALUE_VALID); }
+  /// Valid, or evidence without a valid matrix.
+  bool IsCurrent() const { return IsValueValid() || HasEvidence(); }
+  /// Whether a change elsewhere can take the validity away: that of evidence stands, but for a
+  /// choice, which is to be made anew when a utility changes.
+  bool CanGoStale() const;
   const KVN_intArray& GetIndexingParents() const { return indexingParents; }
   /// Only for resetting results before an update; the matrix keeps its shape.
   void ClearIndexingParents() { indexingParents.Flush(); }
@@ -95,15 +100,17 @@ class KVN_nodeValue : public KVN_object {
   /// Outcome count of the node's definition; negative when it has none.
   int GetOutcomeCount() const;
 
-  /// The only ways to change flags: the network hears of each value that is valid or has evidence.
-  void RaiseFlags(unsigned bits);
-  void LowerFlags(unsigned bits) { valueFlags &= ~bits; }
+  /// Sets the bits `raised` and clears the bits `lowered`. The only way to change flags, and in one
+  /// step: the network hears of each value that is valid or has evidence, and remembers it.
+  void ChangeFlags(unsigned raised, unsigned lowered);
 
   KVN_network* network;  // not owned
   int handle;
   KVN_intArray indexingParents;  // handles, in dimension order
 
  private:
+  void TellNetwork() const;
+
   unsigned valueFlags = 0;  // KVN_valueFlag bits
 };
 
