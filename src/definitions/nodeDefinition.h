@@ -66,7 +66,8 @@ class KVN_nodeDefinition : public KVN_object {
   /// stays.
   virtual int RemoveParent(int parent);
   /// Drop the dimension of a parent, keeping the slice of its evidence (summing it out with the
-  /// parent's own table as weights); the arc stays.
+  /// parent's own table as weights). The arc stays, so that later parents no longer stand at the
+  /// positions of their dimensions: for copies whose graph isn't edited any more.
   virtual int AbsorbParentEvidence(int parent);
   virtual int MarginalizeParent(int parent);
   virtual int ParentOutcomeInserted(int parent, int position);
