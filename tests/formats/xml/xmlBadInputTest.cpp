@@ -36,10 +36,13 @@ Outcome Load(const ScratchFolder& folder, const std::string& document) {
   return outcome;
 }
 
-std::string SampleFile(const ScratchFolder& folder) {
+std::string SampleFile(const ScratchFolder& folder, int nodes) {
   KVN_network network;
   RandomNetworkOptions options;
-  options.nodes = 6;
+  options.nodes = nodes;
+  options.maxParents = 2;
+  options.maxOutcomes = 3;
+  options.descriptions = false;
   FillRandomNetwork(network, /*seed=*/5, options);
   EXPECT_EQ(network.WriteFile(folder.Path("sample.xkvn").c_str()), 0);
   return folder.Read("sample.xkvn");
@@ -48,7 +51,7 @@ std::string SampleFile(const ScratchFolder& folder) {
 /// Only a file that has lost no more than its last line feed loads.
 TEST(XmlBadInput, TruncatedAnywhere) {
   const ScratchFolder folder;
-  const std::string whole = SampleFile(folder);
+  const std::string whole = SampleFile(folder, /*nodes=*/4);
   ASSERT_EQ(Load(folder, whole).result, 0);
   for (std::size_t length = 0; length + 1 < whole.size(); length++) {
     const Outcome outcome = Load(folder, whole.substr(0, length));
@@ -61,7 +64,7 @@ TEST(XmlBadInput, TruncatedAnywhere) {
 /// loads can be written and read again.
 TEST(XmlBadInput, DamagedAtRandom) {
   const ScratchFolder folder;
-  const std::string whole = SampleFile(folder);
+  const std::string whole = SampleFile(folder, /*nodes=*/8);
   RandomSource random(/*seed=*/7);
   const int size = static_cast<int>(whole.size());
   for (int round = 0; round < 600; round++) {
