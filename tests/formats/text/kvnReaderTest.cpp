@@ -1,290 +1,337 @@
-// What the reader of the native text format takes, and what it says to the rest.
+// The statements of the native text format one by one: what they do, what is told of a bad one, and
+// that reading goes on behind it. That fields come back as they were written is in
+// kvnRoundTripTest.cpp.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
-#include <vector>
 
 #include "definitions/cast.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/truthTable.h"
-#include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
 #include "network/extraDefinition.h"
+#include "network/fileSpeaker.h"
+#include "network/header.h"
 #include "network/network.h"
 #include "network/node.h"
 #include "network/nodeCost.h"
-#include "network/nodeInfo.h"
-#include "network/submodel.h"
 #include "network/submodelHandler.h"
 #include "tests/support/builders.h"
 #include "tests/support/logWatch.h"
-#include "tests/support/networkBuilder.h"
 #include "tests/support/scratchFolder.h"
 
 namespace {
 
-/// A network read from a text, with the messages that came up.
-struct Read {
-  explicit Read(const std::string& text) {
-    const ScratchFolder folder;
+using testing::ElementsAre;
+
+/// A network read from these bytes, with what was told on the way.
+struct Reading {
+  explicit Reading(const std::string& bytes) {
     const LogWatch log;
-    result = network.ReadFile(folder.Write("n.kvn", text).c_str());
-    messages = log.Texts();
+    result = network.ReadFile(folder.Write("in", bytes).c_str(), KVN_FORMAT_KVN);
+    for (const std::string& text : log.Texts()) messages += text + "\n";
   }
 
-  KVN_node* Node(const char* id) { return network.GetNode(network.FindNode(id)); }
-  KVN_nodeDefinition* Definition(const char* id) {
-    return network.DefinitionOf(network.FindNode(id));
+  template <typename Definition>
+  Definition& DefinitionOf(const char* id) {
+    return static_cast<Definition&>(*network.DefinitionOf(network.FindNode(id)));
   }
-  std::vector<double> Table(const char* id) {
-    const KVN_Dmatrix& table = TableOfNode(network, network.FindNode(id));
-    return {&table[0], &table[0] + table.GetSize()};
-  }
+  KVN_node& NodeOf(const char* id) { return *network.GetNode(network.FindNode(id)); }
 
+  ScratchFolder folder;
   KVN_network network;
   int result = 0;
-  std::vector<std::string> messages;
+  std::string messages;  // each with a line feed behind
 };
 
-std::string Net(const std::string& inside) { return "net N {\n" + inside + "\n};\n"; }
+/// The net N with these statements, all on line 1.
+std::string NetOf(const std::string& body) { return "net N { " + body + " };\n"; }
 
-/// A chance node of two outcomes; `more` stands at the end of its block.
-std::string Node(const std::string& id, const std::string& parents, const std::string& numbers,
-                 const std::string& more = "") {
-  return "node " + id + " { TYPE = CPT; PARENTS = (" + parents +
-         "); DEFINITION = { NAMESTATES = (a, b); PROBABILITIES = (" + numbers + "); };" + more +
-         "};\n";
-}
-
-const std::string kRoot = Node("A", "", "0.25, 0.75");
-
-struct MessageCase {
-  const char* name;
-  std::string inside;                 // of the net block, which starts on line 2
-  std::vector<std::string> messages;  // that it gives
-};
-
-MessageCase Told(const char* name, const std::string& inside, const std::string& message) {
-  return {name, inside, {"(line 2) : " + message}};
-}
-
-/// The same behind a chance node A(2), so on line 3.
-MessageCase ToldBelow(const char* name, const std::string& inside, const std::string& message) {
-  return {name, kRoot + inside, {"(line 3) : " + message}};
-}
-
-std::string NodeWith(const std::string& more) { return Node("A", "", "0.25, 0.75", more); }
-
-std::string NoisyMax(const std::string& definition) {
-  return "node M { TYPE = NOISY_MAX; PARENTS = (A); DEFINITION = { " + definition + " }; };";
-}
-
-std::vector<MessageCase> MessageCases() {
-  return {
-      {"nothing wrong",       kRoot, {}                   },
-      Told("unknown net statement", "FOO = 1;", "ERROR: 'FOO' : Unknown Net Statement"),
-      Told("case counts at dispatch", "Node A { };", "ERROR: 'Node' : Unknown Net Statement"),
-      Told("header", "HEADER = { FOO = 1; };", "ERROR: 'FOO' : Unknown Header Statement"),
-      Told("header id", "HEADER = { ID = 7; };", "ERROR: '7' : Identifier expected"),
-      Told("creation", "CREATION = { FOO = 1; };", "ERROR: 'FOO' : Unknown Creation Statement"),
-      Told("rectangle", "WINDOWPOSITION = { LEFT = 1; };",
-           "ERROR: 'LEFT' : Unknown Rectangle Statement"),
-      Told("screen", "SCREEN = { FOO = 1; };",
-           "ERROR: 'FOO' : Unknown Screen Information Statement"),
-      Told("repeated property", "USER_PROPERTIES = { k = \"1\"; k = \"2\"; };", "OUT OF RANGE"),
-      Told("boolean", NodeWith("TARGET = yes;"), "ERROR: (\"yes\") : Boolean Expected"),
-      Told("submodel twice", "submodel S { }; submodel S { };",
-           "ERROR: Couldn't Create Submodel (\"S\")"),
-      Told("submodel statement", "submodel S { FOO = 1; };",
-           "ERROR: 'FOO' : Unknown Submodel Statement"),
-      Told("submodel below nothing", "submodel S { PARENT = T; };",
-           "ERROR: (\"T\") : Unknown Submodel"),
-      ToldBelow("node twice", kRoot, "ERROR: Couldn't Create Node (\"A\")"),
-      Told("node statement", "node A { FOO = 1; };", "ERROR: 'FOO' : Unknown Node Statement"),
-      {"node in no submodel",
-       NodeWith("SUBMODEL = S;"),
-       {"Unknown submodel", "(line 2) : Invalid submodel"}},
-      Told("parent not there yet", Node("A", "B", "0.25, 0.75"),
-           "ERROR: Couldn't add arc from node [B] to node [A]"),
-      Told("numbers for no parent", Node("A", "", "0.25, 0.75, 0.5, 0.5"), "OUT OF RANGE"),
-      Told("definition statement", "node A { TYPE = CPT; DEFINITION = { FOO = 1; }; };",
-           "ERROR: 'FOO' : Unknown Definition Statement"),
-      Told("extra statement", NodeWith("EXTRA_DEFINITION = { FOO = 1; };"),
-           "ERROR: 'FOO' : Unknown Definition Statement"),
-      Told("weights for a table", "node A { TYPE = CPT; DEFINITION = { PWEIGHTS = (1); }; };",
-           "WRONG NODE TYPE"),
-      Told("baseline as a number", "node A { TYPE = CAST; DEFINITION = { BASELINE = 0.5; }; };",
-           "ERROR: '0.5' : String expected"),
-      ToldBelow("too few strengths", NoisyMax("STRENGTHS = (0);"),
-                "ERROR: NoisyMAX strengths are inconsistent for parent 0"),
-      ToldBelow("repeated strengths", NoisyMax("STRENGTHS = (0, 0);"),
-                "ERROR: NoisyMAX strengths are inconsistent for parent 0"),
-      Told("one comment for two", NodeWith("EXTRA_DEFINITION = { STATECOMMENTS = (\"x\"); };"),
-           "Wrong number of state comments"),
-      Told("one repair for two", NodeWith("EXTRA_DEFINITION = { STATEREPAIRINFO = (\"x\"); };"),
-           "Wrong number of repair comments"),
-      Told("costs of nobody", "OBSERVATION_COST = { node A { COSTS = (1); }; };",
-           "ERROR: Couldn't Find Node (\"A\")"),
-      ToldBelow("cost parent of nowhere", "OBSERVATION_COST = { node A { PARENTS = (B); }; };",
-                "ERROR: Couldn't add cost arc from node [B] to node [A]"),
-      ToldBelow("cost statement", "OBSERVATION_COST = { node A { FOO = (1); }; };",
-                "ERROR: 'FOO' : Unknown Cost Statement"),
-      Told("trailing comma", "node A { TYPE = CPT; PARENTS = (B, ); };",
-           "ERROR: ')' : Identifier expected"),
-  };
-}
-
-/// Every fault costs its statement and no more: a node behind it is read.
-TEST(KvnReader, TellsWhatItDoesNotTake) {
-  for (const MessageCase& c : MessageCases()) {
-    SCOPED_TRACE(c.name);
-    Read read(Net(c.inside + "\n" + Node("Behind", "", "0.5, 0.5")));
-    EXPECT_EQ(read.result, 0);
-    EXPECT_EQ(read.messages, c.messages);
-    EXPECT_GE(read.network.FindNode("Behind"), 0);
-  }
-}
-
-struct FrameCase {
-  const char* name;
-  const char* text;
+struct FileCase {
+  const char* bytes;
   int result;
   const char* id;  // of the network
 };
+// It is meant that an empty or foreign file is a network without nodes, here with the identifier
+// that every emptied network has.
+const FileCase kFileCases[] = {
+    {"",                       0,                "Sub0"},
+    {"roses are red",          0,                "Sub0"},
+    {"NET N { };",             0,                "Sub0"},
+    {"net N { };",             0,                "N"   },
+    {"net N { }",              0,                "N"   },
+    {"net N { }; net M { };",  0,                "N"   },
+    {"// a\nnet /* b */ N{};", 0,                "N"   },
+    {"net N {",                0,                "N"   },
+    {"net",                    KVN_SYNTAX_ERROR, "Sub0"},
+    {"net { };",               KVN_SYNTAX_ERROR, "Sub0"},
+    {"net N = { };",           KVN_SYNTAX_ERROR, "N"   },
+};
 
 TEST(KvnReader, OnlyTheOutermostFrameFails) {
-  const FrameCase cases[] = {
-      {"empty file",        "",                                   0,                "Sub0"},
-      {"foreign file",      "hello net N { };",                   0,                "Sub0"},
-      {"keyword by case",   "NET N { };",                         0,                "Sub0"},
-      {"network alone",     "net N { };",                         0,                "N"   },
-      {"no identifier",     "net { };",                           KVN_SYNTAX_ERROR, "Sub0"},
-      {"no brace",          "net N ;",                            KVN_SYNTAX_ERROR, "N"   },
-      {"no end",            "net N {",                            0,                "N"   },
-      {"byte order mark",   "\xEF\xBB\xBFnet N { };",             0,                "Sub0"},
-      {"id by its header",  "net N { HEADER = { ID = M; }; };",   0,                "M"   },
-      {"comments and CRLF", "// c\r\nnet /* c */ N\r\n{\r\n};\r", 0,                "N"   },
-  };
-  for (const FrameCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    Read read(c.text);
-    EXPECT_EQ(read.result, c.result);
-    EXPECT_STREQ(read.network.Header().GetId(), c.id);
-    EXPECT_EQ(read.network.GetNumberOfNodes(), 0);
+  for (const FileCase& c : kFileCases) {
+    SCOPED_TRACE(c.bytes);
+    Reading reading(c.bytes);
+    EXPECT_EQ(reading.result, c.result);
+    EXPECT_STREQ(reading.network.Header().GetId(), c.id);
+    EXPECT_EQ(reading.network.GetNumberOfNodes(), 0);
+  }
+  KVN_network network;
+  EXPECT_EQ(network.ReadFile("/nowhere/net.kvn"), KVN_FILE_IO);
+}
+
+/// Where a statement stands: what goes before and behind it.
+const std::map<std::string, std::pair<const char*, const char*>> kPlaces = {
+    {"net",        {"", ""}                                                            },
+    {"properties", {"USER_PROPERTIES = { ", " };"}                                     },
+    {"submodel",   {"submodel S { ", " };"}                                            },
+    {"node",       {"node A { TYPE = CPT; ", " };"}                                    },
+    {"typeless",   {"node A { ", " };"}                                                },
+    {"cpt",        {"node A { TYPE = CPT; DEFINITION = { ", " }; };"}                  },
+    {"strengths",
+     {"node P { TYPE = CPT; }; node A { TYPE = NOISY_MAX; PARENTS = (P); DEFINITION = { STRENGTHS "
+      "= ",
+      "; }; };"}                                                                       },
+    {"extra",      {"node A { TYPE = CPT; EXTRA_DEFINITION = { ", " }; };"}            },
+    {"third",
+     {"node A { TYPE = CPT; EXTRA_DEFINITION = { DOCUMENTATION = { }; DOCUMENTATION = { }; ",
+      " }; };"}                                                                        },
+    {"costs",      {"node A { TYPE = CPT; }; OBSERVATION_COST = { ", " };"}            },
+    {"cost node",  {"node A { TYPE = CPT; }; OBSERVATION_COST = { node A { ", " }; };"}},
+};
+
+struct BadCase {
+  const char* place;
+  const char* statement;
+  const char* message;  // without the line; "" for none
+};
+const BadCase kBadCases[] = {
+    {"net",        "FOO = 1;",                               "ERROR: 'FOO' : Unknown Net Statement"                   },
+ // Keywords that a block dispatches on must be spelt exactly, those behind them need not.
+    {"net",        "header = { };",                          "ERROR: 'header' : Unknown Net Statement"                },
+    {"net",        "HEADER = { id = M; Name = \"m\"; };",    ""                                                       },
+    {"net",        "\"HEADER\" = 1;",                        "ERROR: 'HEADER' : Unknown Net Field"                    },
+    {"net",        "HEADER = { FOO = 1; };",                 "ERROR: 'FOO' : Unknown Header Statement"                },
+    {"net",        "CREATION = { FOO = 1; };",               "ERROR: 'FOO' : Unknown Creation Statement"              },
+    {"net",        "SCREEN = { FOO = 1; };",                 "ERROR: 'FOO' : Unknown Screen Information Statement"    },
+    {"net",        "WINDOWPOSITION = { FOO = 1; };",         "ERROR: 'FOO' : Unknown Rectangle Statement"             },
+    {"properties", "a = \"1\"; a = \"2\";",                  "OUT OF RANGE"                                           },
+    {"submodel",   "FOO = 1;",                               "ERROR: 'FOO' : Unknown Submodel Statement"              },
+    {"submodel",   "\"PARENT\" = T;",                        "ERROR: 'PARENT' : Unknown Submodel Field"               },
+    {"submodel",   "PARENT = T;",                            "ERROR: (\"T\") : Unknown Submodel"                      },
+    {"submodel",   "PARENT = S;",                            "ERROR: (\"S\") : Unknown Submodel"                      },
+    {"submodel",   "}; submodel S { FOO = 1;",               "ERROR: Couldn't Create Submodel (\"S\")"                },
+    {"node",       "FOO = 1;",                               "ERROR: 'FOO' : Unknown Node Statement"                  },
+    {"node",       "\"TYPE\" = CPT;",                        "ERROR: 'TYPE' : Unknown Node Field"                     },
+    {"node",       "TYPE = EQUATION;",                       "OUT OF RANGE"                                           },
+    {"node",       "TARGET = true;",                         "ERROR: (\"true\") : Boolean Expected"                   },
+    {"node",       "PARENTS = (Q);",                         "ERROR: Couldn't add arc from node [Q] to node [A]"      },
+    {"node",       "PARENTS = (A);",                         "ERROR: Couldn't add arc from node [A] to node [A]"      },
+    {"node",       "}; node A { FOO = 1;",                   "ERROR: Couldn't Create Node (\"A\")"                    },
+    {"typeless",   "DEFINITION = { NAMESTATES = (a, b); };", "OUT OF RANGE"                                           },
+    {"cpt",        "FOO = 1;",                               "ERROR: 'FOO' : Unknown Definition Statement"            },
+    {"cpt",        "PROBABILITIES = (1);",                   "OUT OF RANGE"                                           },
+    {"cpt",        "PROBABILITIES = (1, 0,);",               "ERROR: ')' : Real Number expected"                      },
+    {"cpt",        "PWEIGHTS = (1);",                        "WRONG NODE TYPE"                                        },
+    {"cpt",        "BASELINE = \"0.5\";",                    "WRONG NODE TYPE"                                        },
+    {"cpt",        "BASELINE = 0.5;",                        "ERROR: '0.5' : String expected"                         },
+    {"cpt",        "STRENGTHS = (0, 1);",                    "WRONG NODE TYPE"                                        },
+    {"strengths",  "(0)",                                    "ERROR: NoisyMAX strengths are inconsistent for parent 0"},
+    {"strengths",  "(1, 1)",                                 "ERROR: NoisyMAX strengths are inconsistent for parent 0"},
+    {"strengths",  "(0, 2)",                                 "ERROR: NoisyMAX strengths are inconsistent for parent 0"},
+    {"extra",      "FOO = 1;",                               "ERROR: 'FOO' : Unknown Definition Statement"            },
+    {"extra",      "FAULT_STATES = (1);",                    "OUT OF RANGE"                                           },
+    {"extra",      "FAULT_NAMES = (\"a\");",                 "OUT OF RANGE"                                           },
+    {"extra",      "DEFAULT_STATE = 2;",                     "OUT OF RANGE"                                           },
+    {"extra",      "STATECOMMENTS = (\"a\");",               "Wrong number of state comments"                         },
+    {"extra",      "STATEREPAIRINFO = (\"a\");",             "Wrong number of repair comments"                        },
+    {"third",      "DOCUMENTATION = { \"a\" = \"b\"; };",    "OUT OF RANGE"                                           },
+    {"costs",      "FOO = 1;",                               "ERROR: 'FOO' : 'node' expected"                         },
+    {"costs",      "node Q { };",                            "ERROR: Couldn't Find Node (\"Q\")"                      },
+    {"cost node",  "FOO = 1;",                               "ERROR: 'FOO' : Unknown Cost Statement"                  },
+    {"cost node",  "COSTS = (1, 2);",                        "OUT OF RANGE"                                           },
+    {"cost node",  "PARENTS = (Q);",                         "ERROR: Couldn't add cost arc from node [Q] to node [A]" },
+};
+
+TEST(KvnReader, ABadStatementIsToldAndCostsItselfAlone) {
+  for (const BadCase& c : kBadCases) {
+    SCOPED_TRACE(std::string(c.place) + ": " + c.statement);
+    const auto [before, behind] = kPlaces.at(c.place);
+    Reading reading(NetOf(std::string(before) + c.statement + behind + " node Z { TYPE = CPT; };"));
+    EXPECT_EQ(reading.result, 0);
+    const std::string message = c.message;
+    EXPECT_EQ(reading.messages, message.empty() ? "" : "(line 1) : " + message + "\n");
+    EXPECT_GE(reading.network.FindNode("Z"), 0);
   }
 }
 
-/// A "}" too many makes the skipping run on, so a fault right before a block's end takes what
-/// follows the block with it: intended.
-TEST(KvnReader, AFaultAtABlocksEndReachesBeyondIt) {
-  Read box(Net("SCREENCOMMENT = { (1, 2, 3), \"x\" }; NUMSAMPLES = 5;"));
-  EXPECT_EQ(box.messages.front(), "(line 2) : ERROR: Wrong Number Of Screen Coordinates");
-  EXPECT_EQ(box.network.GetNumberOfSamples(), 1000);
-  Read read(Net("HEADER = { NAME = }; NUMSAMPLES = 5;\n" + kRoot));
-  EXPECT_EQ(read.network.GetNumberOfSamples(), 1000);
+TEST(KvnReader, MessagesTellTheLine) {
+  EXPECT_EQ(Reading("net N {\nFOO = 1;\n\nnode A {\nBAR = 1; TYPE = CPT; }; };").messages,
+            "(line 2) : ERROR: 'FOO' : Unknown Net Statement\n"
+            "(line 5) : ERROR: 'BAR' : Unknown Node Statement\n");
+  // The submodels tell the log themselves, without a line.
+  EXPECT_EQ(Reading(NetOf("node A { TYPE = CPT; SUBMODEL = T; };")).messages,
+            "Unknown submodel\n(line 1) : Invalid submodel\n");
 }
 
-TEST(KvnReader, NodesWithoutAKnownTypeGo) {
-  Read read(Net(kRoot + "node B { PARENTS = (A); };\nnode C { TYPE = EQUATION; };\n" +
-                Node("D", "A", "1, 0, 0, 1")));
-  EXPECT_EQ(read.result, 0);
-  EXPECT_EQ(read.network.GetNumberOfNodes(), 2);
-  EXPECT_EQ(read.Table("D"), (std::vector<double>{1, 0, 0, 1}));
+// It is meant that the "}" behind the three numbers makes the recovery run on: past the next
+// block's first statement, whose end then becomes that of the net.
+TEST(KvnReader, RecoveryFromATextBoxRunsOn) {
+  Reading reading(
+      NetOf("SCREENCOMMENT = { (1, 2, 3), \"x\"}; node A { TYPE = CPT; };"
+            "node B { TYPE = CPT; };"));
+  EXPECT_EQ(reading.messages, "(line 1) : ERROR: Wrong Number Of Screen Coordinates\n");
+  EXPECT_EQ(reading.network.GetNumberOfNodes(), 0);
 }
 
-/// Inclusive numbers, the row of the distinguished outcome b left out, the leak last.
-TEST(KvnReader, NoisyOrTakesTheRowsThatAreFree) {
-  Read read(Net(kRoot +
-                "node M { TYPE = NOISY_OR; PARENTS = (A); DEFINITION = { NAMESTATES = (y, n); "
-                "PROBABILITIES = (0.8, 0.2, 0.1, 0.9); }; };"));
-  EXPECT_EQ(read.messages, std::vector<std::string>());
-  // A = a: as stated, the leak included; A = b: the leak alone.
-  EXPECT_TRUE(CellsNear(TableOfNode(read.network, read.network.FindNode("M")), {0.8, 0.2, 0.1, 0.9},
-                        1e-15));
+TEST(KvnReader, NodesWithoutAKnownTypeVanish) {
+  Reading reading(
+      NetOf("node A { }; node B { TYPE = CPT; TYPE = EQUATION; };"
+            "node C { TYPE = CPT; }; node D { TYPE = cpt; };"));
+  EXPECT_EQ(reading.network.GetNumberOfNodes(), 1);
+  EXPECT_STREQ(reading.network.GetNode(reading.network.GetFirstNode())->GetId(), "C");
 }
 
-/// The same with every order reversed: outcome a of the parent doesn't act, and the node's outcomes
-/// stand the other way round.
-TEST(KvnReader, NoisyAndReversesEveryOrder) {
-  Read read(Net(kRoot +
-                "node M { TYPE = NOISY_AND; PARENTS = (A); DEFINITION = { NAMESTATES = (y, n); "
-                "PROBABILITIES = (0.1, 0.9, 0.7, 0.3); }; };"));
-  EXPECT_EQ(read.messages, std::vector<std::string>());
-  EXPECT_EQ(TextsOf(*read.Definition("M")->GetOutcomesNames()),
-            (std::vector<std::string>{"n", "y"}));
-  // A = a: the leak (n 0.3, y 0.7); A = b: the first row (n 0.9, y 0.1).
-  EXPECT_TRUE(CellsNear(TableOfNode(read.network, read.network.FindNode("M")), {0.3, 0.7, 0.9, 0.1},
-                        1e-15));
+TEST(KvnReader, ParentsMustStandBeforeTheirChildren) {
+  Reading reading(
+      NetOf("node A { TYPE = CPT; PARENTS = (B); DEFINITION = {"
+            "PROBABILITIES = (0.25, 0.75, 1, 0); }; }; node B { TYPE = CPT; };"));
+  EXPECT_EQ(reading.messages,
+            "(line 1) : ERROR: Couldn't add arc from node [B] to node [A]\n"
+            "(line 1) : OUT OF RANGE\n");
+  EXPECT_EQ(reading.network.GetNumberOfNodes(), 2);
 }
 
-/// The file lists states by rank, the gate keeps the rank of each state: (1, 2, 0) says that state
-/// 1 comes first, so state 0 has rank 2, state 1 rank 0 and state 2 rank 1.
-TEST(KvnReader, StrengthsAreInverted) {
-  Read read(Net("node A { TYPE = CPT; DEFINITION = { NAMESTATES = (a, b, c); }; };\n" +
-                Node("B", "", "0.5, 0.5") +
-                "node M { TYPE = NOISY_MAX; PARENTS = (B, A); DEFINITION = { NAMESTATES = (y, n); "
-                "STRENGTHS = (1, 0, 1, 2, 0); }; };"));
-  const auto& gate = static_cast<const KVN_noisyMAX&>(*read.Definition("M"));
-  EXPECT_EQ(ItemsOf(*gate.GetStrengths(0)), (std::vector<int>{1, 0}));
-  EXPECT_EQ(ItemsOf(*gate.GetStrengths(1)), (std::vector<int>{2, 0, 1}));
+// Those that are out of range are passed over without a word; FALSE takes no mark away.
+TEST(KvnReader, ModesAndMarks) {
+  Reading reading(
+      NetOf("SHOWAS = 3; SHOWAS = 4;"
+            "node A { TYPE = CPT; TARGET = TRUE; TARGET = FALSE; EXTRA_DEFINITION = {"
+            "SHOWAS = 1; SHOWAS = 5; DIAGNOSIS_TYPE = OBSERVATION; }; };"
+            "node B { TYPE = CPT; TARGET = FALSE; EXTRA_DEFINITION = {"
+            "DIAGNOSIS_TYPE = TARGET; SHOWAS = 4; DIAGNOSIS_TYPE = cause; }; };"));
+  EXPECT_EQ(reading.messages, "");
+  EXPECT_EQ(reading.network.GetShowAs(), 3);
+  EXPECT_EQ(reading.network.IsTarget(reading.network.FindNode("A")), 1);
+  EXPECT_EQ(reading.network.IsTarget(reading.network.FindNode("B")), 0);
+  const KVN_extraDefinition& a = *reading.NodeOf("A").ExtraDefinition();
+  const KVN_extraDefinition& b = *reading.NodeOf("B").ExtraDefinition();
+  EXPECT_EQ(a.GetShowAs(), 1);
+  EXPECT_EQ(b.GetShowAs(), 4);
+  EXPECT_EQ(a.GetDiagnosisType(), KVN_DIAGNOSIS_OBSERVATION);
+  EXPECT_EQ(b.GetDiagnosisType(), KVN_DIAGNOSIS_AUXILIARY);
 }
 
-TEST(KvnReader, ReadsEachKindsNumbers) {
-  Read read(
-      Net(kRoot +
-          "node T { TYPE = TRUTHTABLE; PARENTS = (A); DEFINITION = { NAMESTATES = (x, y, z); "
-          "RESULTINGSTATES = (z, x); }; };\n"
-          "node D { TYPE = LIST; PARENTS = (A); DEFINITION = { NAMECHOICES = (go, stay); }; };\n"
-          "node U { TYPE = TABLE; PARENTS = (D, T); DEFINITION = { "
-          "UTILITIES = (1, 2, 3, -4, 0.0E-2, 6e1); }; };\n"
-          "node C { TYPE = CAST; DEFINITION = { BASELINE = \"0.125\"; }; };\n"
-          "node E { TYPE = CAST; PARENTS = (C); DEFINITION = { PWEIGHTS = (0.5); "
-          "NWEIGHTS = (-0.25); }; };\n"));
-  EXPECT_EQ(read.messages, std::vector<std::string>());
-  EXPECT_EQ(read.Table("T"), (std::vector<double>{0, 0, 1, 1, 0, 0}));
-  EXPECT_EQ(TextsOf(*read.Definition("D")->GetOutcomesNames()),
-            (std::vector<std::string>{"go", "stay"}));
-  EXPECT_EQ(read.Table("U"), (std::vector<double>{1, 2, 3, -4, KVN_UNDEFINED_VALUE, 60}));
-  EXPECT_EQ(static_cast<const KVN_cast&>(*read.Definition("C")).GetBaseline(), 0.125);
-  const auto& gate = static_cast<const KVN_cast&>(*read.Definition("E"));
-  EXPECT_EQ(ItemsOf(gate.GetPositiveWeights()), std::vector<double>{0.5});
-  EXPECT_EQ(ItemsOf(gate.GetNegativeWeights()), std::vector<double>{-0.25});
+TEST(KvnReader, SubmodelsMayStandBeforeTheOnesTheyBelongTo) {
+  Reading reading(
+      NetOf("submodel Lower { }; submodel Upper { }; submodel Last { PARENT = Upper; };"
+            "submodel Mid { PARENT = Last; };"
+            "node A { TYPE = CPT; SUBMODEL = Mid; };"));
+  EXPECT_EQ(reading.messages, "");
+  KVN_submodelHandler& submodels = reading.network.Submodels();
+  EXPECT_EQ(submodels.GetParent(submodels.Find("Mid")), submodels.Find("Last"));
+  EXPECT_EQ(submodels.GetParent(submodels.Find("Last")), submodels.Find("Upper"));
+  EXPECT_EQ(submodels.GetParent(submodels.Find("Lower")), KVN_ROOT_SUBMODEL);
+  EXPECT_EQ(reading.NodeOf("A").GetSubmodel() | KVN_SUBMODEL_BIT, submodels.Find("Mid"));
 }
 
-TEST(KvnReader, ReadsDescriptions) {
-  Read read(Net(
-      "SHOWAS = 2; SHOWAS = 4; SCREEN = { COLOR = 7; SHOWINARCS = FALSE; };\n"
-      "SCREENCOMMENT = { (1, 2, 3, 4), \"box \\\"1\\\"\" };\n"
-      // The parent may come later, as long as it is known when PARENT is read.
-      "submodel Inner { }; submodel Outer { SCREENCOMMENT = { (5, 6, 7, 8), \"in\" }; };\n"
-      "submodel Last { PARENT = Outer; };\n" +
-      Node("A", "", "0.25, 0.75",
-           "TARGET = TRUE; TARGET = FALSE; SUBMODEL = Last; HEADER = { NAME = \"x\"; };"
-           "EXTRA_DEFINITION = { DIAGNOSIS_TYPE = NONSENSE; RANKED = TRUE; SHOWAS = 1; SHOWAS = 9;"
-           "DOCUMENTATION = { \"first\" = \"1\"; }; DOCUMENTATION = { \"second\" = \"2\"; };"
-           "FAULT_STATES = (0, 1); DEFAULT_STATE = 1; };") +
-      Node("B", "A", "1, 0, 0, 1") +
-      "OBSERVATION_COST = { node B { PARENTS = (A); COSTS = (3, 4.5); }; };"));
-  EXPECT_EQ(read.messages, std::vector<std::string>());
-  KVN_network& network = read.network;
-  EXPECT_EQ(network.GetShowAs(), 2);  // 4 is for nodes only, and ignored without a word
-  KVN_submodel& root = *network.Submodels().GetSubmodel(KVN_ROOT_SUBMODEL);
-  EXPECT_EQ(root.Screen().color, 7);
-  EXPECT_EQ(root.Screen().screenFlags, KVN_screenInfo::kShowOutArcs);
-  EXPECT_STREQ(root.TextBoxes().GetText(0), "box \"1\"");
-  const int last = network.Submodels().Find("Last");
-  EXPECT_EQ(network.Submodels().GetParent(last), network.Submodels().Find("Outer"));
-  EXPECT_EQ(network.IsTarget(network.FindNode("A")), 1);  // FALSE takes no mark away
-  KVN_extraDefinition& extra = *read.Node("A")->ExtraDefinition();
-  EXPECT_EQ(extra.GetDiagnosisType(), KVN_DIAGNOSIS_AUXILIARY);
-  EXPECT_EQ(extra.GetShowAs(), 1);
-  EXPECT_EQ(extra.GetDefaultOutcome(), 1);
-  EXPECT_STREQ(extra.GetStateDocumentation(1)->GetTitle(0), "second");
-  EXPECT_EQ(read.Node("A")->GetSubmodel(), last);
-  EXPECT_STREQ(read.Node("B")->Info().Header().GetName(), "B");
-  const KVN_Dmatrix& costs = read.Node("B")->Cost()->GetCosts();
-  EXPECT_TRUE(CellsNear(costs, {3, 4.5}, 0.0));
+/// The parameters of the gate G below a parent P with the outcomes (y, n).
+const std::string kParent = "node P { TYPE = CPT; DEFINITION = { NAMESTATES = (y, n); }; };";
+std::string GateOf(const std::string& type, const std::string& numbers) {
+  return NetOf(kParent + "node G { TYPE = " + type + "; PARENTS = (P); DEFINITION = {" +
+               "NAMESTATES = (on, off); PROBABILITIES = (" + numbers + "); }; };" +
+               "node C { TYPE = CPT; DEFINITION = { PROBABILITIES = (0.25, 0.75); }; };");
+}
+
+struct GateCase {
+  const char* type;
+  const char* numbers;
+  std::vector<double> parameters;
+  std::vector<int> strengths;
+  std::vector<std::string> outcomes;
+};
+// The old kinds tell the rows that may be chosen, with the leak in them: P(off | P = y) = 0.4 is
+// the parent's 0.5 times the leak's 0.8. A noisy-AND has all orders reversed: off is its highest
+// outcome and y the parent's distinguished one.
+const GateCase kGateCases[] = {
+    {"NOISY_MAX",                  "0.5, 0.5, 0, 1, 0.2, 0.8", {0.5, 0.5, 0, 1, 0.2, 0.8}, {0, 1}, {"on", "off"}},
+    {"NOISY_OR",                   "0.6, 0.4, 0.2, 0.8",       {0.5, 0.5, 0, 1, 0.2, 0.8}, {0, 1}, {"on", "off"}},
+    {"NOISY_AND",                  "0.4, 0.6, 0.8, 0.2",       {0.5, 0.5, 0, 1, 0.2, 0.8}, {1, 0}, {"off", "on"}},
+ // TYPE forgets the kind before it, here and in the node behind.
+    {"NOISY_OR; TYPE = NOISY_MAX",
+     "0.5, 0.5, 0, 1, 0.2, 0.8",                               {0.5, 0.5, 0, 1, 0.2, 0.8},
+     {0, 1},
+     {"on", "off"}                                                                                              },
+};
+
+TEST(KvnReader, OldKindsOfGatesBecomeNoisyMax) {
+  for (const GateCase& c : kGateCases) {
+    SCOPED_TRACE(c.type);
+    Reading reading(GateOf(c.type, c.numbers));
+    EXPECT_EQ(reading.messages, "");
+    KVN_noisyMAX& gate = reading.DefinitionOf<KVN_noisyMAX>("G");
+    ASSERT_EQ(gate.GetType(), KVN_TYPE_NOISY_MAX);
+    EXPECT_TRUE(CellsNear(gate.GetParameters(), c.parameters, 1e-15));
+    EXPECT_EQ(ItemsOf(*gate.GetStrengths(0)), c.strengths);
+    EXPECT_EQ(TextsOf(*gate.GetOutcomesNames()), c.outcomes);
+    KVN_doubleArray* numbers = nullptr;
+    ASSERT_EQ(reading.DefinitionOf<KVN_nodeDefinition>("C").GetDefinition(numbers), 0);
+    EXPECT_THAT(ItemsOf(*numbers), ElementsAre(0.25, 0.75));
+  }
+}
+
+TEST(KvnReader, ShortNoisyAndLeavesTheGateAlone) {
+  Reading reading(GateOf("NOISY_AND", "0.4, 0.6, 0.8"));
+  EXPECT_EQ(reading.messages, "(line 1) : OUT OF RANGE\n");
+  EXPECT_THAT(TextsOf(*reading.DefinitionOf<KVN_noisyMAX>("G").GetOutcomesNames()),
+              ElementsAre("on", "off"));
+}
+
+// The file gives the rank of each outcome: lo has 1, mid 2, hi 0. The gate keeps who has each rank.
+TEST(KvnReader, StrengthsAreTurnedAround) {
+  Reading reading(NetOf("node P { TYPE = CPT; DEFINITION = { NAMESTATES = (lo, mid, hi); }; };" +
+                        std::string("node Q { TYPE = CPT; };") +
+                        "node G { TYPE = NOISY_MAX; PARENTS = (P, Q); DEFINITION = {"
+                        "STRENGTHS = (1, 2, 0, 1, 0, 7); }; };"));
+  EXPECT_EQ(reading.messages, "");
+  KVN_noisyMAX& gate = reading.DefinitionOf<KVN_noisyMAX>("G");
+  EXPECT_THAT(ItemsOf(*gate.GetStrengths(0)), ElementsAre(2, 0, 1));
+  EXPECT_THAT(ItemsOf(*gate.GetStrengths(1)), ElementsAre(1, 0));
+}
+
+TEST(KvnReader, TruthTablesAndCastsTakeTheirOwnStatements) {
+  Reading reading(
+      NetOf("node P { TYPE = CPT; DEFINITION = { NAMESTATES = (lo, mid, hi); }; };"
+            "node T { TYPE = TRUTHTABLE; PARENTS = (P); DEFINITION = {"
+            "NAMESTATES = (a, b); RESULTINGSTATES = (b, a, b); }; };"
+            "node X { TYPE = CAST; DEFINITION = { BASELINE = \"0.25\"; }; };"));
+  EXPECT_EQ(reading.messages, "");
+  KVN_stringArray states;
+  ASSERT_EQ(reading.DefinitionOf<KVN_truthTable>("T").GetResultingStates(states), 0);
+  EXPECT_THAT(TextsOf(states), ElementsAre("b", "a", "b"));
+  EXPECT_EQ(reading.DefinitionOf<KVN_cast>("X").GetBaseline(), 0.25);
+}
+
+// Shown arcs are the default; what is null or empty has no line, but for the costs' block.
+TEST(KvnWriter, LeavesOutWhatNeedNotBeSaid) {
+  Reading reading(NetOf("SCREEN = { SHOWINARCS = FALSE; };"));
+  ASSERT_EQ(reading.network.WriteFile(reading.folder.Path("out.kvn").c_str()), 0);
+  const std::string written = reading.folder.Read("out.kvn");
+  EXPECT_NE(written.find("\n   SHOWINARCS = FALSE;\n"), std::string::npos) << written;
+  EXPECT_EQ(written.find("SHOWOUTARCS"), std::string::npos);
+  EXPECT_EQ(written.find("COMMENT"), std::string::npos);
+  EXPECT_NE(written.find("OBSERVATION_COST = \n  {\n  };\n};\n"), std::string::npos) << written;
+}
+
+TEST(KvnWriter, KindsWithoutStatementsKeepTheirTypeAndAnEmptyDefinition) {
+  Reading reading(NetOf("node D { TYPE = DEMORGAN; };"));
+  ASSERT_EQ(reading.network.WriteFile(reading.folder.Path("out.kvn").c_str()), 0);
+  const std::string written = reading.folder.Read("out.kvn");
+  EXPECT_NE(written.find("  TYPE = DEMORGAN;\n"), std::string::npos) << written;
+  EXPECT_NE(written.find("  DEFINITION = \n   {\n   };\n"), std::string::npos) << written;
 }
 
 }  // namespace
