@@ -421,8 +421,9 @@ int CountRecords(KVN_network& network, bool decompose) {
   int count = network.GetNumberOfNodes();
   if (!decompose) return count;
   for (int h = network.GetFirstNode(); h >= 0; h = network.GetNextNode(h)) {
-    if (network.TypeOf(h) != KVN_TYPE_NOISY_MAX) continue;
-    if (network.ValueOf(h)->GetEvidence() == network.DefinitionOf(h)->GetNumberOfOutcomes() - 1) {
+    const KVN_nodeValue* value = network.ValueOf(h);
+    if (network.TypeOf(h) != KVN_TYPE_NOISY_MAX || value == nullptr) continue;
+    if (value->GetEvidence() == network.DefinitionOf(h)->GetNumberOfOutcomes() - 1) {
       count += network.GetNumberOfParents(h);
     }
   }

@@ -150,6 +150,16 @@ TEST(Relevance, HasNothingToSayOfNoNodes) {
   EXPECT_EQ(Describe(Reduce(network)), "null");
 }
 
+TEST(Relevance, RefusesANodeWithoutAValue) {
+  KVN_network network;
+  const int gate = AddNodeBelow(network, KVN_TYPE_NOISY_MAX, "G", 2, {});
+  network.SetNoisyMaxRelevance(1);
+  ASSERT_EQ(network.GetNode(gate)->ChangeValue(KVN_TYPE_NONE), 0);
+  int result = 0;
+  EXPECT_EQ(ReduceNetwork(network, true, true, result), nullptr);
+  EXPECT_EQ(result, KVN_REFUSED);
+}
+
 // It is meant that all is computed again.
 TEST(Relevance, DoesNotSpareValidValues) {
   Example example;
@@ -203,7 +213,7 @@ TEST(Relevance, ReleasesPartsOfOneNodeAsTheyStand) {
 /// Nothing in the engine sets the reserved flag.
 struct FlagAccess : KVN_nodeValue {
   static void Reserve(KVN_nodeValue& value) {
-    (value.*(&FlagAccess::RaiseFlags))(KVN_VALUE_RESERVED);
+    (value.*(&FlagAccess::ChangeFlags))(KVN_VALUE_RESERVED, 0);
   }
 };
 
