@@ -55,12 +55,13 @@ class Decomposition {
 
   bool RunGroups(int groupSize, std::int64_t wholeLimit, std::int64_t halfLimit);
   bool RunWhole(std::int64_t limit) {
-    std::vector<int> handles = PendingChildrenFirst();
-    return Halve(handles.data(), static_cast<int>(handles.size()), limit);
+    std::vector<int> handles;
+    return ListPendingChildrenFirst(handles) &&
+           Halve(handles.data(), static_cast<int>(handles.size()), limit);
   }
 
  private:
-  std::vector<int> PendingChildrenFirst();
+  bool ListPendingChildrenFirst(std::vector<int>& handles);
   bool RunGroup(std::vector<int>& group, std::int64_t wholeLimit, std::int64_t halfLimit);
   bool Halve(const int* handles, int count, std::int64_t limit);
 
@@ -69,18 +70,21 @@ class Decomposition {
   std::vector<int> savedTargets;
 };
 
-std::vector<int> Decomposition::PendingChildrenFirst() {
+/// False without memory for the order.
+bool Decomposition::ListPendingChildrenFirst(std::vector<int>& handles) {
   const KVN_intArray& order = network.GetOrderOfNodes();
-  std::vector<int> handles;
+  if (order.GetNumItems() != network.GetNumberOfNodes()) return false;
   for (int i = order.GetNumItems() - 1; i >= 0; --i) {
     if (pending[order[i]] != 0) handles.push_back(order[i]);
   }
-  return handles;
+  return true;
 }
 
 bool Decomposition::RunGroups(int groupSize, std::int64_t wholeLimit, std::int64_t halfLimit) {
+  std::vector<int> handles;
+  if (!ListPendingChildrenFirst(handles)) return false;
   std::vector<int> group;
-  for (int h : PendingChildrenFirst()) {
+  for (int h : handles) {
     // A run ticks off every node that it could read out, so fewer may be left than were listed.
     if (pending[h] == 0) continue;
     group.push_back(h);
