@@ -18,6 +18,8 @@
 
 namespace {
 
+/// Most nodes of a part; above it the caller solves the targets in groups, with smaller parts.
+constexpr int kMostNodes = 65535;
 /// Cliques up to this many cells keep their potential.
 constexpr std::int64_t kStoredCells = 4096;
 /// A stored potential is checked for cells that are too small after this many factors.
@@ -92,6 +94,7 @@ JoinTree::JoinTree(RelevanceGraph& thePart, JoinTreeOptions theOptions)
 JoinTree::~JoinTree() { std::free(arena); }
 
 bool JoinTree::Run(unsigned char* pending, std::int64_t limit) {
+  if (part.GetSize() > kMostNodes) return false;
   double start = ThreadSeconds();
   if (!input.Load()) return false;
   if (options.effort && !input.PruneStates(contradiction)) return false;

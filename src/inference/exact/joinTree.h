@@ -56,7 +56,8 @@ class JoinTree {
   /// from contradictory evidence, is not written and stays invalid.
   ///
   /// `limit` bounds the total weight of the cliques, 0 for the default. False, with nothing
-  /// written, when the triangulation passes a limit or memory is short.
+  /// written, when the part has more than 65,535 nodes, when the triangulation passes a limit, or
+  /// when memory is short.
   bool Run(unsigned char* pending, std::int64_t limit);
 
   /// Where statistics are added up; null, the default, for nowhere. Process-wide.

@@ -226,6 +226,22 @@ TEST(JoinTree, GivesUpWhatNoGroupCanHold) {
   }
 }
 
+TEST(JoinTree, RefusesMoreNodesThanItIsMadeFor) {
+  KVN_network network;
+  network.SetChangeMask(0);
+  int last = AddCpt(network, nullptr, 2, {}, {0.5, 0.5});
+  for (int count : {65535, 65536}) {
+    while (network.GetNumberOfNodes() < count) {
+      last = AddCpt(network, nullptr, 2, {last}, {0.8, 0.2, 0.3, 0.7});
+    }
+    int result = 0;
+    auto parts = ReduceNetwork(network, /*absorbRoots=*/true, /*useDeterminism=*/true, result);
+    ASSERT_EQ(result, 0);
+    ASSERT_EQ((*parts)[0].GetSize(), count);
+    EXPECT_EQ(JoinTree((*parts)[0]).Run(nullptr, 0), count == 65535);
+  }
+}
+
 TEST(JoinTree, LargeTreesAnswerOnASmallStack) {
   for (int shape = 0; shape < 3; ++shape) {  // chain, random tree, star
     const int count = shape == 0 ? 50000 : 20000;
@@ -243,9 +259,11 @@ TEST(JoinTree, LargeTreesAnswerOnASmallStack) {
           AddCpt(network, nullptr, 2, {std::min(above, i - 1)}, {0.8, 0.2, 0.3, 0.7});
         }
       }
-      network.SetUpdateFlags(0);
-      for (int i = 0; i < count / 10; ++i) {
-        (void)network.ValueOf(static_cast<int>(random() % count))->SetEvidence(0);
+      // With all hooks: a finding must not cost time in proportion to the network.
+      network.SetChangeMask(463);
+      for (int i = 0; i < count; i += 10) {
+        const int handle = i + static_cast<int>(random() % 10);
+        ASSERT_EQ(network.ValueOf(handle)->SetEvidence(0), 0);
       }
       ASSERT_EQ(network.UpdateBeliefs(), 0);
       for (int i = 0; i < count; ++i) ASSERT_TRUE(network.ValueOf(i)->IsValueValid());
