@@ -58,17 +58,19 @@ struct FileCase {
 // It is meant that an empty or foreign file is a network without nodes, here with the identifier
 // that every emptied network has.
 const FileCase kFileCases[] = {
-    {"",                       0,                "Sub0"},
-    {"roses are red",          0,                "Sub0"},
-    {"NET N { };",             0,                "Sub0"},
-    {"net N { };",             0,                "N"   },
-    {"net N { }",              0,                "N"   },
-    {"net N { }; net M { };",  0,                "N"   },
-    {"// a\nnet /* b */ N{};", 0,                "N"   },
-    {"net N {",                0,                "N"   },
-    {"net",                    KVN_SYNTAX_ERROR, "Sub0"},
-    {"net { };",               KVN_SYNTAX_ERROR, "Sub0"},
-    {"net N = { };",           KVN_SYNTAX_ERROR, "N"   },
+    {"",                           0,                "Sub0"},
+    {"roses are red",              0,                "Sub0"},
+    {"NET N { };",                 0,                "Sub0"},
+    {"net N { };",                 0,                "N"   },
+    {"net N { }",                  0,                "N"   },
+    {"net N { }; net M { };",      0,                "N"   },
+    {"// a\nnet /* b */ N{};",     0,                "N"   },
+    {"net N {",                    0,                "N"   },
+    {"// a\r\nnet N\r\n{\r\n};\r", 0,                "N"   },
+    {"\xEF\xBB\xBFnet N { };",     0,                "Sub0"},
+    {"net",                        KVN_SYNTAX_ERROR, "Sub0"},
+    {"net { };",                   KVN_SYNTAX_ERROR, "Sub0"},
+    {"net N = { };",               KVN_SYNTAX_ERROR, "N"   },
 };
 
 TEST(KvnReader, OnlyTheOutermostFrameFails) {
