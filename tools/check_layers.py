@@ -23,7 +23,8 @@ CLASS = re.compile(r'\b(?:class|struct)\s+(?:\[\[\w+\]\]\s*)?(\w+)(?:\s+final)?\
 
 # The engine depends on the C++ runtime, the C runtime's files and numbers, Expat and jni.h. A
 # header without a dot in its name belongs to the C++ library.
-C_HEADERS = {"locale.h", "stdio.h", "stdlib.h", "fcntl.h", "unistd.h", "sys/mman.h", "sys/stat.h", "sys/types.h"}
+C_HEADERS = {"locale.h", "stdio.h", "stdlib.h", "fcntl.h", "unistd.h", "sys/mman.h", "sys/stat.h", "sys/types.h",
+             "time.h"}
 FOREIGN = {"expat.h": {"formats/xml"}, "jni.h": {"bridge"}}
 
 
