@@ -77,11 +77,11 @@ void PrintHead(const ExactContext& context) {
   std::printf("%s, %s, load average %.1f, memory streams %.1f GB/s, best of up to %d runs\n",
               context.date.c_str(), context.processor.c_str(), context.load1,
               context.bytesPerSecond / 1e9, context.runs);
-  std::printf("%-12s %-9s %-10s %8s %9s %9s %9s %7s %10s %11s %8s %8s %7s %8s\n", "network",
-              "evidence", "order", "load", "triang.", "propag.", "update", "cliques", "largest",
-              "cells", "table", "Mcell/s", "x mem.", "differ.");
-  std::printf("%-12s %-9s %-10s %8s %9s %9s %9s %7s %10s %11s %8s %8s %7s %8s\n", "", "", "", "ms",
-              "ms", "ms", "ms", "", "cells", "", "MB", "", "", "");
+  std::printf("%-12s %-9s %-10s %8s %8s %9s %9s %9s %7s %10s %11s %8s %8s %7s %8s\n", "network",
+              "evidence", "order", "load", "findings", "triang.", "propag.", "update", "cliques",
+              "largest", "cells", "table", "Mcell/s", "x mem.", "differ.");
+  std::printf("%-12s %-9s %-10s %8s %8s %9s %9s %9s %7s %10s %11s %8s %8s %7s %8s\n", "", "", "",
+              "ms", "ms", "ms", "ms", "ms", "", "cells", "", "MB", "", "", "");
 }
 
 void PrintRow(const ExactContext& context, const ExactResult& result) {
@@ -89,13 +89,14 @@ void PrintRow(const ExactContext& context, const ExactResult& result) {
       result.evidence == "none"
           ? "none"
           : (result.evidence == "sampled" ? "drawn " : "given ") + std::to_string(result.findings);
-  std::printf("%-12s %-9s %-10s %8.1f %9.3f %9.3f %9.3f %7lld %10lld %11lld %8.2f %8.0f %7.2f %8s",
-              result.network.c_str(), found.c_str(), result.effort ? "effort" : "documented",
-              result.loadMs, result.triangulationMs, result.propagationMs, result.updateMs,
-              static_cast<long long>(result.cliques), static_cast<long long>(result.largestCells),
-              static_cast<long long>(result.cells), static_cast<double>(result.bytes) / 1e6,
-              result.CellsPerSecond() / 1e6, result.TimesStream(context.bytesPerSecond),
-              DifferenceText(result).c_str());
+  std::printf(
+      "%-12s %-9s %-10s %8.1f %8.2f %9.3f %9.3f %9.3f %7lld %10lld %11lld %8.2f %8.0f %7.2f %8s",
+      result.network.c_str(), found.c_str(), result.effort ? "effort" : "documented", result.loadMs,
+      result.findingsMs, result.triangulationMs, result.propagationMs, result.updateMs,
+      static_cast<long long>(result.cliques), static_cast<long long>(result.largestCells),
+      static_cast<long long>(result.cells), static_cast<double>(result.bytes) / 1e6,
+      result.CellsPerSecond() / 1e6, result.TimesStream(context.bytesPerSecond),
+      DifferenceText(result).c_str());
   if (result.code != 0) std::printf("  RESULT %d", result.code);
   if (result.invalid > 0) std::printf("  %d NOT VALID", result.invalid);
   if (result.difference > kTolerance) std::printf("  WRONG");
@@ -135,6 +136,7 @@ bool WriteJson(const std::string& name, const ExactContext& context,
         {"evidence",         result.evidence                           },
         {"findings",         result.findings                           },
         {"code",             result.code                               },
+        {"findings_ms",      result.findingsMs                         },
         {"load_ms",          result.loadMs                             },
         {"update_ms",        result.updateMs                           },
         {"triangulation_ms", result.triangulationMs                    },

@@ -10,8 +10,9 @@ struct ExactResult {
   std::string network;
   std::string evidence;  // "none", "reference" or "sampled"
   int findings = 0;
-  bool effort = false;  // the user property KVN_CLUSTERING_EFFORT is 1
-  int code = 0;         // of the update
+  double findingsMs = 0.0;  // for setting them, one after the other, on a fresh network; one run
+  bool effort = false;      // the user property KVN_CLUSTERING_EFFORT is 1
+  int code = 0;             // of the update
   double loadMs = 0.0;
   double updateMs = 0.0;
   double triangulationMs = 0.0;
