@@ -65,11 +65,3 @@ TEST(Cast, RecreatedParentsDoNotPush) {
   EXPECT_TRUE(net.HasRows({0.5, 0.5, 0.5, 0.5}));
   EXPECT_EQ(net.gate().SetNegativeWeights(DoublesOf({0.5})), KVN_REFUSED);
 }
-
-TEST(Cast, RefusedOrderOfParentsChangesNothing) {
-  GateNet<KVN_cast> net(2);
-  ASSERT_EQ(net.gate().SetPositiveWeights(DoublesOf({0.5, 0.25})), 0);
-  EXPECT_EQ(net.gate().ReorderParents(IntsOf({0, 0})), KVN_REFUSED);
-  EXPECT_EQ(net.gate().ReorderParents(IntsOf({1})), KVN_REFUSED);
-  EXPECT_EQ(ItemsOf(net.gate().GetPositiveWeights()), (std::vector<double>{0.5, 0.25}));
-}

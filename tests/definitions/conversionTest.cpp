@@ -6,6 +6,7 @@
 #include "foundation/resultCodes.h"
 #include "network/node.h"
 #include "tests/support/definitionBuilder.h"
+#include "values/nodeValue.h"
 
 namespace {
 
@@ -74,15 +75,18 @@ struct ParentCase {
   std::vector<int> sizes;
 };
 const ParentCase kParentCases[] = {
-    {KVN_TYPE_CPT,       KVN_TYPE_TABLE,      1, {3, 1}},
-    {KVN_TYPE_CPT,       KVN_TYPE_TRUTHTABLE, 1, {3, 2}},
-    {KVN_TYPE_CPT,       KVN_TYPE_LIST,       0, {}    },
-    {KVN_TYPE_LIST,      KVN_TYPE_CPT,        0, {2}   },
-    {KVN_TYPE_LIST,      KVN_TYPE_TABLE,      0, {1}   },
-    {KVN_TYPE_TABLE,     KVN_TYPE_CPT,        1, {3, 2}},
-    {KVN_TYPE_TABLE,     KVN_TYPE_LIST,       1, {}    },
-    {KVN_TYPE_NOISY_MAX, KVN_TYPE_CPT,        1, {3, 2}},
-    {KVN_TYPE_CPT,       KVN_TYPE_NOISY_MAX,  1, {3, 2}},
+    {KVN_TYPE_CPT,         KVN_TYPE_TABLE,       1, {3, 1}},
+    {KVN_TYPE_CPT,         KVN_TYPE_TRUTHTABLE,  1, {3, 2}},
+    {KVN_TYPE_CPT,         KVN_TYPE_LIST,        0, {}    },
+    {KVN_TYPE_LIST,        KVN_TYPE_CPT,         0, {2}   },
+    {KVN_TYPE_LIST,        KVN_TYPE_TABLE,       0, {1}   },
+    {KVN_TYPE_TABLE,       KVN_TYPE_CPT,         1, {3, 2}},
+    {KVN_TYPE_TABLE,       KVN_TYPE_LIST,        1, {}    },
+    {KVN_TYPE_NOISY_MAX,   KVN_TYPE_CPT,         1, {3, 2}},
+    {KVN_TYPE_CPT,         KVN_TYPE_NOISY_MAX,   1, {3, 2}},
+    {KVN_TYPE_LIST,        KVN_TYPE_NOISY_MAX,   0, {2}   },
+    {KVN_TYPE_TABLE,       KVN_TYPE_NOISY_ADDER, 1, {3, 2}},
+    {KVN_TYPE_NOISY_ADDER, KVN_TYPE_NOISY_MAX,   1, {3, 3}},
 };
 
 TEST(Conversion, ParentsStayOrGo) {
@@ -140,6 +144,19 @@ TEST(Conversion, BinaryGateWithParentsLeavesTheDefaults) {
   const int y = AddNodeOf(network, KVN_TYPE_CAST, "y");
   EXPECT_EQ(network.GetNode(y)->ChangeType(KVN_TYPE_CPT), 0);
   EXPECT_EQ(OutcomesAt(network, y), (Texts{"True", "False"}));
+}
+
+TEST(Conversion, NetworkHearsOfTheNewDefinition) {
+  for (int to : {KVN_TYPE_LIST, KVN_TYPE_TRUTHTABLE, KVN_TYPE_NOISY_MAX, KVN_TYPE_NOISY_ADDER}) {
+    SCOPED_TRACE(to);
+    KVN_network network;
+    const int x = AddNodeOf(network, KVN_TYPE_CPT, "x");
+    const int child = AddNodeOf(network, KVN_TYPE_CPT, "child");
+    AddArcs(network, {x}, child);
+    network.ValueOf(child)->SetValueValid();
+    EXPECT_EQ(network.GetNode(x)->ChangeType(to), 0);
+    EXPECT_FALSE(network.ValueOf(child)->IsValueValid());
+  }
 }
 
 TEST(Conversion, SourceThatIsNotReadyLeavesTheTargetAlone) {

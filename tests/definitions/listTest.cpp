@@ -62,18 +62,6 @@ TEST_F(List, EditsOfAlternatives) {
   EXPECT_EQ(list().GetNumberOfOutcomes(), 2);
 }
 
-TEST_F(List, ChildrenFollowTheAlternatives) {
-  const int x = AddNodeOf(network, KVN_TYPE_CPT, "x");
-  AddArcs(network, {d}, x);
-  WriteCells(network, x, {0.1, 0.9, 0.2, 0.8});
-  EXPECT_EQ(list().SetNumberOfOutcomes(3), KVN_HAS_CHILDREN);
-  ASSERT_EQ(list().InsertOutcome(1, "new"), 0);
-  EXPECT_TRUE(CellsNear(TableOfNode(network, x), {0.1, 0.9, 0.5, 0.5, 0.2, 0.8}, 0.0));
-  ASSERT_EQ(list().ChangeOrderOfOutcomes(IntsOf({2, 0, 1})), 0);
-  EXPECT_TRUE(CellsNear(TableOfNode(network, x), {0.2, 0.8, 0.1, 0.9, 0.5, 0.5}, 0.0));
-  EXPECT_EQ(names(), (Texts{"Choice1", "Choice0", "new"}));
-}
-
 TEST_F(List, SetNumberOfOutcomes) {
   const struct {
     int count;
@@ -89,6 +77,9 @@ TEST_F(List, SetNumberOfOutcomes) {
   }
   EXPECT_EQ(list().SetNumberOfOutcomes(IdsOf({"go", "2nd", "go"})), 0);
   EXPECT_EQ(names(), (Texts{"go", "x2nd", "go2"}));
+  AddArcs(network, {d}, AddNodeOf(network, KVN_TYPE_CPT, "x"));
+  EXPECT_EQ(list().SetNumberOfOutcomes(2), KVN_HAS_CHILDREN);
+  EXPECT_EQ(list().SetNumberOfOutcomes(StringsOf({"p", "q"})), KVN_HAS_CHILDREN);
 }
 
 TEST_F(List, ChoiceValuesAreStoredReorderedAndCopied) {

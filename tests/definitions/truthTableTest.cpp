@@ -27,8 +27,6 @@ class TruthTableUnderParent : public testing::Test {
 TEST_F(TruthTableUnderParent, NewRowsDetermineTheFirstOutcome) {
   EXPECT_TRUE(CellsNear(table(), {1, 0, 0, 1, 0, 0}, kExact));
   EXPECT_EQ(truth().CheckConsistency(1), 0);
-  ASSERT_EQ(truth().ReCreate(), 0);
-  EXPECT_TRUE(CellsNear(table(), {1, 0, 0, 1, 0, 0}, kExact));
 }
 
 TEST_F(TruthTableUnderParent, ResultingStatesByIndex) {
