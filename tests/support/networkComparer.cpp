@@ -80,8 +80,10 @@ Texts BoxesIn(const KVN_textBoxList& boxes) {
   return texts;
 }
 
+Ints PositionIn(const KVN_screenInfo& s) { return {s.position.center_X, s.position.center_Y}; }
+
 Ints ScreenIn(const KVN_screenInfo& s) {
-  Ints numbers = RectangleIn(s.position);
+  Ints numbers = {s.position.width, s.position.height};
   for (int number : {s.color, s.selColor, s.font, s.fontColor, s.borderThickness, s.borderColor,
                      s.screenFlags}) {
     numbers.push_back(number);
@@ -347,6 +349,7 @@ class Comparison {
   }
 
   void CompareDiagram(KVN_submodel& a, KVN_submodel& b) {
+    Expect("layout.position", PositionIn(a.Screen()), PositionIn(b.Screen()));
     Expect("layout.screen", ScreenIn(a.Screen()), ScreenIn(b.Screen()));
     Expect("layout.window", RectangleIn(a.Window()), RectangleIn(b.Window()));
     Expect("layout.window", a.GetWindowColor(), b.GetWindowColor());
@@ -371,6 +374,7 @@ class Comparison {
     CompareHeader(a.Info().Header(), b.Info().Header());
     Expect("node.submodel", SubmodelIdOf(first, a.GetSubmodel()),
            SubmodelIdOf(second, b.GetSubmodel()));
+    Expect("layout.position", PositionIn(a.Info().Screen()), PositionIn(b.Info().Screen()));
     Expect("layout.screen", ScreenIn(a.Info().Screen()), ScreenIn(b.Info().Screen()));
     ExpectTexts("text.properties", PropertiesIn(a.Info().UserProperties()),
                 PropertiesIn(b.Info().UserProperties()));

@@ -20,7 +20,7 @@ class KVN_network;
 ///                    definition.function (the discrete settings of a gate) definition.shape
 ///   text             text.identifier (of the network) text.name text.comment text.properties
 ///                    text.documents text.boxes text.creation
-///   layout           layout.screen layout.window
+///   layout           layout.position layout.screen layout.window
 ///   diagnosis        diagnosis.type diagnosis.flags diagnosis.showAs diagnosis.faults
 ///                    diagnosis.default diagnosis.documents diagnosis.comments diagnosis.question
 ///   cost             cost.parents cost.numbers

@@ -16,23 +16,46 @@
 
 bool IsSet(const char* text) { return text != nullptr && *text != '\0'; }
 
+namespace {
+
+bool HasText(const KVN_stringArray& list) {
+  for (int i = 0; i < list.GetNumItems(); i++) {
+    if (IsSet(list.GetString(i))) return true;
+  }
+  return false;
+}
+
+bool HasDiagnosisType(const KVN_extraDefinition& extra) {
+  return extra.GetDiagnosisType() != KVN_DIAGNOSIS_AUXILIARY || extra.GetRanked() != 0 ||
+         extra.GetMandatory() != 0;
+}
+
+bool HasDiagnosisTexts(KVN_extraDefinition& extra) {
+  for (int i = 0; i < extra.GetOutcomeCount(); i++) {
+    if (extra.GetStateDocumentation(i)->GetCount() > 0) return true;
+  }
+  return extra.GetShowAs() != KVN_extraDefinition::kShowAsInherited || IsSet(extra.GetQuestion()) ||
+         HasText(extra.GetFaultNames()) || HasText(extra.GetStateComments()) ||
+         HasText(extra.GetStateRepairInfo());
+}
+
+bool HasFaults(const KVN_extraDefinition& extra) {
+  for (int flag : extra.GetFaultStates()) {
+    if (flag != 0) return true;
+  }
+  return HasText(extra.GetFaultLabels());
+}
+
+bool HasDefaults(const KVN_extraDefinition& extra) {
+  return extra.GetSetAsDefault() != 0 || extra.GetDefaultOutcome() != 0;
+}
+
+}  // namespace
+
 bool HasDiagnosis(KVN_node& node) {
   KVN_extraDefinition* extra = node.ExtraDefinition();
-  if (extra == nullptr) return false;
-  bool found = extra->GetDiagnosisType() != KVN_DIAGNOSIS_AUXILIARY || extra->GetRanked() != 0 ||
-               extra->GetMandatory() != 0 || extra->GetSetAsDefault() != 0 ||
-               extra->GetShowAs() != KVN_extraDefinition::kShowAsInherited ||
-               extra->GetDefaultOutcome() != 0 || IsSet(extra->GetQuestion());
-  for (int flag : extra->GetFaultStates()) found = found || flag != 0;
-  for (const KVN_stringArray* list :
-       {static_cast<const KVN_stringArray*>(&extra->GetFaultLabels()), &extra->GetFaultNames(),
-        &extra->GetStateComments(), &extra->GetStateRepairInfo()}) {
-    for (int i = 0; i < list->GetNumItems(); i++) found = found || IsSet(list->GetString(i));
-  }
-  for (int i = 0; i < extra->GetOutcomeCount(); i++) {
-    found = found || extra->GetStateDocumentation(i)->GetCount() > 0;
-  }
-  return found;
+  return extra != nullptr && (HasDiagnosisType(*extra) || HasDiagnosisTexts(*extra) ||
+                              HasFaults(*extra) || HasDefaults(*extra));
 }
 
 namespace {
@@ -181,13 +204,44 @@ bool HasAppearance(KVN_network& n, int handle) {
 
 bool IsTarget(KVN_network& n, int handle) { return n.IsTarget(handle) == 1; }
 
-bool HasNodeDiagnosis(KVN_network& n, int handle) { return HasDiagnosis(*n.GetNode(handle)); }
+KVN_extraDefinition& ExtraOf(KVN_network& n, int handle) {
+  return *n.GetNode(handle)->ExtraDefinition();
+}
 
-bool HasCosts(KVN_network& n, int handle) {
-  bool found = n.GetNumberOfParents(handle, /*layer=*/1) > 0;
+/// Whether files list the outcomes of the node one by one: those of the gates over binary nodes are
+/// always the same two.
+bool HasListedStates(KVN_network& n, int handle) {
+  const int type = n.TypeOf(handle);
+  return type != KVN_TYPE_CAST && type != KVN_TYPE_DEMORGAN &&
+         ExtraOf(n, handle).GetOutcomeCount() > 0;
+}
+
+bool HasType(KVN_network& n, int handle) { return HasDiagnosisType(ExtraOf(n, handle)); }
+bool HasTexts(KVN_network& n, int handle) { return HasDiagnosisTexts(ExtraOf(n, handle)); }
+
+bool HasFaultsOfTable(KVN_network& n, int handle) {
+  return HasListedStates(n, handle) && HasFaults(ExtraOf(n, handle));
+}
+
+bool HasFaultsOfGate(KVN_network& n, int handle) {
+  return !HasListedStates(n, handle) && HasFaults(ExtraOf(n, handle));
+}
+
+bool HasDefaultOfState(KVN_network& n, int handle) {
+  return HasListedStates(n, handle) && ExtraOf(n, handle).GetSetAsDefault() != 0;
+}
+
+bool HasOtherDefault(KVN_network& n, int handle) {
+  return HasDefaults(ExtraOf(n, handle)) && !HasDefaultOfState(n, handle);
+}
+
+bool HasCostParents(KVN_network& n, int handle) {
+  return n.GetNumberOfParents(handle, /*layer=*/1) > 0;
+}
+
+bool HasPlainCost(KVN_network& n, int handle) {
   const KVN_Dmatrix& costs = n.GetNode(handle)->Cost()->GetCosts();
-  for (int i = 0; i < costs.GetSize(); i++) found = found || costs[i] != 0.0;
-  return found;
+  return !HasCostParents(n, handle) && costs.GetSize() > 0 && costs[0] != 0.0;
 }
 
 bool HasEvidence(KVN_network& n, int handle) {
@@ -208,23 +262,36 @@ bool HasChoiceValues(KVN_network& n, int handle) {
 }
 
 const NodeCheck kNodeChecks[] = {
-    {kSubmodels,      "submodel",             IsInSubmodel     },
-    {kNodeName,       "name",                 IsNodeNamed      },
-    {kNodeComment,    "comment",              IsNodeCommented  },
-    {kNodeProperties, "properties",           HasNodeProperties},
-    {kNodeDocuments,  "documents",            HasNodeDocuments },
-    {kPosition,       "position",             HasPosition      },
-    {kAppearance,     "appearance",           HasAppearance    },
-    {kTargets,        "target mark",          IsTarget         },
-    {kDiagnosis,      "diagnosis attributes", HasNodeDiagnosis },
-    {kCosts,          "costs",                HasCosts         },
-    {kEvidence,       "evidence",             HasEvidence      },
-    {kSoftEvidence,   "soft evidence",        HasSoftEvidence  },
-    {kTemporal,       "temporal kind",        IsTemporal       },
-    {kChoiceValues,   "choice values",        HasChoiceValues  },
+    {kSubmodels,        "submodel",        IsInSubmodel     },
+    {kNodeName,         "name",            IsNodeNamed      },
+    {kNodeComment,      "comment",         IsNodeCommented  },
+    {kNodeProperties,   "properties",      HasNodeProperties},
+    {kNodeDocuments,    "documents",       HasNodeDocuments },
+    {kPosition,         "position",        HasPosition      },
+    {kAppearance,       "appearance",      HasAppearance    },
+    {kTargets,          "target mark",     IsTarget         },
+    {kDiagnosis,        "diagnosis type",  HasType          },
+    {kDiagnosisTexts,   "diagnosis texts", HasTexts         },
+    {kFaultsOfTables,   "faults",          HasFaultsOfTable },
+    {kFaultsOfGates,    "faults",          HasFaultsOfGate  },
+    {kDefaultsOfStates, "default outcome", HasDefaultOfState},
+    {kOtherDefaults,    "default outcome", HasOtherDefault  },
+    {kCostsByParents,   "costs",           HasCostParents   },
+    {kPlainCosts,       "costs",           HasPlainCost     },
+    {kEvidence,         "evidence",        HasEvidence      },
+    {kSoftEvidence,     "soft evidence",   HasSoftEvidence  },
+    {kTemporal,         "temporal kind",   IsTemporal       },
+    {kChoiceValues,     "choice values",   HasChoiceValues  },
 };
 
 }  // namespace
+
+bool HasPlacedNodes(KVN_network& n) {
+  for (int handle = n.GetFirstNode(); handle >= 0; handle = n.GetNextNode(handle)) {
+    if (HasPosition(n, handle)) return true;
+  }
+  return false;
+}
 
 std::vector<NetworkCheck> NetworkChecks() {
   return {std::begin(kNetworkChecks), std::end(kNetworkChecks)};

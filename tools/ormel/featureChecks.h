@@ -26,5 +26,8 @@ std::vector<NodeCheck> NodeChecks();
 /// Whether any diagnosis attribute differs from those of a new node.
 bool HasDiagnosis(KVN_node& node);
 
+/// Whether any node has been given a place on the diagram.
+bool HasPlacedNodes(KVN_network& network);
+
 /// Neither null nor empty.
 bool IsSet(const char* text);

@@ -24,75 +24,75 @@ double KeepSixteenDigits(double value) {
 
 constexpr int kLongestPiece = 10210;  // KVN_fileFormat::WriteLine cuts there
 
-constexpr unsigned kDescription =
-    kNetworkIdentifier | kNetworkLayout | kNetworkName | kNetworkComment | kNetworkProperties |
-    kSubmodels | kTextBoxes | kSamples | kShowAs | kNodeName | kNodeComment | kNodeProperties |
-    kNodeDocuments | kPosition | kAppearance | kTargets | kDiagnosis | kCosts;
+constexpr std::uint64_t kAllFeatures = ~std::uint64_t{0};
+/// What no file has a place for: states of a session, and numbers that nothing uses.
+constexpr std::uint64_t kOfTheSession = kAlgorithms | kSolver | kUpdateFlags | kNoisyMaxRelevance |
+                                        kEvidence | kSoftEvidence | kChoiceValues;
 
-/// Kinds that the formats with nothing but tables take.
-std::vector<KindFate> PlainTables() {
-  return {
-      {KVN_TYPE_CPT,         Fate::kOwn  },
-      {KVN_TYPE_TRUTHTABLE,  Fate::kTable},
-      {KVN_TYPE_NOISY_MAX,   Fate::kTable},
-      {KVN_TYPE_NOISY_ADDER, Fate::kTable},
-  };
+FormatCapacity Native() {
+  FormatCapacity made;
+  made.format = KVN_FORMAT_KVN;
+  made.features = kAllFeatures & ~(kOfTheSession | kDiscretization | kEpis | kCases | kTemporal);
+  for (int type : {KVN_TYPE_CPT, KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST, KVN_TYPE_TABLE, KVN_TYPE_CAST,
+                   KVN_TYPE_NOISY_MAX, KVN_TYPE_MAU}) {
+    made.kinds.push_back({type, Fate::kOwn});
+  }
+  for (int type : {KVN_TYPE_DEMORGAN, KVN_TYPE_NOISY_ADDER, KVN_TYPE_DCHILD_HPARENT,
+                   KVN_TYPE_DISTRIBUTION, KVN_TYPE_H_EQUATION}) {
+    made.kinds.push_back({type, Fate::kKindOnly});
+  }
+  made.numberKept = KeepEightDecimals;
+  made.longestText = kLongestPiece;
+  return made;
 }
 
-std::vector<KindFate> TablesAndDecisions(Fate others) {
-  std::vector<KindFate> kinds = PlainTables();
-  kinds.push_back({KVN_TYPE_LIST, Fate::kOwn});
-  kinds.push_back({KVN_TYPE_TABLE, Fate::kOwn});
-  kinds.push_back({KVN_TYPE_CAST, others});
-  kinds.push_back({KVN_TYPE_DEMORGAN, others});
-  return kinds;
+FormatCapacity NativeXml() {
+  FormatCapacity made;
+  made.format = KVN_FORMAT_XKVN;
+  made.features = kNetworkIdentifier | kNetworkProperties | kSamples | kDiscretization | kEpis |
+                  kCases | kTemporal | kNodeProperties | kTargets | kDiagnosis | kFaultsOfTables |
+                  kDefaultsOfStates | kCostsByParents | kOrigin;
+  for (int type : {KVN_TYPE_CPT, KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST, KVN_TYPE_TABLE, KVN_TYPE_CAST,
+                   KVN_TYPE_DEMORGAN, KVN_TYPE_NOISY_MAX, KVN_TYPE_NOISY_ADDER, KVN_TYPE_MAU,
+                   KVN_TYPE_EQUATION}) {
+    made.kinds.push_back({type, Fate::kOwn});
+  }
+  made.numberKept = KeepSixteenDigits;
+  made.keepsNonFinite = true;
+  made.dropsCarriageReturns = true;
+  made.needsDeterminism = true;
+  return made;
+}
+
+/// A format whose only chance nodes are tables: `others` is what becomes of the gates over binary
+/// nodes.
+FormatCapacity PlainTables(int format, std::uint64_t features, Fate others) {
+  FormatCapacity made;
+  made.format = format;
+  made.features = features;
+  made.kinds = {
+      {KVN_TYPE_CPT,         Fate::kOwn    },
+      {KVN_TYPE_LIST,        Fate::kOwn    },
+      {KVN_TYPE_TABLE,       Fate::kOwn    },
+      {KVN_TYPE_TRUTHTABLE,  Fate::kTable  },
+      {KVN_TYPE_NOISY_MAX,   Fate::kTable  },
+      {KVN_TYPE_NOISY_ADDER, Fate::kTable  },
+      {KVN_TYPE_CAST,        others        },
+      {KVN_TYPE_DEMORGAN,    others        },
+      {KVN_TYPE_MAU,         Fate::kRefused},
+  };
+  made.numberKept = KeepEightDecimals;
+  made.longestText = kLongestPiece;
+  return made;
 }
 
 const std::vector<FormatCapacity>& Table() {
   static const std::vector<FormatCapacity> table = {
-      {KVN_FORMAT_KVN,
-       kDescription | kCreation | kNetworkDocuments,
-       {{KVN_TYPE_CPT, Fate::kOwn},
-        {KVN_TYPE_TRUTHTABLE, Fate::kOwn},
-        {KVN_TYPE_LIST, Fate::kOwn},
-        {KVN_TYPE_TABLE, Fate::kOwn},
-        {KVN_TYPE_CAST, Fate::kOwn},
-        {KVN_TYPE_NOISY_MAX, Fate::kOwn},
-        {KVN_TYPE_MAU, Fate::kOwn},
-        {KVN_TYPE_DEMORGAN, Fate::kKindOnly},
-        {KVN_TYPE_NOISY_ADDER, Fate::kKindOnly},
-        {KVN_TYPE_DCHILD_HPARENT, Fate::kKindOnly},
-        {KVN_TYPE_DISTRIBUTION, Fate::kKindOnly},
-        {KVN_TYPE_H_EQUATION, Fate::kKindOnly}},
-       KeepEightDecimals,                                                                                                  kLongestPiece},
-      {KVN_FORMAT_XKVN,
-       kDescription | kDiscretization | kEpis | kCases | kTemporal,
-       {{KVN_TYPE_CPT, Fate::kOwn},
-        {KVN_TYPE_TRUTHTABLE, Fate::kOwn},
-        {KVN_TYPE_LIST, Fate::kOwn},
-        {KVN_TYPE_TABLE, Fate::kOwn},
-        {KVN_TYPE_CAST, Fate::kOwn},
-        {KVN_TYPE_DEMORGAN, Fate::kOwn},
-        {KVN_TYPE_NOISY_MAX, Fate::kOwn},
-        {KVN_TYPE_NOISY_ADDER, Fate::kOwn},
-        {KVN_TYPE_MAU, Fate::kOwn},
-        {KVN_TYPE_EQUATION, Fate::kOwn}},
-       KeepSixteenDigits,                                                                                                  0            },
-      {KVN_FORMAT_HUGIN,     kNodeName | kNodeProperties | kPosition,
-       TablesAndDecisions(Fate::kRefused),                                                              KeepEightDecimals, kLongestPiece},
-      {KVN_FORMAT_XMLBIF,    0,                                       TablesAndDecisions(Fate::kTable), KeepEightDecimals, kLongestPiece},
-      {KVN_FORMAT_MICROSOFT, kNetworkName | kNodeName | kPosition,
-       TablesAndDecisions(Fate::kRefused),                                                              KeepEightDecimals, kLongestPiece},
-      {KVN_FORMAT_ERGO,
-       kPosition,                                                     {{KVN_TYPE_CPT, Fate::kOwn},
-        {KVN_TYPE_TRUTHTABLE, Fate::kTable},
-        {KVN_TYPE_LIST, Fate::kRefused},
-        {KVN_TYPE_TABLE, Fate::kRefused},
-        {KVN_TYPE_CAST, Fate::kRefused},
-        {KVN_TYPE_DEMORGAN, Fate::kRefused},
-        {KVN_TYPE_NOISY_MAX, Fate::kRefused},
-        {KVN_TYPE_NOISY_ADDER, Fate::kRefused}},
-       KeepEightDecimals,                                                                                                  kLongestPiece},
+      Native(),
+      NativeXml(),
+      PlainTables(KVN_FORMAT_HUGIN, kNodeName | kNodeProperties | kPosition, Fate::kRefused),
+      PlainTables(KVN_FORMAT_MICROSOFT, kNetworkName | kNodeName | kPosition | kOrigin,
+                  Fate::kRefused),
   };
   return table;
 }

@@ -1,41 +1,49 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 /// Contents of a network that a format may or may not have a place for. Structure, identifiers of
 /// nodes, outcomes and the order of parents are carried by all.
-enum Feature : unsigned {
-  kNetworkName = 1u << 0,
-  kNetworkComment = 1u << 1,
-  kCreation = 1u << 2,
-  kNetworkProperties = 1u << 3,
-  kNetworkDocuments = 1u << 4,
-  kSubmodels = 1u << 5,
-  kTextBoxes = 1u << 6,
-  kSamples = 1u << 7,
-  kShowAs = 1u << 8,
-  kDiscretization = 1u << 9,
-  kAlgorithms = 1u << 10,
-  kEpis = 1u << 11,
-  kSolver = 1u << 12,
-  kUpdateFlags = 1u << 13,
-  kNoisyMaxRelevance = 1u << 14,
-  kCases = 1u << 15,
-  kTemporal = 1u << 16,
-  kNodeName = 1u << 17,
-  kNodeComment = 1u << 18,
-  kNodeProperties = 1u << 19,
-  kNodeDocuments = 1u << 20,
-  kPosition = 1u << 21,
-  kAppearance = 1u << 22,  // size, colours, font and border of a node
-  kTargets = 1u << 23,
-  kDiagnosis = 1u << 24,
-  kCosts = 1u << 25,
-  kEvidence = 1u << 26,
-  kSoftEvidence = 1u << 27,
-  kChoiceValues = 1u << 28,
-  kNetworkIdentifier = 1u << 29,
-  kNetworkLayout = 1u << 30,  // window and box of the whole network
+enum Feature : std::uint64_t {
+  kNetworkIdentifier = 1ull << 0,
+  kNetworkName = 1ull << 1,
+  kNetworkComment = 1ull << 2,
+  kNetworkLayout = 1ull << 3,  // window and box of the whole network
+  kCreation = 1ull << 4,
+  kNetworkProperties = 1ull << 5,
+  kNetworkDocuments = 1ull << 6,
+  kSubmodels = 1ull << 7,
+  kTextBoxes = 1ull << 8,
+  kSamples = 1ull << 9,
+  kShowAs = 1ull << 10,
+  kDiscretization = 1ull << 11,
+  kAlgorithms = 1ull << 12,
+  kEpis = 1ull << 13,
+  kSolver = 1ull << 14,
+  kUpdateFlags = 1ull << 15,
+  kNoisyMaxRelevance = 1ull << 16,
+  kCases = 1ull << 17,
+  kTemporal = 1ull << 18,
+  kNodeName = 1ull << 19,
+  kNodeComment = 1ull << 20,
+  kNodeProperties = 1ull << 21,
+  kNodeDocuments = 1ull << 22,
+  kPosition = 1ull << 23,
+  kAppearance = 1ull << 24,  // size, colours, font and border of a node
+  kTargets = 1ull << 25,
+  kDiagnosis = 1ull << 26,         // type, ranked, mandatory
+  kDiagnosisTexts = 1ull << 27,    // names, comments, documents, question, display mode
+  kFaultsOfTables = 1ull << 28,    // fault marks and labels of the outcomes
+  kFaultsOfGates = 1ull << 29,     // the same of a gate over binary nodes
+  kDefaultsOfStates = 1ull << 30,  // the default outcome where it is to be set
+  kOtherDefaults = 1ull << 31,     // where it is not, or is of such a gate or a utility
+  kCostsByParents = 1ull << 32,    // costs that depend on other nodes
+  kPlainCosts = 1ull << 33,        // a single cost
+  kEvidence = 1ull << 34,
+  kSoftEvidence = 1ull << 35,
+  kChoiceValues = 1ull << 36,
+  kOrigin = 1ull << 37,  // where the whole drawing stands, as against the places in it
 };
 
 /// What becomes of a definition in a file of the format.
@@ -53,13 +61,16 @@ struct KindFate {
 };
 
 /// What one format can carry: the description from which all its losses follow. A new format is a
-/// new row, and the test of the losses holds every row against what its writer and reader do.
+/// new description, and the test of the losses holds each against what its writer and reader do.
 struct FormatCapacity {
-  int format;
-  unsigned features;
-  std::vector<KindFate> kinds;   // other kinds are kGone
-  double (*numberKept)(double);  // a number after writing and reading
-  int longestText;               // bytes, 0 for no limit
+  int format = 0;
+  std::uint64_t features = 0;              // that it carries
+  std::vector<KindFate> kinds;             // other kinds are kGone
+  double (*numberKept)(double) = nullptr;  // a number after writing and reading
+  bool keepsNonFinite = false;             // also NaN and infinity
+  bool dropsCarriageReturns = false;
+  bool needsDeterminism = false;  // refuses to read a deterministic row without a 1.0
+  int longestText = 0;            // bytes, 0 for no limit
 
   Fate FateOf(int type) const;
   bool Carries(Feature feature) const { return (features & feature) != 0; }

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "definitions/cast.h"
+#include "definitions/demorgan.h"
+#include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "network/extraDefinition.h"
 #include "network/network.h"
@@ -22,13 +24,14 @@ namespace {
 
 const char* OrEmpty(const char* text) { return text == nullptr ? "" : text; }
 
-/// Lists whose numbers a node is written with.
-std::vector<double> NumbersOf(KVN_nodeDefinition& definition) {
+/// The numbers that a definition is written with: those of the table that it stands for, or its
+/// own.
+std::vector<double> NumbersOf(KVN_nodeDefinition& definition, bool asTable) {
   std::vector<double> numbers;
   const auto take = [&numbers](const KVN_doubleArray& list) {
     numbers.insert(numbers.end(), list.GetItems(), list.GetItems() + UsedCount(list));
   };
-  switch (definition.GetType()) {
+  switch (asTable ? KVN_TYPE_NONE : definition.GetType()) {
     case KVN_TYPE_CAST: {
       const auto& gate = static_cast<const KVN_cast&>(definition);
       take(gate.GetPositiveWeights());
@@ -36,8 +39,18 @@ std::vector<double> NumbersOf(KVN_nodeDefinition& definition) {
       numbers.push_back(gate.GetBaseline());
       break;
     }
+    case KVN_TYPE_DEMORGAN: {
+      const auto& gate = static_cast<const KVN_demorgan&>(definition);
+      take(gate.GetParentWeights());
+      numbers.push_back(gate.GetPriorBelief());
+      break;
+    }
     case KVN_TYPE_NOISY_MAX:
       take(static_cast<const KVN_noisyMAX&>(definition).GetParameters().GetItems());
+      break;
+    case KVN_TYPE_NOISY_ADDER:
+      take(static_cast<const KVN_noisyAdder&>(definition).GetParameters().GetItems());
+      take(static_cast<const KVN_noisyAdder&>(definition).GetWeights());
       break;
     case KVN_TYPE_LIST:        // its choice values have a check of their own
     case KVN_TYPE_TRUTHTABLE:  // written as names
@@ -51,21 +64,30 @@ std::vector<double> NumbersOf(KVN_nodeDefinition& definition) {
   return numbers;
 }
 
-/// Whether each row has its single 1.0, so that names can stand for it.
-bool IsDeterministic(KVN_nodeDefinition& definition) {
+/// How a deterministic node's rows can be written as names.
+enum class Rows {
+  kExact,    // each has its single 1.0
+  kInexact,  // one holds something besides its first 1.0
+  kOpen,     // one has no 1.0
+};
+
+Rows RowsOf(KVN_nodeDefinition& definition) {
   KVN_Dmatrix* table = nullptr;
   const int outcomes = definition.GetNumberOfOutcomes();
-  if (definition.GetDefinition(table) != 0 || outcomes < 1) return true;
+  if (definition.GetDefinition(table) != 0 || outcomes < 1) return Rows::kExact;
+  Rows worst = Rows::kExact;
   for (int start = 0; start + outcomes <= table->GetSize(); start += outcomes) {
     int ones = 0;
+    int others = 0;
     for (int i = 0; i < outcomes; i++) {
       const double cell = (*table)[start + i];
-      if (cell != 0.0 && cell != 1.0) return false;
       if (cell == 1.0) ones++;
+      if (cell != 0.0 && cell != 1.0) others++;
     }
-    if (ones != 1) return false;
+    if (ones == 0) return Rows::kOpen;
+    if (ones > 1 || others > 0) worst = Rows::kInexact;
   }
-  return true;
+  return worst;
 }
 
 /// One list of losses in the making.
@@ -76,6 +98,9 @@ class Finder {
   std::vector<Loss> Run() {
     for (const NetworkCheck& check : NetworkChecks()) {
       if (!capacity.Carries(check.feature) && check.isThere(network)) AddPlain(check.what);
+    }
+    if (capacity.Carries(kPosition) && !capacity.Carries(kOrigin) && HasPlacedNodes(network)) {
+      Add("drawing", "it moves as a whole");
     }
     CheckSubmodels();
     for (int handle : NodesInOrder()) Foresee(handle);
@@ -114,9 +139,11 @@ class Finder {
   void CheckSubmodels() {
     KVN_submodelHandler& submodels = network.Submodels();
     CheckTexts(*submodels.GetSubmodel(KVN_ROOT_SUBMODEL));
-    CheckLength("creation", network.Creation().GetCreator());
-    CheckLength("creation", network.Creation().GetCreated());
-    CheckLength("creation", network.Creation().GetModified());
+    if (capacity.Carries(kCreation)) {
+      CheckText("creation", network.Creation().GetCreator());
+      CheckText("creation", network.Creation().GetCreated());
+      CheckText("creation", network.Creation().GetModified());
+    }
     CheckProperties(network.UserProperties(), kNetworkProperties);
     CheckDocuments("documents", network.Documentation(), kNetworkDocuments);
     KVN_intArray handles;
@@ -138,8 +165,13 @@ class Finder {
   }
 
   void CheckTexts(KVN_submodel& submodel) {
-    CheckLength("name", submodel.Header().GetName());
-    CheckLength("comment", submodel.Header().GetComment());
+    const bool isNetwork = where.empty();
+    if (!isNetwork || capacity.Carries(kNetworkName)) {
+      CheckText("name", submodel.Header().GetName());
+    }
+    if (!isNetwork || capacity.Carries(kNetworkComment)) {
+      CheckText("comment", submodel.Header().GetComment());
+    }
     const KVN_textBoxList& boxes = submodel.TextBoxes();
     if (!capacity.Carries(kTextBoxes)) {
       if (boxes.GetCount() > 0) AddPlain("text boxes");
@@ -147,49 +179,53 @@ class Finder {
     }
     for (int i = 0; i < boxes.GetCount(); i++) {
       if (boxes.GetText(i) == nullptr) Add("text boxes", "a text box without a text isn't written");
-      CheckLength("text boxes", boxes.GetText(i));
+      CheckText("text boxes", boxes.GetText(i));
     }
   }
 
   // Texts.
 
-  void CheckLength(const char* what, const char* text) {
+  void CheckText(const char* what, const char* text) {
     const std::size_t length = std::strlen(OrEmpty(text));
     const std::size_t limit = static_cast<std::size_t>(capacity.longestText);
-    if (limit == 0 || length <= limit) return;
-    Add(what, "a text of " + std::to_string(length) + " bytes is cut to its first " +
-                  std::to_string(limit));
+    if (limit > 0 && length > limit) {
+      Add(what, "a text of " + std::to_string(length) + " bytes is cut to its first " +
+                    std::to_string(limit));
+    }
+    if (capacity.dropsCarriageReturns && std::strchr(OrEmpty(text), '\r') != nullptr) {
+      Add(what, "carriage returns aren't kept");
+    }
   }
 
   void CheckProperties(const KVN_userProperties& properties, Feature feature) {
     if (!capacity.Carries(feature)) return;
     for (int i = 0; i < properties.GetCount(); i++) {
-      CheckLength("properties", properties.GetValue(i));
+      CheckText("properties", properties.GetValue(i));
     }
   }
 
   void CheckDocuments(const char* what, const KVN_documentation& documents, Feature feature) {
     if (!capacity.Carries(feature)) return;
     for (int i = 0; i < documents.GetCount(); i++) {
-      CheckLength(what, documents.GetTitle(i));
-      CheckLength(what, documents.GetLocation(i));
+      CheckText(what, documents.GetTitle(i));
+      CheckText(what, documents.GetLocation(i));
     }
   }
 
   void CheckNodeTexts(KVN_node& node) {
-    if (capacity.Carries(kNodeName)) CheckLength("name", node.Info().Header().GetName());
-    if (capacity.Carries(kNodeComment)) CheckLength("comment", node.Info().Header().GetComment());
+    if (capacity.Carries(kNodeName)) CheckText("name", node.Info().Header().GetName());
+    if (capacity.Carries(kNodeComment)) CheckText("comment", node.Info().Header().GetComment());
     CheckProperties(node.Info().UserProperties(), kNodeProperties);
     CheckDocuments("documents", node.Info().Documentation(), kNodeDocuments);
     KVN_extraDefinition* extra = node.ExtraDefinition();
-    if (extra == nullptr || !capacity.Carries(kDiagnosis)) return;
-    const char* const what = "diagnosis attributes";
-    CheckLength(what, extra->GetQuestion());
+    if (extra == nullptr || !capacity.Carries(kDiagnosisTexts)) return;
+    const char* const what = "diagnosis texts";
+    CheckText(what, extra->GetQuestion());
     for (int i = 0; i < extra->GetOutcomeCount(); i++) {
-      CheckLength(what, extra->GetFaultNames().GetString(i));
-      CheckLength(what, extra->GetStateComments().GetString(i));
-      CheckLength(what, extra->GetStateRepairInfo().GetString(i));
-      CheckDocuments(what, *extra->GetStateDocumentation(i), kDiagnosis);
+      CheckText(what, extra->GetFaultNames().GetString(i));
+      CheckText(what, extra->GetStateComments().GetString(i));
+      CheckText(what, extra->GetStateRepairInfo().GetString(i));
+      CheckDocuments(what, *extra->GetStateDocumentation(i), kDiagnosisTexts);
     }
   }
 
@@ -238,7 +274,7 @@ class Finder {
     CheckDefinition(*node.Definition(), outlook);
     CheckParents(handle, outlook);
     CheckOwnOutcomes(node, outlook);
-    if (capacity.Carries(kCosts)) CheckCosts(handle);
+    if (CarriesCosts(handle)) CheckCosts(handle);
   }
 
   void CheckSubmodelOf(KVN_node& node) {
@@ -254,7 +290,7 @@ class Finder {
     switch (outlook.fate) {
       case Fate::kTable:
         Add("kind", kind + " becomes a plain table");
-        return CheckNumbers("digits", NumbersOf(definition));
+        return CheckNumbers("digits", NumbersOf(definition, /*asTable=*/true));
       case Fate::kKindOnly:
         return Add("numbers", "the format has no statement for those of " + kind);
       case Fate::kRefused:
@@ -262,10 +298,16 @@ class Finder {
       default:
         break;
     }
-    if (definition.GetType() == KVN_TYPE_TRUTHTABLE && !IsDeterministic(definition)) {
-      Add("numbers", "a row that isn't deterministic is written as its first 1.0");
+    if (definition.GetType() == KVN_TYPE_TRUTHTABLE) CheckRows(RowsOf(definition));
+    CheckNumbers("digits", NumbersOf(definition, /*asTable=*/false));
+  }
+
+  void CheckRows(Rows rows) {
+    if (rows == Rows::kExact) return;
+    Add("numbers", "a row that isn't deterministic is written as its first 1.0");
+    if (rows == Rows::kOpen && capacity.needsDeterminism) {
+      Add("file", "with a row that has no 1.0 it can't be read back");
     }
-    CheckNumbers("digits", NumbersOf(definition));
   }
 
   /// Digits that aren't kept, and numbers that can't be read at all: with such a one the whole list
@@ -274,6 +316,7 @@ class Finder {
     double largest = 0.0;
     for (std::size_t i = 0; i < numbers.size(); i++) {
       if (!std::isfinite(numbers[i])) {
+        if (capacity.keepsNonFinite) continue;
         return Add(*what == 'd' ? "numbers" : "costs",
                    "number " + std::to_string(i + 1) +
                        " isn't finite, and no list with such a number can be read back");
@@ -342,6 +385,11 @@ class Finder {
       Add("diagnosis attributes", "they are lists with an entry per outcome, of which " +
                                       std::to_string(outlook.outcomesBack) + " come back");
     }
+  }
+
+  bool CarriesCosts(int handle) const {
+    const bool dependsOnNodes = network.GetNumberOfParents(handle, /*layer=*/1) > 0;
+    return capacity.Carries(dependsOnNodes ? kCostsByParents : kPlainCosts);
   }
 
   void CheckCosts(int handle) {

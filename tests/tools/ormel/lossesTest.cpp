@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -32,7 +33,7 @@ namespace {
 /// The fields of the comparison that a kind of loss may touch.
 const std::map<std::string, std::vector<std::string>> kFieldsOfLoss = {
     {"identifier",                      {"text.identifier"}                                                  },
-    {"layout",                          {"layout.screen", "layout.window"}                                   },
+    {"layout",                          {"layout.position", "layout.screen", "layout.window"}                },
     {"name",                            {"text.name"}                                                        },
     {"comment",                         {"text.comment"}                                                     },
     {"creation",                        {"text.creation"}                                                    },
@@ -52,7 +53,7 @@ const std::map<std::string, std::vector<std::string>> kFieldsOfLoss = {
     {"parents",                         {"node.parents"}                                                     },
     {"kind",                            {"node.kind"}                                                        },
     {"target mark",                     {"node.target"}                                                      },
-    {"position",                        {"layout.screen"}                                                    },
+    {"position",                        {"layout.position"}                                                  },
     {"appearance",                      {"layout.screen"}                                                    },
     {"outcomes",                        {"definition.outcomes"}                                              },
     {"numbers",                         {"definition.numbers", "definition.function", "definition.strengths"}},
@@ -62,12 +63,19 @@ const std::map<std::string, std::vector<std::string>> kFieldsOfLoss = {
     {"cost digits",                     {"cost.numbers"}                                                     },
     {"evidence",                        {"evidence.outcome"}                                                 },
     {"soft evidence",                   {"evidence.virtual"}                                                 },
+    {"diagnosis type",                  {"diagnosis.type", "diagnosis.flags"}                                },
+    {"diagnosis texts",
+     {"diagnosis.faults", "diagnosis.documents", "diagnosis.comments", "diagnosis.question",
+      "diagnosis.showAs"}                                                                                    },
+    {"faults",                          {"diagnosis.faults"}                                                 },
+    {"default outcome",                 {"diagnosis.default", "diagnosis.flags"}                             },
     {"diagnosis attributes",
-     {"diagnosis.type", "diagnosis.flags", "diagnosis.showAs", "diagnosis.faults",
-      "diagnosis.default", "diagnosis.documents", "diagnosis.comments", "diagnosis.question"}                },
+     {"diagnosis.faults", "diagnosis.default", "diagnosis.documents", "diagnosis.comments"}                  },
 };
 
 bool Explains(const Loss& loss, const NetworkDifference& difference) {
+  // Where a drawing moves as a whole, every node of it does.
+  if (loss.what == "drawing") return difference.field == "layout.position";
   if (loss.node != difference.node) return false;
   const auto found = kFieldsOfLoss.find(loss.what);
   if (found == kFieldsOfLoss.end()) return false;
@@ -95,7 +103,12 @@ void ExpectTruth(KVN_network& network, int format) {
     return;
   }
   KVN_network back;
-  ASSERT_EQ(back.ReadFile(file.c_str(), format), 0);
+  if (back.ReadFile(file.c_str(), format) != 0) {
+    const bool isTold = std::any_of(losses.begin(), losses.end(),
+                                    [](const Loss& loss) { return loss.what == "file"; });
+    EXPECT_TRUE(isTold) << "the file can't be read back, and nothing tells";
+    return;
+  }
   NetworkCompareOptions options;
   options.unsetIsEmpty = true;
   const std::vector<NetworkDifference> differences = CompareNetworks(network, back, options);
@@ -112,8 +125,19 @@ void ExpectTruth(KVN_network& network, int format) {
   }
 }
 
-/// Formats whose description is complete. A format joins the list with its row.
-constexpr int kHeldFormats[] = {KVN_FORMAT_KVN};
+/// The formats that are described. Where one of them has learnt to carry more, this test fails with
+/// "no difference", and the description (formatCapacity.cpp) gets the new feature.
+constexpr int kHeldFormats[] = {KVN_FORMAT_KVN, KVN_FORMAT_HUGIN, KVN_FORMAT_MICROSOFT,
+                                KVN_FORMAT_XKVN};
+
+/// Kinds of nodes that don't make the format refuse the whole network.
+std::vector<int> KindsTakenBy(int format) {
+  std::vector<int> kinds;
+  for (int kind : RandomNetworkOptions().kinds) {
+    if (CapacityOf(format)->FateOf(kind) != Fate::kRefused) kinds.push_back(kind);
+  }
+  return kinds;
+}
 
 /// The first node of the kind, -1 if there is none.
 int FirstOf(KVN_network& network, int type) {
@@ -206,6 +230,7 @@ TEST(Losses, AreWhatWritingAndReadingLoses) {
                      std::to_string(format));
         RandomNetworkOptions options;
         options.nodes = 12;
+        options.kinds = KindsTakenBy(format);
         KVN_network network;
         FillRandomNetwork(network, seed, options);
         spoiling.spoil(network);
