@@ -5,8 +5,9 @@
 #include "ormel/text.h"
 
 std::string DescribeLoss(const Loss& loss) {
-  const std::string place =
-      loss.node.empty() ? "network" : "node " + ToPrintable(loss.node.c_str());
+  const std::string place = loss.node.empty() ? "network"
+                                              : (loss.ofSubmodel ? "submodel " : "node ") +
+                                                    ToPrintable(loss.node.c_str());
   return place + ": " + loss.what + ": " + ToPrintable(loss.why.c_str());
 }
 

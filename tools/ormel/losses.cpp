@@ -123,7 +123,7 @@ class Finder {
   }
 
   void Add(const std::string& what, const std::string& why) {
-    losses.push_back({where, what, why});
+    losses.push_back({where, what, why, isSubmodel});
   }
   void AddPlain(const char* what) { Add(what, "the format has no place for it"); }
 
@@ -151,6 +151,7 @@ class Finder {
     for (int handle : handles) {
       KVN_submodel& submodel = *submodels.GetSubmodel(handle);
       if (handle == KVN_ROOT_SUBMODEL) continue;
+      isSubmodel = true;
       where = OrEmpty(submodel.Header().GetId());
       if (!capacity.Carries(kSubmodels)) {
         AddPlain("submodel");
@@ -161,6 +162,7 @@ class Finder {
         CheckTexts(submodel);
       }
     }
+    isSubmodel = false;
     where.clear();
   }
 
@@ -407,7 +409,8 @@ class Finder {
   const FormatCapacity& capacity;
   const std::vector<NodeCheck> nodeChecks = NodeChecks();
   std::map<int, Outlook> outlooks;
-  std::string where;  // identifier for the losses found now
+  std::string where;        // identifier for the losses found now
+  bool isSubmodel = false;  // which `where` names then
   std::vector<Loss> losses;
 };
 

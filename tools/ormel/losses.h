@@ -10,6 +10,7 @@ struct Loss {
   std::string node;  // identifier of the node or submodel; empty for the network itself
   std::string what;  // a fixed word or two: "numbers", "digits", "evidence", ...
   std::string why;
+  bool ofSubmodel = false;  // `node` names a submodel
 };
 
 /// What writing the network in the format, and reading it back, would lose: first what belongs to
