@@ -25,7 +25,7 @@
 namespace {
 
 constexpr std::uint64_t kSeed = 20240611;
-constexpr int kRepetitions = 3;
+constexpr int kRepetitions = 5;
 constexpr int kLargest = 50000;
 
 // Goals at 50,000 nodes.
