@@ -34,9 +34,9 @@ TEST(Demorgan, RowsFollowTheNumbers) {
   for (const RowsCase& c : kRowsCases) {
     SCOPED_TRACE(c.name);
     GateNet<KVN_demorgan> net(static_cast<int>(c.types.size()));
-    EXPECT_EQ(net.gate().SetParentTypes(IntsOf(c.types)), 0);
     EXPECT_EQ(net.gate().SetParentWeights(DoublesOf(c.weights)), 0);
     EXPECT_EQ(net.gate().SetPriorBelief(c.prior), 0);
+    EXPECT_EQ(net.gate().SetParentTypes(IntsOf(c.types)), 0);
     EXPECT_TRUE(net.HasRows(c.rows));
   }
 }
@@ -48,7 +48,6 @@ TEST(Demorgan, NumbersTravelWithTheirParents) {
   ASSERT_EQ(net.gate().SetPriorBelief(0), 0);
   ASSERT_EQ(net.gate().SetParentWeights(DoublesOf({0.1, 0.2, 0.4})), 0);
   EXPECT_TRUE(net.HasRows({0.568, 0.28, 0.46, 0.1, 0.52, 0.2, 0.4, 0}));
-
   ASSERT_EQ(net.network.ChangeOrderOfParents(net.handle, IntsOf({2, 0, 1})), 0);
   EXPECT_TRUE(net.HasRows({0.568, 0.46, 0.52, 0.4, 0.28, 0.1, 0.2, 0}));
 
