@@ -1,0 +1,1 @@
+#include "expressions/expression.h"
