@@ -68,7 +68,9 @@ class KVN_expression {
   /// Rewrites the tree by one step at each place where a rule applies, from the root down, not
   /// going below a place that changed. `self` is the owner's pointer to this node, which may delete
   /// itself and leave a replacement there. True when the tree changed; SimplifyFully repeats it. No
-  /// child may be null. docs/expressions.md tells the rules that change a value.
+  /// child may be null. docs/expressions.md tells the rules that change a value; one of them looks
+  /// at the values that variables have now, so give them values first, or NaN for a tree that is to
+  /// hold for all values.
   virtual bool Simplify(KVN_expression*& self);
   /// The value without the node's own sign. Never fails: what has no value gives an infinity or a
   /// NaN. A distribution draws a sample. Allocates nothing in trees of up to 256 levels.
