@@ -1,43 +1,22 @@
 #include "ormel/queryReport.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iomanip>
 #include <nlohmann/json.hpp>
 #include <ostream>
-#include <sstream>
 
 #include "definitions/nodeDefinition.h"
 #include "foundation/dmatrix.h"
 #include "foundation/idArray.h"
 #include "network/network.h"
 #include "network/node.h"
+#include "ormel/reportText.h"
 #include "ormel/text.h"
 #include "values/nodeValue.h"
 
 namespace {
 
-constexpr int kBarWidth = 40;
 constexpr int kDefaultTableDigits = 4;
-constexpr const char* kBold = "\x1b[1m";
-constexpr const char* kPlain = "\x1b[0m";
-
-std::string Fixed(double value, int digits) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(digits) << value;
-  return text.str();
-}
-
-double Rounded(double value, int digits) {
-  return digits < 0 ? value : std::strtod(Fixed(value, digits).c_str(), nullptr);
-}
-
-std::string CsvField(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-  return quoted + "\"";
-}
 
 }  // namespace
 
@@ -70,12 +49,10 @@ void PrintQueryTable(const QueryReport& report, int digits, bool colour, std::os
   }
   const int decimals = digits < 0 ? kDefaultTableDigits : digits;
   for (const QueryReport::Node& node : report.nodes) {
-    stream << (colour ? kBold : "") << ToPrintable(node.id.c_str()) << (colour ? kPlain : "")
-           << (node.observed >= 0 ? "  (observed)" : "") << '\n';
+    PrintNodeName(node.id, node.observed >= 0, colour, stream);
     for (std::size_t k = 0; k < node.states.size(); k++) {
       const double p = node.posterior[k];
-      const long filled = p > 0.0 && p <= 1.0 ? std::lround(p * kBarWidth) : 0;
-      const std::string bar(static_cast<std::size_t>(filled), '#');
+      const std::string bar = BarOf(p);
       stream << "  " << std::left << std::setw(static_cast<int>(width) + 2)
              << ToPrintable(node.states[k].c_str()) << Fixed(p, decimals)
              << (bar.empty() ? "" : "  ") << bar << '\n';
