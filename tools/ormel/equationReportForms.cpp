@@ -68,7 +68,8 @@ void PrintMoments(const Node& node, int digits, std::ostream& stream) {
 void PrintEquationTable(const EquationReport& report, int digits, bool colour,
                         std::ostream& stream) {
   for (const Node& node : report.nodes) {
-    PrintNodeName(node.id, node.isObserved, colour, stream);
+    PrintNodeName(node.id, colour, stream);
+    stream << (node.isObserved ? "  (observed)" : "") << '\n';
     if (node.hasMoments) PrintMoments(node, digits, stream);
     PrintRanges(node.intervals.empty() ? node.histogram : node.intervals, digits, stream);
   }

@@ -39,7 +39,6 @@ std::string BarOf(double probability) {
   return std::string(static_cast<std::size_t>(filled), '#');
 }
 
-void PrintNodeName(const std::string& id, bool isObserved, bool colour, std::ostream& stream) {
-  stream << (colour ? kBold : "") << ToPrintable(id.c_str()) << (colour ? kPlain : "")
-         << (isObserved ? "  (observed)" : "") << '\n';
+void PrintNodeName(const std::string& id, bool colour, std::ostream& stream) {
+  stream << (colour ? kBold : "") << ToPrintable(id.c_str()) << (colour ? kPlain : "");
 }

@@ -13,5 +13,5 @@ double Rounded(double value, int digits);
 std::string CsvField(const std::string& text);
 /// A bar for a probability; empty for one that is outside [0, 1] or rounds to nothing.
 std::string BarOf(double probability);
-/// The line above a node's numbers.
-void PrintNodeName(const std::string& id, bool isObserved, bool colour, std::ostream& stream);
+/// The start of the line above a node's numbers.
+void PrintNodeName(const std::string& id, bool colour, std::ostream& stream);
