@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 #include <new>
+#include <numeric>
 #include <utility>
 
 #include "inference/exact/relevanceGraph.h"
@@ -12,21 +13,98 @@ namespace {
 /// Rounding of a sum of doubles near 1; a distribution that misses 1 by more is treated as a table.
 constexpr double kUnitTolerance = 4e-15;
 
-/// Odometer over the states of several variables: the last one fastest.
-class StateWalk {
+/// Distance in cells to each state of a variable that is to be visited.
+using StateOffsets = std::vector<std::int64_t>;
+
+StateOffsets AllStates(int states, std::int64_t stride) {
+  StateOffsets offsets(static_cast<std::size_t>(states));
+  for (int k = 0; k < states; ++k) offsets[k] = k * stride;
+  return offsets;
+}
+
+/// Visits the runs of a table along its last variable, for every combination of states of the
+/// others, the one before the last fastest. A step costs no more than the digits that turn over, so
+/// that a whole table is read about as fast as its runs are.
+class RowWalk {
  public:
-  explicit StateWalk(std::size_t count) : at(count, 0) {}
-  /// False at the end. `sizeOf(i)` is the number of states of variable i.
-  template <typename SizeOf>
-  bool Next(SizeOf sizeOf) {
-    for (std::size_t i = at.size(); i-- > 0;) {
-      if (++at[i] < sizeOf(i)) return true;
-      at[i] = 0;
+  /// An entry for each variable of the table, in table order; a table of one cell has none.
+  explicit RowWalk(std::vector<StateOffsets> visited) : outer(std::move(visited)), run(1, 0) {
+    if (outer.empty()) return;
+    run = std::move(outer.back());
+    outer.pop_back();
+    at.assign(outer.size(), 0);
+    for (const StateOffsets& offsets : outer) start += offsets[0];
+  }
+  /// Where the present run starts, and the distances of its cells from there.
+  std::int64_t Start() const { return start; }
+  const StateOffsets& Run() const { return run; }
+  /// Places in their lists of the states of all variables but the last.
+  const std::vector<int>& At() const { return at; }
+  /// False at the end.
+  bool Next() {
+    for (std::size_t d = outer.size(); d-- > 0;) {
+      const StateOffsets& offsets = outer[d];
+      start -= offsets[at[d]];
+      at[d] = at[d] + 1 < static_cast<int>(offsets.size()) ? at[d] + 1 : 0;
+      start += offsets[at[d]];
+      if (at[d] != 0) return true;
     }
     return false;
   }
+
+ private:
+  std::vector<StateOffsets> outer;
+  StateOffsets run;
   std::vector<int> at;
+  std::int64_t start = 0;
 };
+
+/// Which of the listed states of a table's variables have been seen with a cell above 0.
+class Support {
+ public:
+  explicit Support(const std::vector<std::vector<int>>& choices) : marks(choices.size()) {
+    for (std::size_t d = 0; d < choices.size(); ++d) {
+      marks[d].assign(choices[d].size(), 0);
+      open += choices[d].size();
+    }
+  }
+  bool Has(std::size_t d, int choice) const { return marks[d][choice] != 0; }
+  void Add(std::size_t d, int choice) {
+    open -= marks[d][choice] == 0 ? 1 : 0;
+    marks[d][choice] = 1;
+  }
+  bool IsComplete() const { return open == 0; }
+
+ private:
+  std::vector<std::vector<char>> marks;
+  std::size_t open = 0;
+};
+
+/// Looks for what the run at `cells` supports. Once its combination of outer states is supported
+/// it tells no more than the own states that are still without support (`missing`, which shrinks).
+void AddSupportOfRun(const double* cells, const RowWalk& walk, std::vector<int>& missing,
+                     Support& support) {
+  const std::size_t last = walk.At().size();
+  bool isTold = true;
+  for (std::size_t d = 0; isTold && d < last; ++d) isTold = support.Has(d, walk.At()[d]);
+  if (isTold && missing.empty()) return;
+  const StateOffsets& run = walk.Run();
+  // Not a number counts as support: it must not vanish from the result.
+  for (std::size_t i = 0; i < missing.size();) {
+    if (cells[run[missing[i]]] == 0.0) {
+      ++i;
+      continue;
+    }
+    support.Add(last, missing[i]);
+    missing[i] = missing.back();
+    missing.pop_back();
+  }
+  bool isSupported = false;
+  for (std::size_t k = 0; !isTold && !isSupported && k < run.size(); ++k) {
+    isSupported = cells[run[k]] != 0.0;
+  }
+  for (std::size_t d = 0; isSupported && d < last; ++d) support.Add(d, walk.At()[d]);
+}
 
 }  // namespace
 
@@ -68,13 +146,13 @@ bool TreeInput::Load() {
 
 /// Whether a table rules out anything at all: most don't, and are never looked at again.
 bool TreeInput::HasZeros(int position) const {
-  const TreeFactor& factor = factors[position];
-  StateWalk walk(factor.variables.size());
+  RowWalk walk(OffsetsOf(position));
   do {
-    std::int64_t offset = 0;
-    for (std::size_t d = 0; d < walk.at.size(); ++d) offset += factor.strides[d] * walk.at[d];
-    if (factor.cells[offset] == 0.0) return true;
-  } while (walk.Next([&](std::size_t d) { return states[factor.variables[d]]; }));
+    const double* cells = factors[position].cells + walk.Start();
+    for (std::int64_t offset : walk.Run()) {
+      if (cells[offset] == 0.0) return true;
+    }
+  } while (walk.Next());
   return false;
 }
 
@@ -82,36 +160,30 @@ bool TreeInput::HasZeros(int position) const {
 /// states that are alive; lists the variables that lost one. False when one has none left.
 bool TreeInput::RemoveUnsupported(int position, std::vector<int>& shrunk) {
   const TreeFactor& factor = factors[position];
-  std::size_t count = factor.variables.size();
+  const std::size_t count = factor.variables.size();
+  if (count == 0) return true;  // an impossible cell shows in the sums
   std::vector<std::vector<int>> choices(count);
-  std::vector<std::vector<char>> supported(count);
-  std::size_t open = 0;  // states still without support
+  std::vector<StateOffsets> offsets(count);
   for (std::size_t d = 0; d < count; ++d) {
     const std::vector<char>& outcomes = alive[factor.variables[d]];
     for (int k = 0; k < static_cast<int>(outcomes.size()); ++k) {
-      if (outcomes[k] != 0) choices[d].push_back(k);
+      if (outcomes[k] == 0) continue;
+      choices[d].push_back(k);
+      offsets[d].push_back(k * factor.strides[d]);
     }
-    supported[d].assign(choices[d].size(), 0);
-    open += choices[d].size();
   }
-  StateWalk walk(count);
+  Support support(choices);
+  std::vector<int> missing(choices.back().size());
+  std::iota(missing.begin(), missing.end(), 0);
+  RowWalk walk(std::move(offsets));
   do {
-    std::int64_t offset = 0;
-    for (std::size_t d = 0; d < count; ++d) offset += factor.strides[d] * choices[d][walk.at[d]];
-    // Not a number counts as support: it must not vanish from the result.
-    if (factor.cells[offset] == 0.0) continue;
-    for (std::size_t d = 0; d < count; ++d) {
-      char& mark = supported[d][walk.at[d]];
-      open -= mark == 0;
-      mark = 1;
-    }
-  } while (open > 0 &&
-           walk.Next([&](std::size_t d) { return static_cast<int>(choices[d].size()); }));
-  for (std::size_t d = 0; open > 0 && d < count; ++d) {
+    AddSupportOfRun(factor.cells + walk.Start(), walk, missing, support);
+  } while (!support.IsComplete() && walk.Next());
+  for (std::size_t d = 0; !support.IsComplete() && d < count; ++d) {
     int v = factor.variables[d];
     std::size_t lost = 0;
     for (std::size_t i = 0; i < choices[d].size(); ++i) {
-      if (supported[d][i] != 0) continue;
+      if (support.Has(d, static_cast<int>(i))) continue;
       alive[v][choices[d][i]] = 0;
       ++lost;
     }
@@ -184,15 +256,12 @@ bool TreeInput::CompactFactor(int position) {
   for (int v : factor.variables) cells *= states[v];
   std::unique_ptr<double[]> copy(new (std::nothrow) double[cells]);
   if (copy == nullptr) return false;
-  StateWalk walk(factor.variables.size());
   double* next = copy.get();
+  RowWalk walk(OffsetsOf(position));
   do {
-    std::int64_t offset = 0;
-    for (std::size_t d = 0; d < factor.variables.size(); ++d) {
-      offset += factor.strides[d] * OutcomeOf(factor.variables[d], walk.at[d]);
-    }
-    *next++ = factor.cells[offset];
-  } while (walk.Next([&](std::size_t d) { return states[factor.variables[d]]; }));
+    const double* run = factor.cells + walk.Start();
+    for (std::int64_t offset : walk.Run()) *next++ = run[offset];
+  } while (walk.Next());
   std::int64_t stride = cells;
   for (int v : factor.variables) {
     stride /= states[v];
@@ -206,16 +275,30 @@ bool TreeInput::CompactFactor(int position) {
   return true;
 }
 
+/// The states of each variable of a table that are left, in its cells.
+std::vector<StateOffsets> TreeInput::OffsetsOf(int position) const {
+  const TreeFactor& factor = factors[position];
+  std::vector<StateOffsets> offsets(factor.variables.size());
+  for (std::size_t d = 0; d < offsets.size(); ++d) {
+    const int v = factor.variables[d];
+    for (int k = 0; k < states[v]; ++k) offsets[d].push_back(OutcomeOf(v, k) * factor.strides[d]);
+  }
+  return offsets;
+}
+
 bool TreeInput::IsDistribution(int position) const {
   const TreeFactor& factor = factors[position];
   if (factor.variables.empty() || factor.variables.back() != position) return false;
-  StateWalk walk(factor.variables.size() - 1);
+  std::vector<StateOffsets> offsets(factor.variables.size());
+  for (std::size_t d = 0; d < offsets.size(); ++d) {
+    offsets[d] = AllStates(states[factor.variables[d]], factor.strides[d]);
+  }
+  RowWalk walk(std::move(offsets));
   do {
-    const double* run = factor.cells;
-    for (std::size_t d = 0; d < walk.at.size(); ++d) run += factor.strides[d] * walk.at[d];
+    const double* run = factor.cells + walk.Start();
     double sum = 0.0;
-    for (int k = 0; k < states[position]; ++k) sum += run[k * factor.strides.back()];
+    for (std::int64_t offset : walk.Run()) sum += run[offset];
     if (!(std::fabs(sum - 1.0) <= kUnitTolerance)) return false;
-  } while (walk.Next([&](std::size_t d) { return states[factor.variables[d]]; }));
+  } while (walk.Next());
   return true;
 }

@@ -48,6 +48,7 @@ class TreeInput {
   bool IsDistribution(int position) const;
 
  private:
+  std::vector<std::vector<std::int64_t>> OffsetsOf(int position) const;
   bool HasZeros(int position) const;
   bool RemoveUnsupported(int position, std::vector<int>& shrunk);
   bool CompactFactors(const std::vector<char>& changed);
