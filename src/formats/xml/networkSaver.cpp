@@ -12,7 +12,9 @@
 #include "definitions/truthTable.h"
 #include "formats/xml/networkLoader.h"
 #include "foundation/episParameters.h"
+#include "foundation/errorLog.h"
 #include "foundation/numberText.h"
+#include "foundation/resultCodes.h"
 #include "foundation/stringArray.h"
 #include "network/extraDefinition.h"
 #include "network/header.h"
@@ -58,7 +60,17 @@ IXmlWriterExtension* NewVustaSaver(KVN_network& /*network*/) { return nullptr; }
 bool XmlNetworkSaver::Save(const char* fileName) {
   if (!Open(fileName)) return false;
   SaveNetwork();
-  return Close();
+  if (isWhole) return Close();
+  // A file with holes in the place of a good one would be worse than none.
+  Discard();
+  (void)LogError(KVN_NO_MEMORY);
+  return false;
+}
+
+const KVN_intArray& XmlNetworkSaver::SortedNodes() {
+  const KVN_intArray& order = network.GetOrderOfNodes();
+  isWhole = isWhole && order.GetNumItems() == network.GetNumberOfNodes();
+  return order;
 }
 
 void XmlNetworkSaver::SaveNetwork() {
@@ -105,7 +117,7 @@ void XmlNetworkSaver::SaveAlgorithms() {
 
 void XmlNetworkSaver::SaveNodes() {
   OpenElement("nodes");
-  for (int handle : network.GetOrderOfNodes()) {
+  for (int handle : SortedNodes()) {
     KVN_node& node = *network.GetNode(handle);
     // Tested before anything is queued: the attribute would go out with the next element.
     if (node.Definition() == nullptr || !IsVisited(node.GetType())) continue;
@@ -119,7 +131,7 @@ void XmlNetworkSaver::SaveNodes() {
 
 void XmlNetworkSaver::SaveCosts() {
   bool isOpen = false;
-  for (int handle : network.GetOrderOfNodes()) {
+  for (int handle : SortedNodes()) {
     const KVN_nodeCost* cost = network.GetNode(handle)->Cost();
     if (cost == nullptr || network.GetNumberOfParents(handle, /*layer=*/1) < 1) continue;
     if (!isOpen) OpenElement("observationcost");
@@ -177,8 +189,7 @@ void XmlNetworkSaver::SaveStates(KVN_nodeDefinition& definition) {
 void XmlNetworkSaver::SaveParents(int handle, int layer) {
   KVN_stringArray ids;
   for (int parent : network.GetParents(handle, layer)) {
-    // Without memory the list is short, and the loader tells.
-    if (ids.Add(network.GetNode(parent)->GetId()) != 0) break;
+    Note(ids.Add(network.GetNode(parent)->GetId()));
   }
   WriteStringList("parents", ids);
 }
@@ -223,7 +234,7 @@ void XmlNetworkSaver::VisitTruthTable(KVN_truthTable& definition) {
     int state = 0;
     while (state < outcomes && (*table)[row + state] != 1.0) ++state;
     const char* name = state < outcomes ? (*definition.GetOutcomesNames())[state] : nullptr;
-    if (states.Add(name) != 0) break;
+    Note(states.Add(name));
   }
   WriteStringList("resultingstates", states);
 }
@@ -242,7 +253,7 @@ void XmlNetworkSaver::VisitDemorgan(KVN_demorgan& definition) {
   if (network.GetNumberOfParents(definition.GetHandle()) > 0) {
     KVN_stringArray types;
     for (int type : definition.GetParentTypes()) {
-      if (types.Add(WordOf(kParentTypeWords, type)) != 0) break;
+      Note(types.Add(WordOf(kParentTypeWords, type)));
     }
     WriteStringList("types", types);
     SaveList("weights", definition.GetParentWeights());
@@ -257,7 +268,7 @@ void XmlNetworkSaver::VisitNoisyMax(KVN_noisyMAX& definition) {
   for (int i = 0; definition.GetStrengths(i) != nullptr; ++i) {
     const KVN_intArray& strengths = *definition.GetStrengths(i);
     for (int state = 0; state < strengths.GetNumItems(); ++state) {
-      if (flat.Add(strengths.FindPosition(state)) != 0) break;
+      Note(flat.Add(strengths.FindPosition(state)));
     }
   }
   if (network.GetNumberOfParents(definition.GetHandle()) > 0) {
@@ -270,10 +281,8 @@ void XmlNetworkSaver::VisitNoisyAdder(KVN_noisyAdder& definition) {
   if (definition.GetFunction() == KVN_ADDER_SINGLE_FAULT) AddAttribute("function", "singlefault");
   OpenNode("noisyadder", definition, /*hasStates=*/true);
   KVN_intArray states;
-  bool isWhole = states.Add(definition.GetDistinguishedState()) == 0;
-  for (int state : definition.GetParentDistinguishedStates()) {
-    isWhole = isWhole && states.Add(state) == 0;
-  }
+  Note(states.Add(definition.GetDistinguishedState()));
+  for (int state : definition.GetParentDistinguishedStates()) Note(states.Add(state));
   WriteIntList("dstates", states.GetItems(), states.GetNumItems());
   SaveList("weights", definition.GetWeights());
   SaveMatrix("parameters", definition.GetParameters());

@@ -61,6 +61,8 @@ class XmlWriter : public IXmlWriter {
   void AddAttribute(const char* name, int value) override;
   void AddAttribute(const char* name, const char* value) override;
   void Release() override { delete this; }
+  /// In the place of Close: the file is as it was before Open.
+  void Discard() { file.Discard(); }
 
   /// One element whose text is a list separated by blanks. With a `naText` that is what goes out
   /// for values equal to `naValue`.
