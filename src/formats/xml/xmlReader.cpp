@@ -62,6 +62,7 @@ bool XmlReader::ParseFile(const char* fileName, std::FILE* file) {
   XML_SetCharacterDataHandler(parser, OnCharacters);
   XML_SetEntityDeclHandler(parser, OnEntity);
   XML_SetSkippedEntityHandler(parser, OnSkippedEntity);
+  XML_SetAttlistDeclHandler(parser, OnAttributeDefault);
   const bool parsed = ParseBlocks(fileName, file);
   parser = nullptr;
   return parsed;
@@ -139,6 +140,14 @@ void XmlReader::OnEntity(void* reader, const char* name, int /*isParameter*/, co
   if (!isPlain) {
     ReaderOf(reader).AbortWith("Entity '%s' must not refer to files or other entities", name);
   }
+}
+
+// The parser repeats a default at every element that lacks the attribute, so a long one makes as
+// much of a small file as an entity does.
+void XmlReader::OnAttributeDefault(void* reader, const char* element, const char* attribute,
+                                   const char* /*type*/, const char* value, int /*isRequired*/) {
+  if (value == nullptr) return;
+  ReaderOf(reader).AbortWith("Attribute '%s' of '%s' must not have a default", attribute, element);
 }
 
 void XmlReader::OnSkippedEntity(void* reader, const char* name, int isParameter) {

@@ -21,7 +21,7 @@ struct XML_ParserStruct;
 ///
 /// Entities. Declarations that name a file, or whose text refers to other entities, end the load,
 /// and so does a reference to an entity that no declaration in the file explains. Nothing outside
-/// the file is ever opened.
+/// the file is ever opened. Nor may the file declare a default for an attribute.
 class XmlReader : public IXmlReader {
  public:
   XmlReader() = default;
@@ -66,6 +66,8 @@ class XmlReader : public IXmlReader {
   static void OnEntity(void* reader, const char* name, int isParameter, const char* value,
                        int valueLength, const char* base, const char* systemId,
                        const char* publicId, const char* notation);
+  static void OnAttributeDefault(void* reader, const char* element, const char* attribute,
+                                 const char* type, const char* value, int isRequired);
   static void OnSkippedEntity(void* reader, const char* name, int isParameter);
 
   bool ParseFile(const char* fileName, std::FILE* file);

@@ -144,6 +144,10 @@ TEST(XmlBadInput, Entities) {
     EXPECT_EQ(outcome.message,
               "Entity '" + std::string(c.entity) + "' must not refer to files or other entities");
   }
+  // A default is repeated at every element that leaves the attribute out.
+  EXPECT_EQ(Load(folder, document("<!ATTLIST property new CDATA 'x'>", "")).message,
+            "Attribute 'new' of 'property' must not have a default");
+  EXPECT_EQ(Load(folder, document("<!ATTLIST property id CDATA #REQUIRED>", "")).result, 0);
   EXPECT_EQ(Load(folder, document(fat, Repeated("&f;", 1000))).message,
             "limit on input amplification factor (from DTD and entities) breached");
   EXPECT_EQ(Load(folder, document("<!ENTITY e 'plain'>", "&e;")).result, 0);
