@@ -70,6 +70,15 @@ std::int64_t XmlNetLoader::CountCells(std::int64_t own) const {
   return cells;
 }
 
+std::int64_t XmlNetLoader::CountParameters(std::int64_t own) const {
+  std::int64_t rows = 1;
+  for (int parent : parents) {
+    const KVN_nodeDefinition* above = network.DefinitionOf(parent);
+    if (above != nullptr) rows += std::max(above->GetNumberOfOutcomes(), 0);
+  }
+  return std::min(rows, kManyCells) * own;
+}
+
 bool XmlNetLoader::MayFill(std::int64_t cells, int listed) {
   return cells <= kSmallTable || cells == listed;
 }

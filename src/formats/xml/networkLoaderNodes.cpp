@@ -19,6 +19,10 @@ const char* const kDiagnosisWords[] = {"target", "observation", "auxiliary"};
 const char* const kTemporalWords[] = {"normal", "anchor", "terminal", "plate"};
 const char* const kFunctionWords[] = {"average", "singlefault"};
 
+constexpr int kNoList = -1;  // fills no table
+/// 128 MB of defaults in gates.
+constexpr std::int64_t kMostUnlisted = 1 << 24;
+
 /// The list itself, or an array without slots for an empty one: a list that was used before keeps
 /// its slots, and those would pass for a filled block.
 template <class Array>
@@ -134,15 +138,48 @@ void XmlNetLoader::EndNode(const Kind& kind) {
 /// A large table that the list doesn't fill is refused before it is built, in the words that the
 /// count would get afterwards.
 bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
-  const bool hasRows = kind.type == KVN_TYPE_TRUTHTABLE;
-  if (!hasRows && kind.type != KVN_TYPE_CPT && kind.type != KVN_TYPE_TABLE) return true;
-  const std::int64_t count = CountCells(kind.type == KVN_TYPE_CPT ? stateIds.GetNumItems() : 1);
-  if (MayFill(count, hasRows ? results.GetNumItems() : numbers.GetNumItems())) return true;
-  if (hasRows) {
-    AbortWith("Invalid number of resulting states: %d, expected %lld", results.GetNumItems(),
-              static_cast<long long>(count));
+  switch (kind.type) {
+    case KVN_TYPE_CPT:
+      if (MayFill(CountCells(stateIds.GetNumItems()), numbers.GetNumItems())) return true;
+      Abort("SetProbabilities failed");
+      return false;
+    case KVN_TYPE_TABLE:
+      if (MayFill(CountCells(1), numbers.GetNumItems())) return true;
+      Abort("SetUtilities failed");
+      return false;
+    case KVN_TYPE_TRUTHTABLE:
+      return AreRowsPlausible();
+    case KVN_TYPE_NOISY_MAX:
+    case KVN_TYPE_NOISY_ADDER:
+      return IsGatePlausible(kind);
+    default:
+      return true;
+  }
+}
+
+/// A list of one word a row, while every row has as many cells as there are states.
+bool XmlNetLoader::AreRowsPlausible() {
+  const std::int64_t rows = CountCells(1);
+  const int listed = results.GetNumItems();
+  if (rows == listed || MayFill(CountCells(stateIds.GetNumItems()), kNoList)) return true;
+  AbortWith("Invalid number of resulting states: %d, expected %lld", listed,
+            static_cast<long long>(rows));
+  return false;
+}
+
+/// A gate may do without parameters, and two lists of states make a table of the product of their
+/// lengths: what no numbers stand for is held against a limit for the whole file.
+bool XmlNetLoader::IsGatePlausible(const Kind& kind) {
+  const std::int64_t cells = CountParameters(stateIds.GetNumItems());
+  const int listed = numbers.GetNumItems();
+  if (hasParameters && cells == listed) return true;
+  unlisted += cells;
+  if (unlisted <= kMostUnlisted) return true;
+  if (hasParameters && kind.type == KVN_TYPE_NOISY_MAX) {
+    AbortWith("Invalid weights vector size %d, expected %lld", listed,
+              static_cast<long long>(cells));
   } else {
-    Abort(kind.type == KVN_TYPE_CPT ? "SetProbabilities failed" : "SetUtilities failed");
+    Abort("SetNumberOfOutcomes failed");
   }
   return false;
 }
