@@ -117,6 +117,8 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   void StartNode(const Kind& kind);
   void EndNode(const Kind& kind);
   int CreateNode(const Kind& kind, const std::string& id, int temporalType);
+  /// Aborts and gives false where a step ran out of memory; other results are the caller's.
+  bool HadMemory(int result);
   /// An attribute that is one of `count` words; absent and empty give `absent`.
   bool GetWord(const char* name, const char* const* words, int count, int absent,
                const char* complaint, int& value);

@@ -90,8 +90,11 @@ int XmlNetLoader::CreateNode(const Kind& kind, const std::string& id, int tempor
     return KVN_REFUSED;
   }
   const int handle = network.AddNode(kind.type, id.c_str());
-  if (handle < 0 || network.DefinitionOf(handle) == nullptr) {
-    if (handle >= 0) (void)network.DeleteNode(handle);  // it has no definition: of no use
+  const KVN_node* node = network.GetNode(handle);
+  const bool isWhole = node != nullptr && node->Definition() != nullptr &&
+                       node->Value() != nullptr && node->ExtraDefinition() != nullptr;
+  if (!isWhole) {
+    if (handle >= 0) (void)network.DeleteNode(handle);  // it can't be worked with
     AbortWith("ORMEL failed to create node: '%s'", id.c_str());
     return KVN_REFUSED;
   }
@@ -194,21 +197,35 @@ bool XmlNetLoader::AddArcs(int layer) {
 }
 
 bool XmlNetLoader::SetStates() {
-  if (definition->SetNumberOfOutcomes(stateIds) != 0) {
+  if (definition->SetNumberOfOutcomes(stateIds) != 0 || !HasAllRows()) {
     Abort("SetNumberOfOutcomes failed");
     return false;
   }
+  return SetStateMarks();
+}
+
+/// A gate that is built anew leaves out a parent that it has no memory for and only tells the log.
+bool XmlNetLoader::HasAllRows() {
+  const int type = definition->GetType();
+  if (type != KVN_TYPE_NOISY_MAX && type != KVN_TYPE_NOISY_ADDER) return true;
+  auto& gate = *static_cast<KVN_ciDefinition*>(definition);
+  return gate.GetParameters().GetSize() == CountParameters(gate.GetNumberOfOutcomes());
+}
+
+bool XmlNetLoader::SetStateMarks() {
   KVN_extraDefinition& extra = *network.GetNode(nodeHandle)->ExtraDefinition();
   // A label that is no identifier is left out: it has no influence on the network.
   for (std::size_t i = 0; i < stateLabels.size(); ++i) {
     if (stateLabels[i].empty()) continue;
-    (void)extra.SetFaultLabel(static_cast<int>(i), stateLabels[i].c_str());
+    if (!HadMemory(extra.SetFaultLabel(static_cast<int>(i), stateLabels[i].c_str()))) return false;
   }
   if (defaultState >= 0) {
-    (void)extra.SetDefaultOutcome(defaultState);
+    if (!HadMemory(extra.SetDefaultOutcome(defaultState))) return false;
     extra.SetSetAsDefault(1);
   }
-  for (int state : faultStates) (void)extra.SetFaultState(state, 1);
+  for (int state : faultStates) {
+    if (!HadMemory(extra.SetFaultState(state, 1))) return false;
+  }
   return true;
 }
 
