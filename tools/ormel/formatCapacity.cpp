@@ -60,6 +60,7 @@ FormatCapacity NativeXml() {
   made.numberKept = KeepSixteenDigits;
   made.keepsNonFinite = true;
   made.dropsCarriageReturns = true;
+  made.refusesControls = true;
   made.needsDeterminism = true;
   return made;
 }

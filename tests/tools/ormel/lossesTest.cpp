@@ -209,6 +209,10 @@ void SpoilTexts(KVN_network& network) {
   EXPECT_GE(network.Submodels().Create(KVN_ROOT_SUBMODEL, lastId), 0);
 }
 
+void SpoilControls(KVN_network& network) {
+  EXPECT_EQ(network.UserProperties().AddProperty("control", "a\x1F"), 0);
+}
+
 struct Spoiling {
   const char* name;
   void (*spoil)(KVN_network& network);
@@ -220,6 +224,7 @@ const Spoiling kSpoilings[] = {
     {"evidence",     SetEvidence        },
     {"numbers",      SpoilNumbers       },
     {"texts",        SpoilTexts         },
+    {"controls",     SpoilControls      },
 };
 
 TEST(Losses, AreWhatWritingAndReadingLoses) {
