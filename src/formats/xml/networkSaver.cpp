@@ -171,19 +171,23 @@ void XmlNetworkSaver::OpenNode(const char* name, KVN_nodeDefinition& definition,
 }
 
 void XmlNetworkSaver::SaveStates(KVN_nodeDefinition& definition) {
-  const KVN_extraDefinition& extra = *network.GetNode(definition.GetHandle())->ExtraDefinition();
+  const KVN_extraDefinition* extra = network.GetNode(definition.GetHandle())->ExtraDefinition();
   const KVN_idArray& names = *definition.GetOutcomesNames();
   for (int i = 0; i < names.GetNumItems(); ++i) {
     AddAttribute("id", names[i]);
-    const char* label = extra.GetFaultLabels().GetString(i);
-    if (label != nullptr && *label != '\0') AddAttribute("label", label);
-    if (extra.GetSetAsDefault() != 0 && extra.GetDefaultOutcome() == i) {
-      AddAttribute("default", true);
-    }
-    const KVN_intArray& faults = extra.GetFaultStates();
-    if (i < faults.GetNumItems() && faults[i] != 0) AddAttribute("fault", true);
+    if (extra != nullptr) AddStateMarks(*extra, i);
     WriteElement("state", nullptr, /*escaped=*/false);
   }
+}
+
+void XmlNetworkSaver::AddStateMarks(const KVN_extraDefinition& extra, int state) {
+  const char* label = extra.GetFaultLabels().GetString(state);
+  if (label != nullptr && *label != '\0') AddAttribute("label", label);
+  if (extra.GetSetAsDefault() != 0 && extra.GetDefaultOutcome() == state) {
+    AddAttribute("default", true);
+  }
+  const KVN_intArray& faults = extra.GetFaultStates();
+  if (state < faults.GetNumItems() && faults[state] != 0) AddAttribute("fault", true);
 }
 
 void XmlNetworkSaver::SaveParents(int handle, int layer) {

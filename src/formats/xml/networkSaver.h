@@ -7,6 +7,7 @@
 
 class KVN_Dmatrix;
 class KVN_doubleArray;
+class KVN_extraDefinition;
 class KVN_intArray;
 class KVN_network;
 class KVN_userProperties;
@@ -53,6 +54,7 @@ class XmlNetworkSaver : public XmlWriter, private NodeDefVisitor {
   /// Queued attributes, start tag, states, parents: what all kinds of nodes begin with.
   void OpenNode(const char* name, KVN_nodeDefinition& definition, bool hasStates);
   void SaveStates(KVN_nodeDefinition& definition);
+  void AddStateMarks(const KVN_extraDefinition& extra, int state);
   void SaveParents(int handle, int layer);
   void SaveMatrix(const char* name, const KVN_Dmatrix& matrix);
   void SaveList(const char* name, const KVN_doubleArray& list);

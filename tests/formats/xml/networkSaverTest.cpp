@@ -221,6 +221,23 @@ TEST(NetworkSaver, LeavesOutWhatHasNoElement) {
   EXPECT_NE(text.find("<resultingstates>(null)</resultingstates>"), std::string::npos);
 }
 
+/// Nodes that were made while memory was short lack a part or another.
+TEST(NetworkSaver, WritesNodesThatLackAPart) {
+  const ScratchFolder folder;
+  const int failures = FailEachAllocation([&](int succeeding) {
+    KVN_network network;
+    bool hasFailed = false;
+    {
+      const FailingAllocation failing(succeeding);
+      (void)network.AddNode(KVN_TYPE_CPT, "A");
+      hasFailed = failing.HasFailed();
+    }
+    EXPECT_EQ(network.WriteFile(folder.Path("f.xkvn").c_str()), 0);
+    return hasFailed;
+  });
+  EXPECT_GT(failures, 3);
+}
+
 class Extension : public IXmlWriterExtension {
  public:
   void Write(IXmlWriter& writer) override { writer.WriteElement("mine", nullptr, false); }
@@ -240,6 +257,8 @@ TEST(NetworkSaver, ExtensionOptions) {
 TEST(NetworkSaver, TellsOfAFileThatCannotBeWritten) {
   KVN_network network;
   EXPECT_EQ(network.WriteFile("/no/such/folder/f.xkvn", KVN_FORMAT_AUTO), -103);
+  EXPECT_EQ(network.WriteFile(nullptr, KVN_FORMAT_XKVN), -103);
+  EXPECT_EQ(network.ReadFile(nullptr, KVN_FORMAT_XKVN), -103);
   EXPECT_EQ(network.WriteFile("/dev/full", KVN_FORMAT_XKVN), -103);
 }
 
