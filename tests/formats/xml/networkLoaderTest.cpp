@@ -406,7 +406,7 @@ TEST(NetworkLoader, WithoutMemoryTellsOfAFailure) {
   const std::string path = folder.Path("f.xkvn");
   KVN_network made;
   RandomNetworkOptions options;
-  options.nodes = 12;
+  options.nodes = 8;
   FillRandomNetwork(made, /*seed=*/4, options);
   ASSERT_EQ(made.WriteFile(path.c_str()), 0);
   const std::string whole = folder.Read("f.xkvn");
