@@ -161,20 +161,27 @@ inline std::string WrittenText(KVN_network& network, const std::string& extensio
   return folder.Read("file." + extension);
 }
 
-/// Whichever allocation fails, writing gives the whole file, or an error and the old one. The table
-/// has more parents and states than the arrays of a writer hold without a block of their own.
-inline void ExpectWritesAllOrNothing(const std::string& extension) {
+/// A table of more parents and states than the arrays of a writer hold without a block of their
+/// own.
+inline void AddWideTable(KVN_network& network) {
+  std::vector<int> parents;
+  for (int i = 0; i < 10; i++) {
+    parents.push_back(
+        AddNodeBelow(network, KVN_TYPE_CPT, ("N" + std::to_string(i)).c_str(), 2, {}));
+  }
+  AddNodeBelow(network, KVN_TYPE_CPT, "Child", 9, parents);
+}
+
+/// Whichever allocation fails, writing what `fill` makes gives the whole file, or an error and the
+/// old one.
+template <typename Fill>
+void ExpectWritesAllOrNothing(const std::string& extension, Fill fill) {
   const ScratchFolder folder;
   const std::string path = folder.Path("file." + extension);
   std::string whole;
   const int failures = FailEachAllocation([&](int succeeding) {
     KVN_network network;
-    std::vector<int> parents;
-    for (int i = 0; i < 10; i++) {
-      const std::string id = "N" + std::to_string(i);
-      parents.push_back(AddNodeBelow(network, KVN_TYPE_CPT, id.c_str(), 2, {}));
-    }
-    AddNodeBelow(network, KVN_TYPE_CPT, "Child", 9, parents);
+    fill(network);
     if (whole.empty()) whole = WrittenText(network, extension);
     folder.Write("file." + extension, "old");
     const FailingAllocation failing(succeeding);

@@ -378,7 +378,7 @@ TEST(HuginSpeaker, RefusesToWriteWhatItCannotCarry) {
   ExpectRefusedToWrite("net", KVN_TYPE_MAU, "ERROR: This Network cannot be saved in Hugin format");
 }
 
-TEST(HuginSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("net"); }
+TEST(HuginSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("net", AddWideTable); }
 
 TEST(HuginSpeaker, SurvivesDamage) { ExpectSurvivesDamage("net", kDiagram); }
 

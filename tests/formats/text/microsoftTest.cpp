@@ -262,7 +262,7 @@ TEST(MicrosoftSpeaker, RefusesToWriteWhatItCannotCarry) {
                        "ERROR: This Network cannot be saved in Microsotf format");
 }
 
-TEST(MicrosoftSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("dsc"); }
+TEST(MicrosoftSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("dsc", AddWideTable); }
 
 TEST(MicrosoftSpeaker, SurvivesDamage) { ExpectSurvivesDamage("dsc", kDiagram); }
 
