@@ -197,8 +197,9 @@ const char* KVN_blankListFormat::IdentifierOf(int handle) const {
 
 // Writing.
 
-int KVN_blankListFormat::CheckWritable(const char* networkMessage, const char* typeMessage) {
-  const KVN_intArray& order = network->GetOrderOfNodes();
+int KVN_blankListFormat::CheckWritable(const KVN_intArray& order, const char* networkMessage,
+                                       const char* typeMessage) {
+  if (order.GetNumItems() < network->GetNumberOfNodes()) return ReportError(KVN_NO_MEMORY, nullptr);
   for (int handle : order) {
     if (network->TypeOf(handle) == KVN_TYPE_MAU) return ReportError(KVN_REFUSED, networkMessage);
   }

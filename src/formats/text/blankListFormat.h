@@ -86,8 +86,9 @@ class KVN_blankListFormat : public KVN_fileFormat {
 
   /// Whether every node can be written: 0, or KVN_REFUSED with a message, `networkMessage` when
   /// there is a node of several utilities and `typeMessage` (with the type's word) when there is
-  /// another kind that no block is for.
-  int CheckWritable(const char* networkMessage, const char* typeMessage);
+  /// another kind that no block is for. KVN_NO_MEMORY when `order`, the network's order of nodes,
+  /// lacks some.
+  int CheckWritable(const KVN_intArray& order, const char* networkMessage, const char* typeMessage);
   /// Opens the target; text begins at the left margin.
   [[nodiscard]] int StartFile(const char* fileName);
   int PutText(const char* text);

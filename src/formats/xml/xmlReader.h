@@ -60,6 +60,9 @@ class XmlReader : public IXmlReader {
     std::string text;
   };
 
+  /// Runs an event of the parser. Memory that runs out in it ends the load with a message.
+  template <typename Event>
+  static void Run(void* reader, Event event);
   static void OnStartElement(void* reader, const char* name, const char** attributes);
   static void OnEndElement(void* reader, const char* name);
   static void OnCharacters(void* reader, const char* data, int length);
@@ -73,6 +76,7 @@ class XmlReader : public IXmlReader {
   bool ParseFile(const char* fileName, std::FILE* file);
   bool ParseBlocks(const char* fileName, std::FILE* file);
   void ReportError(const char* message);
+  void StopParser();
 
   void StartElement(const char* name, const char** newAttributes);
   const XmlBinding* FindBinding(const char* name);
@@ -93,5 +97,6 @@ class XmlReader : public IXmlReader {
   const char** attributes = nullptr;   // pairs, ended by null; of the element being started
   XML_ParserStruct* parser = nullptr;  // during Parse
   bool aborted = false;
+  bool outOfMemory = false;
   IXmlErrorHandler* errors = nullptr;  // not owned
 };

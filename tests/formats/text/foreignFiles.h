@@ -10,6 +10,7 @@
 #include "foundation/resultCodes.h"
 #include "network/network.h"
 #include "tests/support/builders.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/scratchFolder.h"
@@ -158,6 +159,37 @@ inline std::string WrittenText(KVN_network& network, const std::string& extensio
   const ScratchFolder folder;
   EXPECT_EQ(network.WriteFile(folder.Path("file." + extension).c_str()), 0);
   return folder.Read("file." + extension);
+}
+
+/// A table of more parents and states than the arrays of a writer hold without a block of their
+/// own.
+inline void AddWideTable(KVN_network& network) {
+  std::vector<int> parents;
+  for (int i = 0; i < 10; i++) {
+    parents.push_back(
+        AddNodeBelow(network, KVN_TYPE_CPT, ("N" + std::to_string(i)).c_str(), 2, {}));
+  }
+  AddNodeBelow(network, KVN_TYPE_CPT, "Child", 9, parents);
+}
+
+/// Whichever allocation fails, writing what `fill` makes gives the whole file, or an error and the
+/// old one.
+template <typename Fill>
+void ExpectWritesAllOrNothing(const std::string& extension, Fill fill) {
+  const ScratchFolder folder;
+  const std::string path = folder.Path("file." + extension);
+  std::string whole;
+  const int failures = FailEachAllocation([&](int succeeding) {
+    KVN_network network;
+    fill(network);
+    if (whole.empty()) whole = WrittenText(network, extension);
+    folder.Write("file." + extension, "old");
+    const FailingAllocation failing(succeeding);
+    const int result = network.WriteFile(path.c_str());
+    EXPECT_TRUE(folder.Read("file." + extension) == (result == 0 ? whole : "old")) << succeeding;
+    return failing.HasFailed();
+  });
+  EXPECT_GT(failures, 2);
 }
 
 /// A node of a kind without a block is refused with the message, and the target stays. Nothing is

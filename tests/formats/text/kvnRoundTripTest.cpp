@@ -7,6 +7,7 @@
 
 #include "network/fileSpeaker.h"
 #include "network/network.h"
+#include "tests/formats/text/foreignFiles.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
@@ -71,6 +72,14 @@ TEST(KvnRoundTrip, GatesWithoutStatementsKeepAllButTheirNumbers) {
 }
 
 /// The examples stand in the writer's own layout, so that a user who converts one sees no change.
+TEST(KvnRoundTrip, WritesAllOrNothing) {
+  RandomNetworkOptions options;
+  options.nodes = 10;
+  options.kinds = kCarriedKinds;
+  ExpectWritesAllOrNothing(
+      "kvn", [&](KVN_network& network) { FillRandomNetwork(network, /*seed=*/3, options); });
+}
+
 TEST(KvnRoundTrip, ExamplesAreWrittenAsTheyStand) {
   const ScratchFolder folder;
   int files = 0;

@@ -262,6 +262,8 @@ TEST(MicrosoftSpeaker, RefusesToWriteWhatItCannotCarry) {
                        "ERROR: This Network cannot be saved in Microsotf format");
 }
 
+TEST(MicrosoftSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("dsc", AddWideTable); }
+
 TEST(MicrosoftSpeaker, SurvivesDamage) { ExpectSurvivesDamage("dsc", kDiagram); }
 
 TEST(MicrosoftSpeaker, ReadsTheSharedNetworks) {
