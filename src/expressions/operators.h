@@ -47,6 +47,7 @@ class KVN_operatorPlus : public KVN_binaryOperator {
   using KVN_binaryOperator::KVN_binaryOperator;
   int GetKind() const override { return KVN_KIND_PLUS; }
   bool Isolate(const std::string& variable, KVN_expression*& lhs, KVN_expression*& rhs) override;
+  double Evaluate() const override;
   int GetPrecedence() const override { return 2; }
   double Apply(double a, double b) const override { return a + b; }
   const char* GetSymbol() const override { return "+"; }
@@ -58,6 +59,7 @@ class KVN_operatorMinus : public KVN_binaryOperator {
   using KVN_binaryOperator::KVN_binaryOperator;
   int GetKind() const override { return KVN_KIND_MINUS; }
   bool Isolate(const std::string& variable, KVN_expression*& lhs, KVN_expression*& rhs) override;
+  double Evaluate() const override;
   int GetPrecedence() const override { return 2; }
   double Apply(double a, double b) const override { return a - b; }
   const char* GetSymbol() const override { return "-"; }
@@ -69,6 +71,7 @@ class KVN_operatorMultiply : public KVN_binaryOperator {
   using KVN_binaryOperator::KVN_binaryOperator;
   int GetKind() const override { return KVN_KIND_MULTIPLY; }
   bool Isolate(const std::string& variable, KVN_expression*& lhs, KVN_expression*& rhs) override;
+  double Evaluate() const override;
   int GetPrecedence() const override { return 3; }
   double Apply(double a, double b) const override { return a * b; }
   const char* GetSymbol() const override { return "*"; }
@@ -80,6 +83,7 @@ class KVN_operatorDivide : public KVN_binaryOperator {
   using KVN_binaryOperator::KVN_binaryOperator;
   int GetKind() const override { return KVN_KIND_DIVIDE; }
   bool Isolate(const std::string& variable, KVN_expression*& lhs, KVN_expression*& rhs) override;
+  double Evaluate() const override;
   int GetPrecedence() const override { return 3; }
   double Apply(double a, double b) const override { return a / b; }
   const char* GetSymbol() const override { return "/"; }
