@@ -20,22 +20,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pointwise;
 
-std::vector<double> CellsOf(KVN_network& network, const char* id) {
-  return ItemsOf(TableOfNode(network, network.FindNode(id)).GetItems());
-}
-
-std::vector<std::string> StatesOf(KVN_network& network, const char* id) {
-  return TextsOf(*network.DefinitionOf(network.FindNode(id))->GetOutcomesNames());
-}
-
-std::vector<std::string> ParentsOf(KVN_network& network, const char* id) {
-  std::vector<std::string> ids;
-  for (int parent : network.GetParents(network.FindNode(id))) {
-    ids.emplace_back(network.GetNode(parent)->GetId());
-  }
-  return ids;
-}
-
 KVN_nodeInfo& InfoOf(KVN_network& network, const char* id) {
   return network.GetNode(network.FindNode(id))->Info();
 }

@@ -17,14 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<double> CellsOf(KVN_network& network, const char* id) {
-  return ItemsOf(TableOfNode(network, network.FindNode(id)).GetItems());
-}
-
-std::vector<std::string> StatesOf(KVN_network& network, const char* id) {
-  return TextsOf(*network.DefinitionOf(network.FindNode(id))->GetOutcomesNames());
-}
-
 // Rows in no order; commas and bars are blanks; a row may go on over several parent states.
 const char* const kDiagram = R"(belief network "The name"
 // a comment
