@@ -4,6 +4,9 @@
 #include "inference/exact/clusterUpdate.h"
 #include "inference/exact/polytree.h"
 #include "inference/exact/sepsetJoinTree.h"
+#include "inference/hybrid/discretizingUpdate.h"
+#include "inference/hybrid/equationSolver.h"
+#include "inference/hybrid/hybridConversion.h"
 #include "inference/sampling/aisSampling.h"
 #include "inference/sampling/backwardSampling.h"
 #include "inference/sampling/episSampling.h"
@@ -30,5 +33,11 @@ const KVN_updateAlgorithm theUpdateAlgorithms[] = {
     {-1,                                nullptr                   },
 };
 
-// Entries that are left out are null.
-const KVN_specialUpdates theSpecialUpdates = {};
+const KVN_specialUpdates theSpecialUpdates = {
+    .policyEvaluation = nullptr,
+    .bestPolicySearch = nullptr,
+    .solveEquations = SolveEquations,
+    .convertToHybrid = ConvertToHybrid,
+    .discretize = DiscretizingUpdate,
+    .hybridMode = nullptr,
+};

@@ -149,6 +149,15 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   /// Permutes the parents as KVN_intArray::ChangeOrder does, and the definition with them.
   int ChangeOrderOfParents(int handle, const KVN_intArray& order);
 
+  // --- Coupled equations.
+
+  /// Makes the nodes one strongly coupled component: the identifiers of all of them, as they are
+  /// now, become the set of each. KVN_REFUSED, unchanged, for an empty list or a node that isn't a
+  /// KVN_equationSCC.
+  int DeclareComponent(const KVN_intArray& handles);
+  /// Empties the set of this one node; KVN_REFUSED for a node that has none.
+  int ClearComponent(int handle);
+
   // --- Targets.
 
   int SetTarget(int handle);

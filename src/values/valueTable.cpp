@@ -7,6 +7,8 @@
 #include "values/beliefVector.h"
 #include "values/expectedUtility.h"
 #include "values/listOfDecisions.h"
+#include "values/valEqEvaluation.h"
+#include "values/valcontinuous.h"
 
 namespace {
 
@@ -25,6 +27,12 @@ int ValueTypeFor(int definitionType) {
     case KVN_TYPE_NOISY_ADDER:
     case KVN_TYPE_DCHILD_HPARENT:
       return KVN_VALUE_BELIEF_VECTOR;
+    case KVN_TYPE_EQUATION:
+    case KVN_TYPE_EQUATION_SCC:
+      return KVN_VALUE_EQUATION;
+    case KVN_TYPE_DISTRIBUTION:
+    case KVN_TYPE_H_EQUATION:
+      return KVN_VALUE_CONTINUOUS;
     default:
       return 0;
   }
@@ -39,6 +47,10 @@ KVN_nodeValue* MakeValue(int valueType, KVN_network* network, int handle) {
       return new (std::nothrow) KVN_expectedUtility(network, handle);
     case KVN_VALUE_LIST_OF_DECISIONS:
       return new (std::nothrow) KVN_listOfDecisions(network, handle);
+    case KVN_VALUE_EQUATION:
+      return new (std::nothrow) KVN_valEqEvaluation(network, handle);
+    case KVN_VALUE_CONTINUOUS:
+      return new (std::nothrow) KVN_valcontinuous(network, handle);
     default:
       return nullptr;
   }
@@ -50,12 +62,15 @@ bool HasValueClass(int definitionType) { return ValueTypeFor(definitionType) != 
 
 KVN_nodeValue* NewValue(int definitionType, KVN_network* network, int handle) {
   KVN_nodeValue* made = MakeValue(ValueTypeFor(definitionType), network, handle);
-  // A node whose definition is missing gets a value that isn't ready; the node isn't either.
+  // A node whose definition is missing gets a value that isn't ready; the node isn't either. The
+  // values of continuous nodes have no shape to make.
   if (made != nullptr) (void)made->ReCreate();
   return made;
 }
 
 KVN_nodeValue* CloneValue(KVN_nodeValue& source) {
+  // The value of a hybrid node isn't copied with its node (intended).
+  if (source.GetType() == KVN_VALUE_CONTINUOUS) return nullptr;
   std::unique_ptr<KVN_nodeValue> made(
       MakeValue(source.GetType(), source.GetNetwork(), source.GetHandle()));
   if (made == nullptr || made->Assign(source) < 0) return nullptr;

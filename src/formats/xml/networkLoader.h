@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "expressions/equation.h"
 #include "formats/xml/xmlErrorHandler.h"
 #include "formats/xml/xmlHandler.h"
 #include "formats/xml/xmlReader.h"
@@ -144,6 +145,12 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   bool SetStrengths(class KVN_noisyMAX& gate);
   bool SetDistinguishedStates(class KVN_noisyAdder& gate);
 
+  // Equation nodes, networkLoaderEquations.cpp.
+  void StartFormula();
+  void EndFormula();
+  void StartInterval();
+  void FinishEquation();
+
   // Lists and numbers, networkLoaderLists.cpp.
   void ResetWork();
   void AddParentWord();
@@ -200,4 +207,6 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   std::unordered_map<std::string, int> resultIndex;  // distinct names of resulting states
   KVN_stringArray resultNames;                       // the same by first occurrence
   KVN_intArray results;                              // positions among the names, row by row
+  std::string formula;                               // of an equation
+  std::vector<KVN_discInterval> intervals;
 };

@@ -60,7 +60,7 @@ const XmlNetLoader::Kind XmlNetLoader::kKinds[] = {
      KVN_TYPE_MAU,                       false,
      false,                                                         nullptr,
      {{"expression", KVN_XML_ONE_OR_MORE, nullptr, nullptr, nullptr}}                                  },
-    {"equation",      KVN_TYPE_EQUATION, false,              false, nullptr,                         {}},
+    {"equation",      KVN_TYPE_EQUATION, false,              false, &XmlNetLoader::FinishEquation,   {}},
     {"cast",
      KVN_TYPE_CAST,                      false,
      false,                                                         &XmlNetLoader::FinishCast,
@@ -165,16 +165,16 @@ XmlBinding& XmlNetLoader::MakeState() {
 }
 
 void XmlNetLoader::MakeEquationChildren(XmlBinding& node) {
-  XmlBinding& formula = Make("definition");
-  formula.AddAttribute("lower", false);
-  formula.AddAttribute("upper", false);
-  XmlBinding& interval = Make("interval");
+  XmlBinding& text = Make("definition", &XmlNetLoader::StartFormula, &XmlNetLoader::EndFormula);
+  text.AddAttribute("lower", false);
+  text.AddAttribute("upper", false);
+  XmlBinding& interval = Make("interval", &XmlNetLoader::StartInterval);
   interval.AddAttribute("id", true);
   interval.AddAttribute("upper", true);
-  XmlBinding& intervals = Make("discretization");
-  intervals.AddChild(interval, KVN_XML_ONE_OR_MORE);
-  node.AddChild(formula, KVN_XML_REQUIRED);
-  node.AddChild(intervals, KVN_XML_ONCE);
+  XmlBinding& discretization = Make("discretization");
+  discretization.AddChild(interval, KVN_XML_ONE_OR_MORE);
+  node.AddChild(text, KVN_XML_REQUIRED);
+  node.AddChild(discretization, KVN_XML_ONCE);
 }
 
 XmlBinding& XmlNetLoader::MakeCosts() {

@@ -43,6 +43,8 @@ void XmlNetLoader::ResetWork() {
   resultIndex.clear();
   resultNames.CleanUp(/*deep=*/1);
   results.Flush();
+  formula.clear();
+  intervals.clear();
 }
 
 void XmlNetLoader::AddParentWord() {

@@ -10,6 +10,7 @@
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
 #include "definitions/truthTable.h"
+#include "expressions/equation.h"
 #include "formats/xml/networkLoader.h"
 #include "foundation/episParameters.h"
 #include "foundation/errorLog.h"
@@ -26,6 +27,10 @@
 namespace {
 
 constexpr const char* kVersion = "1.0";
+
+/// Range of an equation node that the file leaves out.
+constexpr double kLowerBound = -1.0;
+constexpr double kUpperBound = 1.0;
 
 /// By diagnosis type, temporal type and type of a parent; what is the default isn't written.
 const char* const kDiagnosisWords[] = {"target", "observation", nullptr};
@@ -290,4 +295,24 @@ void XmlNetworkSaver::VisitNoisyAdder(KVN_noisyAdder& definition) {
   WriteIntList("dstates", states.GetItems(), states.GetNumItems());
   SaveList("weights", definition.GetWeights());
   SaveMatrix("parameters", definition.GetParameters());
+}
+
+/// Constants of the formula have six digits, those of the range and the intervals all.
+void XmlNetworkSaver::VisitEquation(KVN_equation& definition) {
+  OpenNode("equation", definition, /*hasStates=*/false);
+  if (definition.GetLowerBound() != kLowerBound || definition.GetUpperBound() != kUpperBound) {
+    AddAttribute("lower", definition.GetLowerBound());
+    AddAttribute("upper", definition.GetUpperBound());
+  }
+  std::string text;
+  definition.GetEquation().Print(text);
+  WriteElement("definition", text.c_str(), /*escaped=*/false);
+  if (definition.GetDiscIntervals().empty()) return;
+  OpenElement("discretization");
+  for (const KVN_discInterval& interval : definition.GetDiscIntervals()) {
+    AddAttribute("id", interval.id.c_str());
+    AddAttribute("upper", interval.upper);
+    WriteElement("interval", nullptr, /*escaped=*/false);
+  }
+  CloseElement("discretization");
 }

@@ -34,8 +34,8 @@ class XmlNetworkSaver : public XmlWriter, private NodeDefVisitor {
   bool Save(const char* fileName);
 
  private:
-  void VisitMau(KVN_mau&) override {}            // no class yet
-  void VisitEquation(KVN_equation&) override {}  // no class yet
+  void VisitMau(KVN_mau&) override {}  // no class yet
+  void VisitEquation(KVN_equation& definition) override;
   void VisitTable(KVN_table& definition) override;
   void VisitList(KVN_list& definition) override;
   void VisitDemorgan(KVN_demorgan& definition) override;

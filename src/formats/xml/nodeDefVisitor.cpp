@@ -8,14 +8,16 @@
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
 #include "definitions/truthTable.h"
+#include "expressions/equation.h"
 
-// The multi-attribute utility (520) and the equation (4) have no class yet, so that no node can be
-// of these kinds. Both functions get a row when they do.
+// The multi-attribute utility (520) has no class yet, so that no node can be of this kind. Both
+// functions get a row when it does.
 
 bool NodeDefVisitor::IsVisited(int definitionType) {
   switch (definitionType) {
     case KVN_TYPE_TABLE:
     case KVN_TYPE_LIST:
+    case KVN_TYPE_EQUATION:
     case KVN_TYPE_DEMORGAN:
     case KVN_TYPE_CAST:
     case KVN_TYPE_NOISY_ADDER:
@@ -34,6 +36,8 @@ void NodeDefVisitor::VisitDefinition(KVN_nodeDefinition& definition) {
       return VisitTable(static_cast<KVN_table&>(definition));
     case KVN_TYPE_LIST:
       return VisitList(static_cast<KVN_list&>(definition));
+    case KVN_TYPE_EQUATION:
+      return VisitEquation(static_cast<KVN_equation&>(definition));
     case KVN_TYPE_DEMORGAN:
       return VisitDemorgan(static_cast<KVN_demorgan&>(definition));
     case KVN_TYPE_CAST:

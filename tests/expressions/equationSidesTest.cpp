@@ -1,0 +1,135 @@
+#include "expressions/equationSides.h"
+
+#include <cmath>
+
+#include "expressions/expression.h"
+#include "foundation/numberText.h"
+#include "foundation/resultCodes.h"
+#include "tests/support/equationBuilder.h"
+
+namespace {
+
+KVN_equationSides SidesOf(const std::string& text) {
+  KVN_equationSides sides;
+  EXPECT_EQ(sides.Parse(text, nullptr, nullptr), 0) << text;
+  return sides;
+}
+
+}  // namespace
+
+TEST(EquationSides, ParseWantsAnEqualsSignAtTheTop) {
+  const struct {
+    const char* text;
+    int result;
+    const char* error;
+  } cases[] = {
+      {"y = x + 1",   0,                    ""                                      },
+      {"y",           KVN_EXPRESSION_ERROR, "Toplevel '=' sign missing in equation"},
+      {"(a = b) + 1", KVN_EXPRESSION_ERROR, "Toplevel '=' sign missing in equation"},
+      {"a <> b",      KVN_EXPRESSION_ERROR, "Toplevel '=' sign missing in equation"},
+      {"y = ",        KVN_REFUSED,          "Factor expected"                       },
+      {"",            KVN_REFUSED,          "Empty expression"                      },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    KVN_equationSides sides = SidesOf("old = 1");
+    std::string error;
+    EXPECT_EQ(sides.Parse(c.text, nullptr, &error), c.result);
+    EXPECT_EQ(error, c.error);
+    EXPECT_EQ(sides.IsComplete(), c.result == 0) << "a failure drops the old sides";
+  }
+}
+
+TEST(EquationSides, TextComesBackFromTheTwoSides) {
+  for (const char* text : {"y=x+1", "y=(a=b)", "y-1=2*x", "(a=b)=c", "y=(c ? a : b)", "-y=-(a+b)"}) {
+    SCOPED_TRACE(text);
+    const KVN_equationSides sides = SidesOf(text);
+    EXPECT_EQ(TextOf(sides), TextOf(SidesOf(TextOf(sides))));
+  }
+  EXPECT_EQ(TextOf(SidesOf("y = a - (b - c)")), "y=a-(b-c)");
+  EXPECT_EQ(TextOf(SidesOf("a = b = c")), "a=b=c");
+}
+
+TEST(EquationSides, SolvesForOneVariable) {
+  const struct {
+    const char* text;
+    double y;  // for x = 3, z = 5; NaN: not solvable
+  } cases[] = {
+      {"y = x",           3        },
+      {"x = y",           3        },
+      {"2*y + 1 = x",     1        },
+      {"x = -(y+1)",      -4       },
+      {"-y = x",          -3       },
+      {"x - y = z",       -2       },
+      {"z / y = x",       5.0 / 3.0},
+      {"y ^ 2 = x + 1",   2        },
+      {"Exp(y) = x",      log(3.0) },
+      {"x = 2 ^ y",       log2(3.0)},
+      {"Log(y, x) = 2",   9        },
+      {"-(x - y) * 2 = z", 5.5     },
+      {"y = (x - z) * 2", -4       },
+      {"y*y = x",         NAN      },
+      {"y = y",           NAN      },
+      {"z = x",           NAN      },
+      {"Abs(y) = x",      NAN      },
+      {"(y < x) = 1",     NAN      },
+      {"Max(y, x) = z",   NAN      },
+      {"(x ? y : z) = 1", NAN      },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    KVN_equationSides sides = SidesOf(c.text);
+    if (std::isnan(c.y)) {
+      EXPECT_EQ(sides.Solve("y"), KVN_REFUSED);
+      continue;
+    }
+    ASSERT_EQ(sides.Solve("y"), 0);
+    std::string left;
+    PrintSigned(*sides.Lhs(), left);
+    EXPECT_EQ(left, "y");
+    sides.AssignVariable("x", 3);
+    sides.AssignVariable("z", 5);
+    EXPECT_NEAR(SignedValue(*sides.Rhs()), c.y, 1e-12) << TextOf(sides);
+  }
+}
+
+// Simplification looks at present values before it multiplies out a product by a constant, and
+// variables that have no value yet are all alike.
+TEST(EquationSides, SolvingDoesNotTakeADifferenceOfUnsetVariablesForZero) {
+  KVN_equationSides sides = SidesOf("y = (a - b) * 2");
+  sides.AssignVariable("a", 7.0);
+  ASSERT_EQ(sides.Solve("y"), 0);
+  // The values of the caller are there again.
+  EXPECT_EQ(SignedValue(*sides.Rhs()), 14.0 - 2.0 * KVN_UNDEFINED_VALUE);
+  sides.AssignVariable("b", 4.0);
+  EXPECT_EQ(SignedValue(*sides.Rhs()), 6.0);
+}
+
+TEST(EquationSides, DefaultFormAndTerms) {
+  KVN_equationSides sides;
+  sides.SetDefault("y", {});
+  EXPECT_EQ(TextOf(sides), "y=0");
+  EXPECT_EQ(sides.AppendTerm("a"), 0);
+  EXPECT_EQ(TextOf(sides), "y=a");
+  EXPECT_EQ(sides.AppendTerm("b"), 0);
+  EXPECT_EQ(TextOf(sides), "y=a+b");
+  sides.SetDefault("y", {"a", "b", "c"});
+  EXPECT_EQ(TextOf(sides), "y=a+b+c");
+  EXPECT_FALSE(sides.HasDistribution());
+  EXPECT_TRUE(SidesOf("Normal(0,1) + y = x").HasDistribution());
+  std::vector<std::string> names;
+  SidesOf("y + b = a + Sin(b) + y").GetVariables(names);
+  EXPECT_EQ(names, (std::vector<std::string>{"y", "b", "a"}));
+}
+
+TEST(EquationSides, SumGrowsNoDeeperThanAFormulaMayBe) {
+  KVN_equationSides sides;
+  sides.SetDefault("y", {});
+  int terms = 0;
+  while (terms < 5000 && sides.AppendTerm("x" + std::to_string(terms)) == 0) ++terms;
+  EXPECT_LT(terms, 5000);
+  EXPECT_EQ(sides.AppendTerm("more"), KVN_REFUSED);
+  KVN_equationSides again;
+  EXPECT_EQ(again.Parse(TextOf(sides), nullptr, nullptr), 0);
+  ASSERT_EQ(again.Solve("y"), 0);
+}

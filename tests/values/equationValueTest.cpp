@@ -1,0 +1,192 @@
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "foundation/resultCodes.h"
+#include "tests/support/networkBuilder.h"
+#include "values/valEqEvaluation.h"
+#include "values/valcontinuous.h"
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr unsigned kEvidence = KVN_VALUE_EVIDENCE;
+constexpr unsigned kValid = KVN_VALUE_VALID;
+constexpr unsigned kPropagated = KVN_VALUE_PROPAGATED_EVIDENCE;
+
+// A node of another kind: values look at their node only for intervals.
+struct ValueHost {
+  KVN_network network;
+  int node = AddNodeBelow(network, KVN_TYPE_CPT, "N", 2, {});
+};
+
+struct EquationValue : ValueHost {
+  KVN_valEqEvaluation value{&network, node};
+
+  double Number() {
+    double out = -99.0;
+    EXPECT_EQ(value.GetValue(out), 0);
+    return out;
+  }
+};
+
+struct ContinuousValue : ValueHost {
+  KVN_valcontinuous value{&network, node};
+};
+
+}  // namespace
+
+TEST(ValEqEvaluation, EvidenceIsValidAndPropagatedEvidenceIsEvidenceToo) {
+  EquationValue v;
+  EXPECT_EQ(v.value.ClearEvidence(), KVN_REFUSED);
+  ASSERT_EQ(v.value.SetEvidence(3.5), 0);
+  EXPECT_EQ(v.value.GetFlags(), kEvidence | kValid);
+  EXPECT_EQ(v.Number(), 3.5);
+  EXPECT_EQ(v.value.ClearPropagatedEvidence(), KVN_REFUSED);
+  EXPECT_EQ(v.value.GetFlags(), kEvidence | kValid);
+
+  ASSERT_EQ(v.value.SetPropagatedEvidence(-2.0), 0);
+  EXPECT_EQ(v.value.GetFlags(), kEvidence | kValid | kPropagated);
+  EXPECT_EQ(v.Number(), -2.0);
+  ASSERT_EQ(v.value.SetEvidence(4.0), 0);
+  EXPECT_EQ(v.value.GetFlags(), kEvidence | kValid);
+  ASSERT_EQ(v.value.SetPropagatedEvidence(-2.0), 0);
+  EXPECT_EQ(v.value.ClearPropagatedEvidence(), 0);
+  EXPECT_EQ(v.value.GetFlags(), 0u);
+  ASSERT_EQ(v.value.SetPropagatedEvidence(1.0), 0);
+  EXPECT_EQ(v.value.ClearEvidence(), 0);
+  EXPECT_EQ(v.value.GetFlags(), 0u);
+}
+
+TEST(ValEqEvaluation, HasNoOutcomesAndNoMatrix) {
+  EquationValue v;
+  KVN_Dmatrix* matrix = nullptr;
+  EXPECT_EQ(v.value.SetEvidence(1), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(v.value.GetEvidence(), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(v.value.GetSize(), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(v.value.GetValue(matrix), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(v.value.SetDiscretized({0.5, 0.5}), KVN_NOT_APPLICABLE);
+  EXPECT_FALSE(v.value.IsValueValid());
+}
+
+TEST(ValEqEvaluation, SamplesBecomeMeanAndDeviation) {
+  const struct {
+    const char* name;
+    std::vector<double> samples;
+    double mean, deviation;
+  } cases[] = {
+      {"three",           {1, 2, 3},  2.0,  std::sqrt(14.0 / 3.0 - 4.0)},
+      {"one",             {7.25},     7.25, 0.0                        },
+      {"all alike",       {0.1, 0.1}, 0.1,  0.0                        },
+      {"not a number is", {1, kNaN},  kNaN, 0.0                        },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EquationValue v;
+    v.value.ResetSamples();
+    for (double sample : c.samples) v.value.AddSample(sample);
+    EXPECT_FALSE(v.value.IsValueValid());
+    v.value.FinishSamples();
+    EXPECT_TRUE(v.value.IsValueValid());
+    EXPECT_EQ(std::isnan(v.value.GetMean()), std::isnan(c.mean));
+    if (!std::isnan(c.mean)) {
+      EXPECT_DOUBLE_EQ(v.value.GetMean(), c.mean);
+    }
+    EXPECT_DOUBLE_EQ(v.value.GetDeviation(), c.deviation);
+    EXPECT_EQ(v.value.GetSamples().size(), c.samples.size());
+  }
+}
+
+TEST(ValEqEvaluation, ARunWithoutSamplesStaysInvalidAndOneWithoutStorageCounts) {
+  EquationValue v;
+  v.value.ResetSamples();
+  v.value.FinishSamples();
+  EXPECT_FALSE(v.value.IsValueValid());
+  v.value.SetKeepSamples(false);
+  v.value.AddSample(2.0);
+  v.value.AddSample(4.0);
+  v.value.FinishSamples();
+  EXPECT_EQ(v.value.GetMean(), 3.0);
+  EXPECT_EQ(v.value.GetSampleCount(), 2);
+  EXPECT_TRUE(v.value.GetSamples().empty());
+}
+
+TEST(ValEqEvaluation, WeightedSamplesAreTakenWithTheirWeights) {
+  const struct {
+    const char* name;
+    std::vector<KVN_weightedSample> pairs;
+    double mean, deviation, firstWeight;
+  } cases[] = {
+      {"weights",                 {{1, 1}, {5, 3}},  4.0, -1.0, 1.0 },
+      {"no weight becomes 1",     {{1, 0}, {3, 0}},  2.0, -1.0, 1.0 },
+      {"one weight is enough",    {{1, 0}, {3, 2}},  3.0, -1.0, 0.0 },
+      {"weights that cancel out", {{9, -2}, {3, 1}}, 9.0, 0.0,  -2.0},
+      {"no samples",              {},                0.0, 0.0,  0.0 },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EquationValue v;
+    v.value.SetWeightedSamples(c.pairs);
+    EXPECT_EQ(v.value.GetMean(), c.mean);
+    EXPECT_EQ(v.value.GetDeviation(), c.deviation);
+    EXPECT_TRUE(v.value.IsValueValid());
+    ASSERT_EQ(v.value.GetSamples().size(), c.pairs.size());
+    const double first = c.pairs.empty() ? 0.0 : v.value.GetSamples()[0].weight;
+    EXPECT_EQ(first, c.firstWeight);
+  }
+}
+
+TEST(ValEqEvaluation, CopiesKeepEvidenceAndResults) {
+  EquationValue v;
+  v.value.SetKeepSamples(false);
+  v.value.SetWeightedSamples({{1, 1}, {5, 3}});
+  ASSERT_EQ(v.value.SetEvidence(8.0), 0);
+  std::unique_ptr<KVN_nodeValue> copy(CloneValue(v.value));
+  ASSERT_NE(copy, nullptr);
+  auto& taken = static_cast<KVN_valEqEvaluation&>(*copy);
+  double number = 0.0;
+  ASSERT_EQ(taken.GetValue(number), 0);
+  EXPECT_EQ(number, 8.0);
+  EXPECT_EQ(taken.GetFlags(), kEvidence | kValid);
+  EXPECT_EQ(taken.GetMean(), 4.0);
+  EXPECT_EQ(taken.GetSamples().size(), 2u);
+  EXPECT_FALSE(taken.GetKeepSamples());
+
+  // Another kind of value has nothing to offer but its flags.
+  ASSERT_EQ(v.network.ValueOf(v.node)->SetEvidence(1), 0);
+  ASSERT_EQ(taken.Assign(*v.network.ValueOf(v.node)), 0);
+  EXPECT_EQ(taken.GetFlags(), kEvidence | kValid);
+  EXPECT_TRUE(taken.GetSamples().empty());
+  EXPECT_EQ(taken.GetMean(), 0.0);
+}
+
+TEST(Valcontinuous, EvidenceLeavesTheValidMarkAlone) {
+  ContinuousValue v;
+  ASSERT_EQ(v.value.SetEvidence(2.5), 0);
+  EXPECT_EQ(v.value.GetFlags(), kEvidence);
+  EXPECT_EQ(v.value.GetEvidenceValue(), 2.5);
+  double out = 0.0;
+  EXPECT_EQ(v.value.GetValue(out), KVN_NOT_APPLICABLE);
+  ASSERT_EQ(v.value.SetPropagatedEvidence(1.5), 0);
+  EXPECT_EQ(v.value.GetFlags(), kPropagated);
+  v.value.AddSample(1.0, 0.5);
+  v.value.FinishSamples();
+  EXPECT_EQ(v.value.GetAccumulator(), 1);
+  EXPECT_EQ(v.value.ClearPropagatedEvidence(), 0);
+  EXPECT_EQ(v.value.GetAccumulator(), 0);
+  EXPECT_EQ(v.value.GetFlags(), kValid);
+  EXPECT_EQ(v.value.ClearEvidence(), 0);
+}
+
+TEST(Valcontinuous, IsAssignedButNotCopiedWithItsNode) {
+  ContinuousValue v;
+  v.value.AddSample(1.0, 0.5);
+  v.value.SetDiscretizedBuckets(4);
+  v.value.FinishSamples();
+  EXPECT_EQ(CloneValue(v.value), nullptr);
+  KVN_valcontinuous other(&v.network, v.node);
+  ASSERT_EQ(other.Assign(v.value), 0);
+  EXPECT_EQ(other.GetSamples().size(), 1u);
+  EXPECT_EQ(other.GetDiscretizedBuckets(), 4);
+  EXPECT_EQ(other.GetAccumulator(), 1);
+}
