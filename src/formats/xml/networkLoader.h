@@ -130,6 +130,7 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   static bool MayFill(std::int64_t cells, int listed);
   void FinishCpt();
   void FinishUtility();
+  void FinishMau();
   void FinishTruthTable();
   void FinishCast();
   void FinishDemorgan();
@@ -157,6 +158,8 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   void AddDouble(KVN_doubleArray& list);
   /// Cells of a table over the parents read so far, with `own` in the last dimension.
   std::int64_t CountCells(std::int64_t own) const;
+  /// Cells of a multi-attribute utility with these parents.
+  std::int64_t CountWeights() const;
 
   KVN_network& network;
   std::vector<std::unique_ptr<XmlBinding>> bindings;

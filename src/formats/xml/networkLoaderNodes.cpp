@@ -3,6 +3,7 @@
 #include "definitions/cast.h"
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
@@ -134,6 +135,11 @@ void XmlNetLoader::EndNode(const Kind& kind) {
 /// A large table that the list doesn't fill is refused before it is built, in the words that the
 /// count would get afterwards.
 bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
+  if (kind.type == KVN_TYPE_MAU) {
+    if (MayFill(CountWeights(), weights.GetNumItems())) return true;
+    Abort("SetWeights failed");
+    return false;
+  }
   const bool hasRows = kind.type == KVN_TYPE_TRUTHTABLE;
   if (!hasRows && kind.type != KVN_TYPE_CPT && kind.type != KVN_TYPE_TABLE) return true;
   const std::int64_t count = CountCells(kind.type == KVN_TYPE_CPT ? stateIds.GetNumItems() : 1);
@@ -186,6 +192,14 @@ void XmlNetLoader::FinishCpt() {
 void XmlNetLoader::FinishUtility() {
   if (static_cast<KVN_table*>(definition)->SetUtilities(Used(numbers)) != 0) {
     Abort("SetUtilities failed");
+  }
+}
+
+void XmlNetLoader::FinishMau() {
+  // The model takes any number of weights; a list that doesn't fill the table is an error here.
+  const KVN_doubleArray& list = Used(weights);
+  if (list.GetNumItems() != definition->GetSize() || definition->SetDefinition(list) != 0) {
+    Abort("SetWeights failed");
   }
 }
 

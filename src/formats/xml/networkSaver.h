@@ -32,7 +32,7 @@ class XmlNetworkSaver : public XmlWriter, private NodeDefVisitor {
   bool Save(const char* fileName);
 
  private:
-  void VisitMau(KVN_mau&) override {}            // no class yet
+  void VisitMau(KVN_mau& definition) override;
   void VisitEquation(KVN_equation&) override {}  // no class yet
   void VisitTable(KVN_table& definition) override;
   void VisitList(KVN_list& definition) override;
