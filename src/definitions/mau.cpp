@@ -1,13 +1,17 @@
 #include "definitions/mau.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
+#include "definitions/mauExpressionTable.h"
 #include "foundation/errorLog.h"
 #include "foundation/resultCodes.h"
 #include "network/network.h"
 
 void KVN_mau::CleanUp(int deep) {
   if (deep != 0) weights.CleanUp();
+  expressions.reset();
   (void)CheckReadiness(/*deep=*/0);
 }
 
@@ -50,9 +54,13 @@ int KVN_mau::ShapeForParents(KVN_intArray& shape, int left) const {
   return list.GetNumItems() > 0 ? shape.Add(list.GetNumItems()) : int{KVN_SUCCESS};
 }
 
-bool KVN_mau::WeightsFit() const {
+bool KVN_mau::NumbersFit() const {
   KVN_intArray shape;
   if (ShapeForParents(shape) < 0) return false;
+  KVN_intArray cells;
+  if (expressions != nullptr && (ShapeOfExpressions(cells) < 0 || !expressions->HasShape(cells))) {
+    return false;
+  }
   return std::equal(shape.begin(), shape.end(), weights.GetDimensions().GetItems(),
                     weights.GetDimensions().GetItems() + weights.GetNumberOfDimensions());
 }
@@ -64,6 +72,15 @@ int KVN_mau::DecisionDimension(int parent) const {
 }
 
 // --- Edits that follow the graph.
+
+template <class Edit>
+int KVN_mau::EditExpressions(Edit edit) {
+  if (expressions == nullptr) return KVN_SUCCESS;
+  KVN_Dmatrix cells;
+  if (int result = expressions->ListCells(cells); result < 0) return result;
+  if (int result = edit(cells); result < 0) return result;
+  return expressions->TakeCells(cells);
+}
 
 int KVN_mau::Finish(int result) {
   if (result < 0) return result;
@@ -90,18 +107,21 @@ int KVN_mau::AddUtility(int parent) {
   if (utilities.GetNumItems() == 1) {
     if (int result = weights.AppendDimension(1); result < 0) return result;
     weights.FillWith(1.0);
-    return KVN_SUCCESS;
+    return AddToExpressions(parent);
   }
   const int last = weights.GetNumberOfDimensions() - 1;
   if (int result = weights.PushSlice(last); result < 0) return result;
-  return weights.ShiftSlice(last, utilities.FindPosition(parent), 1.0);
+  if (int result = weights.ShiftSlice(last, utilities.FindPosition(parent), 1.0); result < 0) {
+    return result;
+  }
+  return AddToExpressions(parent);
 }
 
 int KVN_mau::AddDecision(int parent) {
   const int position = DecisionDimension(parent);
   if (int result = weights.AddDimension(position, OutcomesOf(parent)); result < 0) return result;
   if (weights.GetNumberOfDimensions() == 1) weights.FillWith(1.0);
-  return KVN_SUCCESS;
+  return AddExpressionDimension(position, OutcomesOf(parent));
 }
 
 int KVN_mau::RemoveParent(int parent) {
@@ -123,15 +143,21 @@ int KVN_mau::RemoveUtility(int parent) {
   KVN_intArray utilities;
   if (int result = ParentsOfKind(Kind::kUtility, utilities); result < 0) return result;
   const int last = weights.GetNumberOfDimensions() - 1;
-  if (utilities.GetNumItems() == 1) return weights.RemoveDimension(last);
-  if (int result = weights.RemoveSlice(last, utilities.FindPosition(parent)); result < 0) {
-    return result;
+  int result = KVN_SUCCESS;
+  if (utilities.GetNumItems() == 1) {
+    result = weights.RemoveDimension(last);
+  } else {
+    result = weights.RemoveSlice(last, utilities.FindPosition(parent));
+    if (result == 0) result = weights.ShrinkDimension(last);
   }
-  return weights.ShrinkDimension(last);
+  return result < 0 ? result : RemoveFromExpressions(parent);
 }
 
 int KVN_mau::RemoveDecision(int parent) {
-  return weights.RemoveDimension(DecisionDimension(parent), /*value=*/0);
+  const int dimension = DecisionDimension(parent);
+  if (int result = weights.RemoveDimension(dimension, /*value=*/0); result < 0) return result;
+  if (int result = RemoveExpressionDimension(dimension); result < 0) return result;
+  return PruneParents();
 }
 
 /// Weights of 1.0 in the shape for the parents but `left`; those that fit already stay.
@@ -158,7 +184,11 @@ int KVN_mau::ParentOutcomeInserted(int parent, int position) {
     return KVN_REFUSED;
   }
   if (int result = weights.PushSlice(dimension); result < 0) return result;
-  return Finish(weights.ShiftSlice(dimension, position, 1.0));
+  if (int result = weights.ShiftSlice(dimension, position, 1.0); result < 0) return result;
+  return Finish(EditExpressions([&](KVN_Dmatrix& cells) {
+    const int result = cells.PushSlice(dimension);
+    return result < 0 ? result : cells.ShiftSlice(dimension, position, 0.0);
+  }));
 }
 
 int KVN_mau::ParentOutcomeRemoved(int parent, int position) {
@@ -166,14 +196,22 @@ int KVN_mau::ParentOutcomeRemoved(int parent, int position) {
   const int dimension = DecisionDimension(parent);
   if (dimension < 0) return KVN_SUCCESS;
   if (int result = weights.RemoveSlice(dimension, position); result < 0) return result;
-  return Finish(weights.ShrinkDimension(dimension));
+  if (int result = weights.ShrinkDimension(dimension); result < 0) return result;
+  int result = EditExpressions([&](KVN_Dmatrix& cells) {
+    const int removed = cells.RemoveSlice(dimension, position);
+    return removed < 0 ? removed : cells.ShrinkDimension(dimension);
+  });
+  if (result == 0) result = PruneParents();
+  return Finish(result);
 }
 
 int KVN_mau::ParentOutcomesReordered(int parent, const KVN_intArray& order) {
   if (!IsReady()) return KVN_NOT_READY;
   const int dimension = DecisionDimension(parent);
   if (dimension < 0) return KVN_SUCCESS;
-  return Finish(weights.ChangeOrderWithinDimension(dimension, order));
+  if (int result = weights.ChangeOrderWithinDimension(dimension, order); result < 0) return result;
+  return Finish(EditExpressions(
+      [&](KVN_Dmatrix& cells) { return cells.ChangeOrderWithinDimension(dimension, order); }));
 }
 
 /// The network's list stands in the new order already: new place k holds old parent `order[k]`.
@@ -202,6 +240,11 @@ int KVN_mau::ReorderParents(const KVN_intArray& order) {
     if (int result = weights.ChangeOrderWithinDimension(last, utilities); result < 0) return result;
   }
   if (decisions.GetNumItems() == 0) return Finish(KVN_SUCCESS);
+  if (int result = EditExpressions(
+          [&](KVN_Dmatrix& cells) { return cells.ChangeOrderOfDimensions(decisions); });
+      result < 0) {
+    return result;
+  }
   if (utilities.GetNumItems() > 0) {  // their dimension stays last
     if (int result = decisions.Add(decisions.GetNumItems()); result < 0) return result;
   }
@@ -212,6 +255,7 @@ int KVN_mau::ReorderParents(const KVN_intArray& order) {
 
 int KVN_mau::ReCreate() {
   weights.CleanUp();
+  expressions.reset();
   if (!HasNode()) return KVN_SUCCESS;
   for (int parent : Parents()) {
     if (KindOf(parent) != Kind::kOther) continue;
@@ -257,7 +301,13 @@ int KVN_mau::Assign(KVN_nodeDefinition& source) {
 
 int KVN_mau::TakeContent(KVN_mau& source) {
   if (int result = ReCreate(); result < 0) return result;
-  return weights.Assign(source.weights);
+  if (int result = weights.Assign(source.weights); result < 0) return result;
+  if (source.expressions == nullptr) return KVN_SUCCESS;
+  std::unique_ptr<KVN_mauExpressionTable> copy(new (std::nothrow) KVN_mauExpressionTable);
+  if (copy == nullptr) return KVN_NO_MEMORY;
+  if (int result = copy->Assign(*source.expressions); result < 0) return result;
+  expressions = std::move(copy);
+  return KVN_SUCCESS;
 }
 
 int KVN_mau::RemoveNonDiscreteParents() {
@@ -289,7 +339,12 @@ int KVN_mau::SetDefinition(const KVN_doubleArray& source) {
   return KVN_SUCCESS;
 }
 
+const KVN_intArray& KVN_mau::GetRowMultipliers() const {
+  return expressions != nullptr ? expressions->GetMultipliers() : weights.GetMultipliers();
+}
+
 double KVN_mau::Combine(const double* inputs, int count, int row) const {
+  if (expressions != nullptr) return Evaluate(inputs, count, row);
   double sum = 0.0;
   for (int i = 0; i < count; i++) sum += inputs[i] * weights[row + i];
   return sum;

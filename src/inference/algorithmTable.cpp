@@ -1,6 +1,8 @@
 // The one place that knows which algorithms the engine has. The model calls them through these
 // tables and so depends on none of them.
 
+#include "decision/cooperEvaluator.h"
+#include "decision/shachterEvaluator.h"
 #include "inference/exact/clusterUpdate.h"
 #include "inference/exact/polytree.h"
 #include "inference/exact/sepsetJoinTree.h"
@@ -16,4 +18,11 @@ const KVN_updateAlgorithm theUpdateAlgorithms[] = {
 };
 
 // Entries that are left out are null.
-const KVN_specialUpdates theSpecialUpdates = {};
+const KVN_specialUpdates theSpecialUpdates = {
+    .policyEvaluation = RunPolicyEvaluation,
+    .bestPolicySearch = RunBestPolicySearch,
+    .solveEquations = nullptr,
+    .convertToHybrid = nullptr,
+    .discretize = nullptr,
+    .hybridMode = nullptr,
+};

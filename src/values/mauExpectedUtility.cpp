@@ -33,7 +33,7 @@ int KVN_mauExpectedUtility::Prepare() {
   if (network == nullptr || network->TypeOf(handle) != KVN_TYPE_MAU) return KVN_REFUSED;
   if (matrix.GetNumberOfDimensions() != indexingParents.GetNumItems() + 1) return KVN_REFUSED;
   definition = static_cast<KVN_mau*>(network->DefinitionOf(handle));
-  if (!definition->WeightsFit()) return KVN_REFUSED;
+  if (!definition->NumbersFit()) return KVN_REFUSED;
   for (int parent : network->GetParents(handle)) {
     const KVN_nodeValue* value = network->ValueOf(parent);
     if (value == nullptr) return KVN_REFUSED;

@@ -78,9 +78,9 @@ TEST_F(Weights, AreTakenAsTheyCome) {
   EXPECT_EQ(weights()[0], -7);
   EXPECT_EQ(weights()[2], 10);
   KVN_nodeDefinition& definition = *network.DefinitionOf(m);
-  EXPECT_TRUE(DefinitionAs<KVN_mau>(network, m).WeightsFit());
+  EXPECT_TRUE(DefinitionAs<KVN_mau>(network, m).NumbersFit());
   EXPECT_EQ(definition.SetDefinition(TableOf({2}, {1, 2})), 0);
-  EXPECT_FALSE(DefinitionAs<KVN_mau>(network, m).WeightsFit());
+  EXPECT_FALSE(DefinitionAs<KVN_mau>(network, m).NumbersFit());
 }
 
 TEST_F(Weights, ArePartOfACopy) {
@@ -125,7 +125,7 @@ TEST_F(Weights, KeepAShapeWhenAParentBecomesAnotherKind) {
   ASSERT_EQ(network.GetNode(v)->ChangeType(KVN_TYPE_CPT), 0);
   EXPECT_EQ(sizes(), (Ints{3, 1}));
   ASSERT_EQ(network.GetNode(e)->ChangeType(KVN_TYPE_TABLE), 0);
-  EXPECT_FALSE(DefinitionAs<KVN_mau>(network, m).WeightsFit()) << "no arc went";
+  EXPECT_FALSE(DefinitionAs<KVN_mau>(network, m).NumbersFit()) << "no arc went";
 }
 
 /// Random edits against weights that are told by names: of the alternatives, and of the utility.
@@ -194,7 +194,7 @@ TEST(Mau, WeightsStayWithTheirAlternativesAndUtilities) {
           ASSERT_EQ(network.RemoveArc(utilities[other], m, 0), 0);
           break;
       }
-      ASSERT_TRUE(DefinitionAs<KVN_mau>(network, m).WeightsFit());
+      ASSERT_TRUE(DefinitionAs<KVN_mau>(network, m).NumbersFit());
       keys([&](const auto& key, int utility, double cell) {
         const auto found = known.find({key, utility});
         EXPECT_EQ(cell, found == known.end() ? 1.0 : found->second) << "step " << step;
