@@ -124,7 +124,7 @@ constexpr int KVN_MAX_SIMPLIFY_NODES = 1000000;
 
 /// Repeats Simplify until nothing changes, or until one of the limits above is passed; the tree has
 /// the value of the first one wherever it stops. Returns the number of passes that changed it.
-int SimplifyFully(KVN_expression*& root);
+int SimplifyFully(KVN_expression*& root, long long mostNodes = KVN_MAX_SIMPLIFY_NODES);
 
 /// Number of nodes, and number of levels (1 for a leaf). 0 for null.
 long long CountNodes(const KVN_expression* root);

@@ -150,11 +150,11 @@ bool SimplifyTree(KVN_expression*& root) {
   return changed;
 }
 
-int SimplifyFully(KVN_expression*& root) {
+int SimplifyFully(KVN_expression*& root, long long mostNodes) {
   int passes = 0;
   while (passes < KVN_MAX_SIMPLIFY_PASSES && root->Simplify(root)) {
     passes++;
-    if (CountNodes(root) > KVN_MAX_SIMPLIFY_NODES) break;
+    if (CountNodes(root) > mostNodes) break;
   }
   return passes;
 }
