@@ -68,7 +68,9 @@ class KVN_expression {
   /// Rewrites the tree by one step at each place where a rule applies, from the root down, not
   /// going below a place that changed. `self` is the owner's pointer to this node, which may delete
   /// itself and leave a replacement there. True when the tree changed; SimplifyFully repeats it. No
-  /// child may be null. docs/expressions.md tells the rules that change a value.
+  /// child may be null. docs/expressions.md tells the rules that change a value; one of them looks
+  /// at the values that variables have now, so give them values first, or NaN for a tree that is to
+  /// hold for all values.
   virtual bool Simplify(KVN_expression*& self);
   /// The value without the node's own sign. Never fails: what has no value gives an infinity or a
   /// NaN. A distribution draws a sample. Allocates nothing in trees of up to 256 levels.
@@ -122,7 +124,7 @@ constexpr int KVN_MAX_SIMPLIFY_NODES = 1000000;
 
 /// Repeats Simplify until nothing changes, or until one of the limits above is passed; the tree has
 /// the value of the first one wherever it stops. Returns the number of passes that changed it.
-int SimplifyFully(KVN_expression*& root);
+int SimplifyFully(KVN_expression*& root, long long mostNodes = KVN_MAX_SIMPLIFY_NODES);
 
 /// Number of nodes, and number of levels (1 for a leaf). 0 for null.
 long long CountNodes(const KVN_expression* root);

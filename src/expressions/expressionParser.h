@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 class KVN_expression;
@@ -46,20 +47,25 @@ class KVN_expressionParser {
 
  private:
   void NextToken();
+  void ScanComparison();
   void ScanNumber();
   void ScanIdentifier();
   void Error(const std::string& text);
 
   KVN_expression* ParseTop();
   KVN_expression* ParseExpressionLevel();
+  bool ParseBranches(std::unique_ptr<KVN_expression>& tree);
   KVN_expression* ParseBinaryLevels();
   KVN_expression* ParseFactor();
   KVN_expression* ParseParentheses();
   KVN_expression* ParseIdentifier();
   KVN_expression* ParseCall(const std::string& name);
-  bool ParseArguments(KVN_function& function, int arity);
+  bool ParseFixedArguments(KVN_function& function, int arity);
+  bool ParseAnyArguments(KVN_function& function, int fewest);
+  bool ParseComma();
 
-  const char* text = "";                // not owned
+  const char* text = "";  // not owned
+  int length = 0;
   int position = 0;                     // index of the next character
   int errorCount = 0;                   // only the first error is recorded
   std::string* errorMessage = nullptr;  // not owned

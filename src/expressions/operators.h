@@ -155,6 +155,10 @@ class KVN_operatorGE : public KVN_binaryOperator {
   const char* GetSymbol() const override { return ">="; }
 };
 
+/// A new operator of one of the eleven binary kinds, which takes the operands over. Null, and the
+/// operands stay the caller's, for another kind or when the memory ends. Operands may be null.
+KVN_binaryOperator* NewBinaryOperator(int kind, KVN_expression* left, KVN_expression* right);
+
 /// condition ? whenTrue : whenFalse. A condition of exactly 0 selects whenFalse; only the selected
 /// branch is evaluated. All three are owned.
 class KVN_operatorConditional : public KVN_operator {

@@ -1,0 +1,150 @@
+// Evaluation of the nodes with children. It is the inner loop of every sampler, so it recurses,
+// which is several times faster than a walk with frames, but never beyond kMostLevels; what lies
+// deeper is evaluated with frames on the heap.
+
+#include <limits>
+#include <vector>
+
+#include "expressions/function.h"
+#include "expressions/functionTable.h"
+#include "expressions/operators.h"
+
+namespace {
+
+constexpr int kMostLevels = 256;
+
+int theLevel = 0;  // levels of the evaluation in progress
+
+double Call(const KVN_functionRow* row, const double* args, int count) {
+  if (row == nullptr || row->evaluate == nullptr) return std::numeric_limits<double>::quiet_NaN();
+  return row->evaluate(args, count);
+}
+
+/// The walk with frames: a stack of nodes that wait for the value of a child, and one of the signed
+/// values that they have received.
+class HeapEvaluation {
+ public:
+  double Run(const KVN_expression& root) {
+    Enter(root);
+    while (!frames.empty()) {
+      const KVN_expression* child = NextChild(frames.back());
+      if (child != nullptr) {
+        Enter(*child);
+      } else {
+        Leave();
+      }
+    }
+    return values.back() * root.sign;  // takes the sign of the root away again
+  }
+
+ private:
+  struct Frame {
+    const KVN_expression* node;
+    int received;  // values of children so far
+  };
+
+  void Enter(const KVN_expression& node) {
+    const int kind = node.GetKind();
+    if (kind == KVN_KIND_CONSTANT || kind == KVN_KIND_VARIABLE) {
+      values.push_back(SignedValue(node));
+    } else {
+      frames.push_back({&node, 0});
+    }
+  }
+
+  /// The child whose value is wanted next; null when the node can be computed.
+  const KVN_expression* NextChild(Frame& frame) {
+    const int place = frame.received++;
+    switch (frame.node->GetKind()) {
+      case KVN_KIND_FUNCTION:
+      case KVN_KIND_DISTRIBUTION: {
+        const auto& function = static_cast<const KVN_function&>(*frame.node);
+        return place < function.GetArgumentCount() ? function.args[place] : nullptr;
+      }
+      case KVN_KIND_CONDITIONAL:
+        return NextOfConditional(static_cast<const KVN_operatorConditional&>(*frame.node), place);
+      default: {
+        const auto& binary = static_cast<const KVN_binaryOperator&>(*frame.node);
+        return place == 0 ? binary.left : place == 1 ? binary.right : nullptr;
+      }
+    }
+  }
+
+  /// The condition, then the branch that it selects in its place.
+  const KVN_expression* NextOfConditional(const KVN_operatorConditional& choice, int place) {
+    if (place == 0) return choice.condition;
+    if (place > 1) return nullptr;
+    return Take() == 0.0 ? choice.whenFalse : choice.whenTrue;
+  }
+
+  void Leave() {
+    const KVN_expression& node = *frames.back().node;
+    frames.pop_back();
+    values.push_back(Compute(node) * node.sign);
+  }
+
+  double Compute(const KVN_expression& node) {
+    switch (node.GetKind()) {
+      case KVN_KIND_FUNCTION:
+      case KVN_KIND_DISTRIBUTION: {
+        const auto& function = static_cast<const KVN_function&>(node);
+        const int count = function.GetArgumentCount();
+        const double* args = values.data() + values.size() - count;
+        const double value = Call(function.descriptor, args, count);
+        values.resize(values.size() - count);
+        return value;
+      }
+      case KVN_KIND_CONDITIONAL:
+        return Take();
+      default: {
+        const double b = Take();
+        const double a = Take();
+        return static_cast<const KVN_binaryOperator&>(node).Apply(a, b);
+      }
+    }
+  }
+
+  double Take() {
+    const double value = values.back();
+    values.pop_back();
+    return value;
+  }
+
+  std::vector<Frame> frames;
+  std::vector<double> values;
+};
+
+double EvaluateOnHeap(const KVN_expression& root) {
+  HeapEvaluation evaluation;
+  return evaluation.Run(root);
+}
+
+}  // namespace
+
+double KVN_binaryOperator::Evaluate() const {
+  if (theLevel == kMostLevels) return EvaluateOnHeap(*this);
+  theLevel++;
+  const double a = left->Evaluate() * left->sign;
+  const double b = right->Evaluate() * right->sign;
+  theLevel--;
+  return Apply(a, b);
+}
+
+double KVN_operatorConditional::Evaluate() const {
+  if (theLevel == kMostLevels) return EvaluateOnHeap(*this);
+  theLevel++;
+  const KVN_expression* chosen = SignedValue(*condition) == 0.0 ? whenFalse : whenTrue;
+  const double value = SignedValue(*chosen);
+  theLevel--;
+  return value;
+}
+
+double KVN_function::Evaluate() const {
+  if (theLevel == kMostLevels) return EvaluateOnHeap(*this);
+  theLevel++;
+  double values[KVN_MAX_ARGUMENTS];
+  const int count = GetArgumentCount();
+  for (int i = 0; i < count; i++) values[i] = SignedValue(*args[i]);
+  theLevel--;
+  return Call(descriptor, values, count);
+}
