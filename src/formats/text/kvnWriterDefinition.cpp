@@ -36,6 +36,11 @@ void KVN_kvnSpeaker::WriteDefinition(KVN_nodeDefinition& definition) {
         (void)WriteDoubleListStatement("UTILITIES", matrix->GetItems(), /*whole=*/true);
       }
       break;
+    case KVN_TYPE_MAU:
+      if (definition.GetDefinition(matrix) == 0) {
+        (void)WriteDoubleListStatement("WEIGHTS", matrix->GetItems(), /*whole=*/true);
+      }
+      break;
     case KVN_TYPE_LIST:
       (void)WriteIdentifierListStatement("NAMECHOICES", *definition.GetOutcomesNames(), false);
       break;

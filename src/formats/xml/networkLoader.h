@@ -137,6 +137,7 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   static bool MayFill(std::int64_t cells, int listed);
   void FinishCpt();
   void FinishUtility();
+  void FinishMau();
   void FinishTruthTable();
   void FinishCast();
   void FinishDemorgan();
@@ -172,6 +173,8 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   std::int64_t CountCells(std::int64_t own) const;
   /// Cells of the parameters of a gate over the parents read so far, with `own` outcomes.
   std::int64_t CountParameters(std::int64_t own) const;
+  /// Cells of a multi-attribute utility with these parents.
+  std::int64_t CountWeights() const;
 
   KVN_network& network;
   std::vector<std::unique_ptr<XmlBinding>> bindings;

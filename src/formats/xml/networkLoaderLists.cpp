@@ -81,6 +81,19 @@ std::int64_t XmlNetLoader::CountParameters(std::int64_t own) const {
   return std::min(rows, kManyCells) * own;
 }
 
+std::int64_t XmlNetLoader::CountWeights() const {
+  std::int64_t rows = 1;
+  std::int64_t utilities = 0;
+  for (int parent : parents) {
+    if (network.TypeOf(parent) == KVN_TYPE_LIST) {
+      rows = std::min(rows * network.DefinitionOf(parent)->GetNumberOfOutcomes(), kManyCells);
+    } else {
+      ++utilities;
+    }
+  }
+  return std::min(rows * std::max(utilities, std::int64_t{1}), kManyCells);
+}
+
 bool XmlNetLoader::MayFill(std::int64_t cells, int listed) {
   return cells <= kSmallTable || cells == listed;
 }

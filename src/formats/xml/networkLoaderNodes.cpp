@@ -3,6 +3,7 @@
 #include "definitions/cast.h"
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
@@ -150,6 +151,10 @@ bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
       if (MayFill(CountCells(1), numbers.GetNumItems())) return true;
       Abort("SetUtilities failed");
       return false;
+    case KVN_TYPE_MAU:
+      if (MayFill(CountWeights(), weights.GetNumItems())) return true;
+      Abort("SetWeights failed");
+      return false;
     case KVN_TYPE_TRUTHTABLE:
       return AreRowsPlausible();
     case KVN_TYPE_NOISY_MAX:
@@ -240,6 +245,14 @@ void XmlNetLoader::FinishCpt() {
 void XmlNetLoader::FinishUtility() {
   if (static_cast<KVN_table*>(definition)->SetUtilities(Used(numbers)) != 0) {
     Abort("SetUtilities failed");
+  }
+}
+
+void XmlNetLoader::FinishMau() {
+  // The model takes any number of weights; a list that doesn't fill the table is an error here.
+  const KVN_doubleArray& list = Used(weights);
+  if (list.GetNumItems() != definition->GetSize() || definition->SetDefinition(list) != 0) {
+    Abort("SetWeights failed");
   }
 }
 

@@ -6,6 +6,7 @@
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
 #include "definitions/list.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
@@ -225,6 +226,12 @@ void XmlNetworkSaver::VisitTable(KVN_table& definition) {
   OpenNode("utility", definition, /*hasStates=*/false);
   KVN_Dmatrix* table = nullptr;
   if (definition.GetDefinition(table) == 0) SaveMatrix("utilities", *table);
+}
+
+void XmlNetworkSaver::VisitMau(KVN_mau& definition) {
+  OpenNode("mau", definition, /*hasStates=*/false);
+  KVN_Dmatrix* weights = nullptr;
+  if (definition.GetDefinition(weights) == 0) SaveMatrix("weights", *weights);
 }
 
 void XmlNetworkSaver::VisitList(KVN_list& definition) {

@@ -34,7 +34,7 @@ class XmlNetworkSaver : public XmlWriter, private NodeDefVisitor {
   bool Save(const char* fileName);
 
  private:
-  void VisitMau(KVN_mau&) override {}  // no class yet
+  void VisitMau(KVN_mau& definition) override;
   void VisitEquation(KVN_equation& definition) override;
   void VisitTable(KVN_table& definition) override;
   void VisitList(KVN_list& definition) override;

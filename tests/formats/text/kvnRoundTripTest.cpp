@@ -20,8 +20,9 @@ constexpr int kSeeds = 200;
 constexpr double kEightDecimals = 0.5e-8 + 1e-12;
 
 /// The kinds whose numbers the format has statements for.
-const std::vector<int> kCarriedKinds = {KVN_TYPE_CPT,   KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST,
-                                        KVN_TYPE_TABLE, KVN_TYPE_CAST,       KVN_TYPE_NOISY_MAX};
+const std::vector<int> kCarriedKinds = {KVN_TYPE_CPT,      KVN_TYPE_MAU,   KVN_TYPE_TRUTHTABLE,
+                                        KVN_TYPE_LIST,     KVN_TYPE_TABLE, KVN_TYPE_CAST,
+                                        KVN_TYPE_NOISY_MAX};
 
 std::string WriteTo(const ScratchFolder& folder, const char* name, KVN_network& network) {
   EXPECT_EQ(network.WriteFile(folder.Path(name).c_str(), KVN_FORMAT_KVN), 0);

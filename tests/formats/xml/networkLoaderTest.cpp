@@ -242,8 +242,9 @@ TEST(NetworkLoader, RefusesWithAMessage) {
   refuse(InNodes("<cpt id='A' diagtype='fault'/>"), "Unknown diagnosis node type: 'fault'");
   refuse(InNodes("<cpt id='A' dynamic='slice'/>"), "Unknown dynamic node type: 'slice'");
   refuse(InNodes(a + a), "Duplicated node identifier: 'A'");
-  refuse(InNodes("<mau id='A'><weights>1</weights></mau>"), "ORMEL failed to create node: 'A'");
-  refuse(InNodes("<maux id='A'/>"), "ORMEL failed to create node: 'A'");
+  refuse(InNodes("<mau id='A'><weights>1</weights></mau>"), "SetWeights failed");
+  refuse(InNodes(a + "<mau id='B'><parents>A</parents><weights>1</weights></mau>"),
+         "AddArc failed");
   refuse(InNodes("<equation id='A'><definition>A=1</definition></equation>"),
          "ORMEL failed to create node: 'A'");
   refuse(InNodes(Cpt("B", std::string(kTwo) + "<parents>A</parents>") + a),
