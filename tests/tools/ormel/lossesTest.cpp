@@ -213,6 +213,14 @@ void SpoilControls(KVN_network& network) {
   EXPECT_EQ(network.UserProperties().AddProperty("control", "a\x1F"), 0);
 }
 
+/// What a network has for identifier and name after it was read from a format without them.
+void TakeTheNameAway(KVN_network& network) {
+  KVN_network emptied;
+  ASSERT_EQ(emptied.Submodels().Clear(), 0);
+  EXPECT_EQ(network.Header().SetId(emptied.Header().GetId()), 0);
+  EXPECT_EQ(network.Header().SetName(emptied.Header().GetName()), 0);
+}
+
 struct Spoiling {
   const char* name;
   void (*spoil)(KVN_network& network);
@@ -225,6 +233,7 @@ const Spoiling kSpoilings[] = {
     {"numbers",      SpoilNumbers       },
     {"texts",        SpoilTexts         },
     {"controls",     SpoilControls      },
+    {"unnamed",      TakeTheNameAway    },
 };
 
 TEST(Losses, AreWhatWritingAndReadingLoses) {
