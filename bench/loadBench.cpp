@@ -8,23 +8,18 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <random>
 #include <string>
 
 #include "bench/goals.h"
 #include "bench/measure.h"
-#include "definitions/nodeDefinition.h"
-#include "foundation/doubleArray.h"
+#include "bench/shapes.h"
 #include "network/fileSpeaker.h"
 #include "network/network.h"
 
 namespace {
 
-constexpr std::uint64_t kSeed = 20240611;
 constexpr int kRepetitions = 5;
 constexpr int kLargest = 50000;
 
@@ -34,55 +29,12 @@ constexpr double kWriteSeconds = 3.0;
 constexpr double kPeakMegabytes = 1500.0;
 constexpr double kGrowth = 2.3;  // of time and memory for twice the nodes
 
-enum Shape { kChain = 0, kThreeParents = 1, kStar = 2 };
-constexpr const char* kShapeNames[] = {"chain", "three parents", "star"};
-
 std::string FileName(int shape, int nodes) {
   return (std::filesystem::temp_directory_path() /
           ("kvnLoadBench" + std::to_string(getpid()) + "-" + std::to_string(shape) + "-" +
            std::to_string(nodes) + ".kvn"))
       .string();
 }
-
-class Builder {
- public:
-  Builder(KVN_network& target, int ofShape) : network(target), shape(ofShape) {}
-
-  bool Build(int nodes) {
-    for (int i = 0; i < nodes; i++) {
-      if (!AddNode(i)) return false;
-    }
-    return true;
-  }
-
- private:
-  bool AddNode(int index) {
-    const int handle = network.AddNode(KVN_TYPE_CPT, ("N" + std::to_string(index)).c_str());
-    if (handle < 0) return false;
-    const int wanted = shape == kThreeParents ? 3 : 1;
-    while (network.GetNumberOfParents(handle) < std::min(wanted, index)) {
-      (void)network.AddArc(DrawParent(index), handle, /*layer=*/0);  // refused: it is one already
-    }
-    KVN_nodeDefinition& definition = *network.DefinitionOf(handle);
-    KVN_doubleArray numbers;
-    while (numbers.GetNumItems() < definition.GetSize()) {
-      const double first = static_cast<double>(engine() % 99999999 + 1) * 1e-8;
-      if (numbers.Add(first) != 0 || numbers.Add(1.0 - first) != 0) return false;
-    }
-    return definition.SetDefinition(numbers) == 0;
-  }
-
-  int DrawParent(int index) {
-    if (shape == kThreeParents) {
-      return static_cast<int>(engine() % static_cast<std::uint64_t>(index));
-    }
-    return shape == kChain ? index - 1 : 0;
-  }
-
-  KVN_network& network;
-  int shape;
-  std::mt19937_64 engine{kSeed};
-};
 
 /// Names of the files made so far; removes them at the end of the program.
 struct MadeFiles {
@@ -100,7 +52,7 @@ const std::string& FileOf(int shape, int nodes) {
   std::string& name = made.names[shape][nodes == kLargest ? 1 : 0];
   if (name.empty()) {
     KVN_network network;
-    if (Builder(network, shape).Build(nodes) &&
+    if (ShapeBuilder(network, shape).Build(nodes) &&
         network.WriteFile(FileName(shape, nodes).c_str(), KVN_FORMAT_KVN) == 0) {
       name = FileName(shape, nodes);
     }

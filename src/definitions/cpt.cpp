@@ -261,7 +261,9 @@ int KVN_cpt::SetNumberOfOutcomes(const KVN_stringArray& names) {
   // Made before the old ones go: `names` may be this definition's own list.
   KVN_idArray made;
   const int count = UsedCount(names);
-  if (MakeOutcomeNames(made, names) < 0) return SetNumberOfOutcomes(count);
+  if (int result = MakeOutcomeNames(made, names); result < 0) {
+    return result == KVN_NO_MEMORY ? result : SetNumberOfOutcomes(count);
+  }
   CleanUp(/*deep=*/1);
   outcomes.SetAllowEmpty(made.GetAllowEmpty());
   outcomes.Swap(made);

@@ -5,6 +5,7 @@
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
 #include "definitions/list.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
@@ -47,6 +48,7 @@ constexpr Maker kMakers[] = {
     {KVN_TYPE_NOISY_MAX,    Make<KVN_noisyMAX>,    MakeBlank<KVN_noisyMAX>  },
     {KVN_TYPE_NOISY_ADDER,  Make<KVN_noisyAdder>,  MakeBlank<KVN_noisyAdder>},
     {KVN_TYPE_EQUATION_SCC, Make<KVN_equationSCC>, nullptr                  },
+    {KVN_TYPE_MAU,          Make<KVN_mau>,         MakeBlank<KVN_mau>       },
 };
 
 const Maker* FindMaker(int typeCode) {

@@ -1,6 +1,8 @@
 // The one place that knows which algorithms the engine has. The model calls them through these
 // tables and so depends on none of them.
 
+#include "decision/cooperEvaluator.h"
+#include "decision/shachterEvaluator.h"
 #include "inference/exact/clusterUpdate.h"
 #include "inference/exact/polytree.h"
 #include "inference/exact/sepsetJoinTree.h"
@@ -34,8 +36,8 @@ const KVN_updateAlgorithm theUpdateAlgorithms[] = {
 };
 
 const KVN_specialUpdates theSpecialUpdates = {
-    .policyEvaluation = nullptr,
-    .bestPolicySearch = nullptr,
+    .policyEvaluation = RunPolicyEvaluation,
+    .bestPolicySearch = RunBestPolicySearch,
     .solveEquations = SolveEquations,
     .convertToHybrid = ConvertToHybrid,
     .discretize = DiscretizingUpdate,

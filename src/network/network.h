@@ -207,6 +207,8 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   /// Computes all posteriors (or expected utilities) by the algorithm that fits the network's
   /// content and settings. 0 or a code; the node values tell what is valid.
   int UpdateBeliefs();
+  /// The part of it for networks of discrete chance nodes, without a look at the content.
+  int UpdateDiscrete();
   int InvalidateAllBeliefs();
   int ClearAllPropagatedEvidence();
 
@@ -336,7 +338,6 @@ class KVN_network : public KVN_object, private KVN_identifierIndex::Source {
   int Conclude(int from, int other, int outcome, int& follow);
 
   // Updating (updateDriver.cpp, softEvidence.cpp).
-  int UpdateDiscrete();
   int RunDiscreteAlgorithm();
   int UpdateEquations();
   int UpdateHybrid();

@@ -28,6 +28,6 @@ class KVN_expectedUtility : public KVN_nodeValue {
   double GetMaximum() const;
   int Rescale(double fromLow, double fromHigh, double toLow, double toHigh);
 
- private:
+ protected:
   KVN_Dmatrix matrix;
 };

@@ -7,6 +7,7 @@
 #include "values/beliefVector.h"
 #include "values/expectedUtility.h"
 #include "values/listOfDecisions.h"
+#include "values/mauExpectedUtility.h"
 #include "values/valEqEvaluation.h"
 #include "values/valcontinuous.h"
 
@@ -17,6 +18,8 @@ int ValueTypeFor(int definitionType) {
   switch (definitionType) {
     case KVN_TYPE_TABLE:
       return KVN_VALUE_EXPECTED_UTILITY;
+    case KVN_TYPE_MAU:
+      return KVN_VALUE_MAU_EXPECTED_UTILITY;
     case KVN_TYPE_LIST:
       return KVN_VALUE_LIST_OF_DECISIONS;
     case KVN_TYPE_CPT:
@@ -45,6 +48,8 @@ KVN_nodeValue* MakeValue(int valueType, KVN_network* network, int handle) {
       return new (std::nothrow) KVN_beliefVector(network, handle);
     case KVN_VALUE_EXPECTED_UTILITY:
       return new (std::nothrow) KVN_expectedUtility(network, handle);
+    case KVN_VALUE_MAU_EXPECTED_UTILITY:
+      return new (std::nothrow) KVN_mauExpectedUtility(network, handle);
     case KVN_VALUE_LIST_OF_DECISIONS:
       return new (std::nothrow) KVN_listOfDecisions(network, handle);
     case KVN_VALUE_EQUATION:

@@ -28,6 +28,9 @@ namespace {
 /// below an adder is left out: its numbers don't follow the parent's outcomes.
 bool MayBeParent(int parentKind, int childKind) {
   if (childKind == KVN_TYPE_CAST || childKind == KVN_TYPE_DEMORGAN) return parentKind == childKind;
+  if (childKind == KVN_TYPE_MAU) {
+    return parentKind == KVN_TYPE_LIST || (parentKind & KVN_TYPE_BIT_UTILITY) != 0;
+  }
   if (childKind == KVN_TYPE_NOISY_ADDER && parentKind == childKind) return false;
   return HasTableDimension(parentKind);
 }
@@ -65,7 +68,8 @@ class Filler {
       const int hole = random.Chance(0.1) ? network.AddNode(KVN_TYPE_CPT, "Hole") : -1;
       handles[rank] = network.AddNode(kind, ("N" + std::to_string(rank)).c_str());
       if (hole >= 0) Must(network.DeleteNode(hole));
-      if (kind != KVN_TYPE_TABLE && !IsBinaryGate(kind)) NameOutcomes(DefinitionOf(handles[rank]));
+      const bool isUtility = (kind & KVN_TYPE_BIT_UTILITY) != 0;
+      if (!isUtility && !IsBinaryGate(kind)) NameOutcomes(DefinitionOf(handles[rank]));
     }
   }
 
@@ -111,6 +115,8 @@ class Filler {
         return SetStates(static_cast<KVN_truthTable&>(definition));
       case KVN_TYPE_TABLE:
         return SetUtilities(static_cast<KVN_table&>(definition));
+      case KVN_TYPE_MAU:
+        return Must(definition.SetDefinition(DoublesOf(Weights(definition.GetSize(), -3.0))));
       case KVN_TYPE_CAST: {
         auto& gate = static_cast<KVN_cast&>(definition);
         Must(gate.SetPositiveWeights(DoublesOf(Weights(parents, -1.0))));

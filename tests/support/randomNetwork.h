@@ -38,10 +38,10 @@ struct RandomNetworkOptions {
   int maxOutcomes = 4;
   /// Kinds of nodes, each drawn with the same chance; one that stands here twice comes twice as
   /// often. CAST and DEMORGAN have two outcomes and parents of their own kind alone; a utility
-  /// (TABLE) has no children.
-  std::vector<int> kinds = {KVN_TYPE_CPT,       KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST,
-                            KVN_TYPE_TABLE,     KVN_TYPE_CAST,       KVN_TYPE_DEMORGAN,
-                            KVN_TYPE_NOISY_MAX, KVN_TYPE_NOISY_ADDER};
+  /// (TABLE, MAU) has no children but MAU.
+  std::vector<int> kinds = {KVN_TYPE_CPT,       KVN_TYPE_TRUTHTABLE,  KVN_TYPE_LIST,
+                            KVN_TYPE_TABLE,     KVN_TYPE_CAST,        KVN_TYPE_DEMORGAN,
+                            KVN_TYPE_NOISY_MAX, KVN_TYPE_NOISY_ADDER, KVN_TYPE_MAU};
   double zeroShare = 0.1;  // of the probabilities of tables
   /// Names, comments, properties, documents, text boxes, submodels, layout, targets, settings.
   bool descriptions = true;

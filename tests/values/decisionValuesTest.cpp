@@ -6,6 +6,7 @@
 #include "tests/support/networkBuilder.h"
 #include "values/expectedUtility.h"
 #include "values/listOfDecisions.h"
+#include "values/mauExpectedUtility.h"
 
 namespace {
 
@@ -119,21 +120,85 @@ TEST(ExpectedUtility, RescalesLinearlyOntoTheTargetRange) {
   }
 }
 
+/// m over the utilities u and v, with decision d (2 alternatives); u is indexed by d and the chance
+/// node c (3), v by c alone. The numbers: u(d, c) = 10 d + c, v(c) = 100 c.
+struct Combined {
+  KVN_network network;
+  int c = AddNodeBelow(network, KVN_TYPE_CPT, "c", 3, {});
+  int d = AddNodeBelow(network, KVN_TYPE_LIST, "d", 2, {});
+  int u = AddNodeBelow(network, KVN_TYPE_TABLE, "u", 0, {});
+  int v = AddNodeBelow(network, KVN_TYPE_TABLE, "v", 0, {});
+  int m = AddNodeBelow(network, KVN_TYPE_MAU, "m", 0, {u, d, v});
+
+  Combined() {
+    Index(u, {d, c}, {0, 1, 2, 10, 11, 12});
+    Index(v, {c}, {0, 100, 200});
+    WriteCells(network, m, {2, 1, -1, 0.5});  // weights of u and v for each alternative of d
+  }
+  void Index(int handle, const std::vector<int>& by, const std::vector<double>& cells) {
+    for (int parent : by) EXPECT_EQ(network.ValueOf(handle)->AddIndexingParent(parent), 0);
+    KVN_Dmatrix& matrix = MatrixOf(network, handle);
+    for (int i = 0; i < static_cast<int>(cells.size()); i++) matrix[i] = cells[i];
+  }
+  int Compute() {
+    return static_cast<KVN_mauExpectedUtility*>(network.ValueOf(m))->ComputeFromParents();
+  }
+};
+
+TEST(MauExpectedUtility, WeighsTheValuesOfItsParentsCellByCell) {
+  const double undefined = KVN_UNDEFINED_VALUE;
+  Combined net;
+  net.Index(net.m, {net.c, net.d}, {});
+  ASSERT_EQ(net.Compute(), 0);
+  // d = 0: 2 u + v; d = 1: -u + v / 2, for c = 0, 1, 2
+  EXPECT_TRUE(CellsNear(MatrixOf(net.network, net.m), {0, -10, 102, 39, 204, 88}, 0.0));
+  MatrixOf(net.network, net.v)[1] = undefined;
+  ASSERT_EQ(net.Compute(), 0);
+  EXPECT_TRUE(
+      CellsNear(MatrixOf(net.network, net.m), {0, -10, undefined, undefined, 204, 88}, 0.0));
+}
+
+TEST(MauExpectedUtility, TakesTheChoiceOfADecisionThatDoesNotIndex) {
+  const double undefined = KVN_UNDEFINED_VALUE;
+  Combined net;
+  net.network.ValueOf(net.u)->ClearIndexingParents();
+  MatrixOf(net.network, net.u) = TableOf({1}, {4});
+  net.Index(net.m, {net.c}, {});
+  ASSERT_EQ(net.Compute(), 0);
+  const KVN_Dmatrix& matrix = MatrixOf(net.network, net.m);
+  EXPECT_TRUE(CellsNear(matrix, {undefined, undefined, undefined}, 0.0)) << "nothing is chosen";
+  ASSERT_EQ(net.network.ValueOf(net.d)->SetEvidence(1), 0);
+  ASSERT_EQ(net.Compute(), 0);
+  EXPECT_TRUE(CellsNear(matrix, {-4, 46, 96}, 0.0));
+}
+
+TEST(MauExpectedUtility, RefusesWhatDoesNotFit) {
+  Combined net;
+  net.Index(net.m, {net.d}, {});
+  EXPECT_EQ(net.Compute(), KVN_REFUSED) << "u depends on c, m doesn't say so";
+  net.Index(net.m, {net.c}, {});
+  ASSERT_EQ(net.Compute(), 0);
+  ASSERT_EQ(net.network.DefinitionOf(net.m)->SetDefinition(TableOf({2}, {1, 1})), 0);
+  EXPECT_EQ(net.Compute(), KVN_REFUSED);
+  EXPECT_EQ(MatrixOf(net.network, net.m)[0], KVN_UNDEFINED_VALUE);
+}
+
 TEST(ValueTable, KnowsTheValueOfEachKindOfNode) {
   const struct {
     int definitionType, valueType;  // 0: no value class
   } kCases[] = {
-      {KVN_TYPE_TABLE,          KVN_VALUE_EXPECTED_UTILITY },
-      {KVN_TYPE_LIST,           KVN_VALUE_LIST_OF_DECISIONS},
-      {KVN_TYPE_CPT,            KVN_VALUE_BELIEF_VECTOR    },
-      {KVN_TYPE_TRUTHTABLE,     KVN_VALUE_BELIEF_VECTOR    },
-      {KVN_TYPE_CAST,           KVN_VALUE_BELIEF_VECTOR    },
-      {KVN_TYPE_DEMORGAN,       KVN_VALUE_BELIEF_VECTOR    },
-      {KVN_TYPE_NOISY_MAX,      KVN_VALUE_BELIEF_VECTOR    },
-      {KVN_TYPE_NOISY_ADDER,    KVN_VALUE_BELIEF_VECTOR    },
-      {KVN_TYPE_DCHILD_HPARENT, KVN_VALUE_BELIEF_VECTOR    },
-      {KVN_TYPE_NONE,           0                          },
-      {12345,                   0                          },
+      {KVN_TYPE_TABLE,          KVN_VALUE_EXPECTED_UTILITY    },
+      {KVN_TYPE_MAU,            KVN_VALUE_MAU_EXPECTED_UTILITY},
+      {KVN_TYPE_LIST,           KVN_VALUE_LIST_OF_DECISIONS   },
+      {KVN_TYPE_CPT,            KVN_VALUE_BELIEF_VECTOR       },
+      {KVN_TYPE_TRUTHTABLE,     KVN_VALUE_BELIEF_VECTOR       },
+      {KVN_TYPE_CAST,           KVN_VALUE_BELIEF_VECTOR       },
+      {KVN_TYPE_DEMORGAN,       KVN_VALUE_BELIEF_VECTOR       },
+      {KVN_TYPE_NOISY_MAX,      KVN_VALUE_BELIEF_VECTOR       },
+      {KVN_TYPE_NOISY_ADDER,    KVN_VALUE_BELIEF_VECTOR       },
+      {KVN_TYPE_DCHILD_HPARENT, KVN_VALUE_BELIEF_VECTOR       },
+      {KVN_TYPE_NONE,           0                             },
+      {12345,                   0                             },
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.definitionType);

@@ -66,6 +66,14 @@ KVN_network& UsualNetwork() {
   return usual;
 }
 
+/// Identifier and name that a reader finds in the emptied network, which are not those of a new
+/// one: a file that has no place for them brings these back.
+const KVN_header& HeaderBeforeReading() {
+  static KVN_network emptied;
+  static const int result = emptied.Submodels().Clear();
+  return result == 0 ? emptied.Header() : UsualNetwork().Header();
+}
+
 /// A name that differs from the identifier: where there is none, the identifier is shown.
 bool HasOwnName(const KVN_header& header) {
   const bool equalsId = IsSet(header.GetName()) && header.GetId() != nullptr &&
@@ -90,7 +98,10 @@ bool IsSameScreen(const KVN_screenInfo& a, const KVN_screenInfo& b) {
 
 // Of the network.
 
-bool IsNamed(KVN_network& n) { return HasOwnName(n.Header()); }
+bool IsNamed(KVN_network& n) {
+  return HasOwnName(n.Header()) &&
+         std::strcmp(n.Header().GetName(), HeaderBeforeReading().GetName()) != 0;
+}
 bool IsCommented(KVN_network& n) { return IsSet(n.Header().GetComment()); }
 bool HasProperties(KVN_network& n) { return n.UserProperties().GetCount() > 0; }
 bool HasDocuments(KVN_network& n) { return n.Documentation().GetCount() > 0; }
@@ -101,7 +112,7 @@ bool HasCases(KVN_network& n) { return n.Cases() != nullptr; }
 bool HasTimeSlices(KVN_network& n) { return n.Temporal() != nullptr; }
 
 bool HasIdentifier(KVN_network& n) {
-  const char* const usual = UsualNetwork().Header().GetId();
+  const char* const usual = HeaderBeforeReading().GetId();
   return IsSet(n.Header().GetId()) && std::strcmp(n.Header().GetId(), usual) != 0;
 }
 

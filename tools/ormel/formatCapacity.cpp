@@ -60,6 +60,7 @@ FormatCapacity NativeXml() {
   made.numberKept = KeepSixteenDigits;
   made.keepsNonFinite = true;
   made.dropsCarriageReturns = true;
+  made.refusesControls = true;
   made.needsDeterminism = true;
   return made;
 }
@@ -86,6 +87,16 @@ FormatCapacity PlainTables(int format, std::uint64_t features, Fate others) {
   return made;
 }
 
+/// A format with plain tables of chance nodes and nothing else.
+FormatCapacity ChanceOnly() {
+  FormatCapacity made = PlainTables(KVN_FORMAT_ERGO, kPosition | kOrigin, Fate::kRefused);
+  for (KindFate& kind : made.kinds) {
+    const bool isTable = kind.type == KVN_TYPE_CPT || kind.type == KVN_TYPE_TRUTHTABLE;
+    if (!isTable) kind.fate = Fate::kRefused;
+  }
+  return made;
+}
+
 const std::vector<FormatCapacity>& Table() {
   static const std::vector<FormatCapacity> table = {
       Native(),
@@ -93,6 +104,8 @@ const std::vector<FormatCapacity>& Table() {
       PlainTables(KVN_FORMAT_HUGIN, kNodeName | kNodeProperties | kPosition, Fate::kRefused),
       PlainTables(KVN_FORMAT_MICROSOFT, kNetworkName | kNodeName | kPosition | kOrigin,
                   Fate::kRefused),
+      PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable),
+      ChanceOnly(),
   };
   return table;
 }

@@ -69,6 +69,7 @@ struct FormatCapacity {
   double (*numberKept)(double) = nullptr;  // a number after writing and reading
   bool keepsNonFinite = false;             // also NaN and infinity
   bool dropsCarriageReturns = false;
+  bool refusesControls = false;   // to read texts with control characters that are no white space
   bool needsDeterminism = false;  // refuses to read a deterministic row without a 1.0
   int longestText = 0;            // bytes, 0 for no limit
 

@@ -24,6 +24,15 @@ namespace {
 
 const char* OrEmpty(const char* text) { return text == nullptr ? "" : text; }
 
+/// White space doesn't count.
+bool HasControls(const char* text) {
+  for (; *text != '\0'; text++) {
+    if (static_cast<unsigned char>(*text) < ' ' && std::strchr("\t\n\r", *text) == nullptr)
+      return true;
+  }
+  return false;
+}
+
 /// The numbers that a definition is written with: those of the table that it stands for, or its
 /// own.
 std::vector<double> NumbersOf(KVN_nodeDefinition& definition, bool asTable) {
@@ -196,6 +205,10 @@ class Finder {
     }
     if (capacity.dropsCarriageReturns && std::strchr(OrEmpty(text), '\r') != nullptr) {
       Add(what, "carriage returns aren't kept");
+    }
+    if (capacity.refusesControls && HasControls(OrEmpty(text))) {
+      Add("file",
+          std::string("with a control character in the ") + what + " it can't be read back");
     }
   }
 

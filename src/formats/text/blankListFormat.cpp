@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr int kMode = KVN_textFile::kIndentLines;
 constexpr int kIndentWidth = 4;
 constexpr int kMaxQuoted = 10210;  // bytes of a text; a reader's token holds one more
 
@@ -114,21 +113,6 @@ int KVN_blankListFormat::ReadPointRun(KVN_intArray& list) {
 
 // Messages.
 
-int KVN_blankListFormat::ReportText(int code, const char* format, const char* text) {
-  std::snprintf(errorMessage, sizeof errorMessage, format, text == nullptr ? "(null)" : text);
-  return ReportError(code, errorMessage);
-}
-
-int KVN_blankListFormat::ReportNumber(int code, const char* format, int number) {
-  std::snprintf(errorMessage, sizeof errorMessage, format, number);
-  return ReportError(code, errorMessage);
-}
-
-int KVN_blankListFormat::ReportToken(const char* format) {
-  if (PeekToken() < 0) return RequireToken(kNoClass, nullptr);
-  return ReportText(KVN_SYNTAX_ERROR, format, tokenText);
-}
-
 int KVN_blankListFormat::ReportCellCount(int child, int found, int expected) {
   std::snprintf(errorMessage, sizeof errorMessage,
                 "ERROR: Node (\"%s\") : %d numbers found, %d expected", IdentifierOf(child), found,
@@ -197,8 +181,9 @@ const char* KVN_blankListFormat::IdentifierOf(int handle) const {
 
 // Writing.
 
-int KVN_blankListFormat::CheckWritable(const char* networkMessage, const char* typeMessage) {
-  const KVN_intArray& order = network->GetOrderOfNodes();
+int KVN_blankListFormat::CheckWritable(const KVN_intArray& order, const char* networkMessage,
+                                       const char* typeMessage) {
+  if (order.GetNumItems() < network->GetNumberOfNodes()) return ReportError(KVN_NO_MEMORY, nullptr);
   for (int handle : order) {
     if (network->TypeOf(handle) == KVN_TYPE_MAU) return ReportError(KVN_REFUSED, networkMessage);
   }
@@ -214,14 +199,6 @@ int KVN_blankListFormat::CheckWritable(const char* networkMessage, const char* t
 int KVN_blankListFormat::StartFile(const char* fileName) {
   if (int result = outputFile.Open(fileName, KVN_OPEN_TO_WRITE); result < 0) return result;
   return outputFile.SetIndentWidth(kIndentWidth);
-}
-
-int KVN_blankListFormat::PutText(const char* text) { return outputFile.PutLines(text, kMode); }
-
-int KVN_blankListFormat::PutNumber(double value) {
-  char text[kNumberTextSize];
-  DoubleToText(value, text);
-  return PutText(text);
 }
 
 int KVN_blankListFormat::PutQuoted(const char* text) {

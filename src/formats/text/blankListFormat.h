@@ -22,9 +22,6 @@ class KVN_blankListFormat : public KVN_fileFormat {
   explicit KVN_blankListFormat(KVN_network& target) : KVN_fileFormat(target) {}
 
  protected:
-  /// Fits no token: RequireToken reports the one that is there as unexpected.
-  static constexpr int kNoClass = -1;
-
   /// As the base skips, with a message where a "}" is passed that closes more than this statement
   /// has opened: from there on the skipping costs statements of the blocks that follow.
   int SkipStatement() override;
@@ -59,13 +56,6 @@ class KVN_blankListFormat : public KVN_fileFormat {
     (void)ReadBlockEnd();  // fails at the end of the file only, and has told it then
   }
 
-  /// Logs a message that holds a text or a number; returns the code.
-  int ReportText(int code, const char* format, const char* text);
-  int ReportNumber(int code, const char* format, int number);
-  /// The same with the next token as the text, or another message at the end of the file;
-  /// KVN_SYNTAX_ERROR.
-  int ReportToken(const char* format);
-
   /// Makes a node of type `nodeType` named by the next token. The handle, or a reported failure.
   [[nodiscard]] int CreateNode();
   /// At the end of a node's block: deletes the node, with a message, unless it is ready and its
@@ -86,12 +76,11 @@ class KVN_blankListFormat : public KVN_fileFormat {
 
   /// Whether every node can be written: 0, or KVN_REFUSED with a message, `networkMessage` when
   /// there is a node of several utilities and `typeMessage` (with the type's word) when there is
-  /// another kind that no block is for.
-  int CheckWritable(const char* networkMessage, const char* typeMessage);
+  /// another kind that no block is for. KVN_NO_MEMORY when `order`, the network's order of nodes,
+  /// lacks some.
+  int CheckWritable(const KVN_intArray& order, const char* networkMessage, const char* typeMessage);
   /// Opens the target; text begins at the left margin.
   [[nodiscard]] int StartFile(const char* fileName);
-  int PutText(const char* text);
-  int PutNumber(double value);
   /// Text in double quotes, escaped; what a reader could not take, beyond 10,210 bytes, is cut off.
   int PutQuoted(const char* text);
   /// `name`, the separator, the value as asked for, ";". Nothing for a null name or value.

@@ -288,6 +288,21 @@ int KVN_fileFormat::ReportError(int code, const char* message) {
   return LogError(code, message, prefix);
 }
 
+int KVN_fileFormat::ReportText(int code, const char* format, const char* text) {
+  std::snprintf(errorMessage, sizeof errorMessage, format, text == nullptr ? "(null)" : text);
+  return ReportError(code, errorMessage);
+}
+
+int KVN_fileFormat::ReportNumber(int code, const char* format, int number) {
+  std::snprintf(errorMessage, sizeof errorMessage, format, number);
+  return ReportError(code, errorMessage);
+}
+
+int KVN_fileFormat::ReportToken(const char* format) {
+  if (PeekToken() < 0) return RequireToken(kNoClass, nullptr);
+  return ReportText(KVN_SYNTAX_ERROR, format, tokenText);
+}
+
 void KVN_fileFormat::BeginContinuation() {}
 void KVN_fileFormat::EndContinuation() {}
 
@@ -363,6 +378,16 @@ int KVN_fileFormat::WriteWrapped(const char* text) {
     return outputFile.PutLines(text, kMode);
   }
   return outputFile.Write(text, kMode);
+}
+
+int KVN_fileFormat::PutText(const char* text) {
+  return outputFile.PutLines(text, KVN_textFile::kIndentLines);
+}
+
+int KVN_fileFormat::PutNumber(double value) {
+  char text[kNumberTextSize];
+  DoubleToText(value, text);
+  return PutText(text);
 }
 
 int KVN_fileFormat::WriteLine(const char* text, bool escaped) {

@@ -131,6 +131,16 @@ class KVN_fileFormat : public KVN_fileSpeaker {
   /// The same, but every failure is reported and is KVN_SYNTAX_ERROR.
   [[nodiscard]] int RequireToken(int type, const char* text);
 
+  /// Fits no token: RequireToken reports the one that is there as unexpected.
+  static constexpr int kNoClass = -1;
+
+  /// Logs a message that holds a text or a number; returns the code.
+  int ReportText(int code, const char* format, const char* text);
+  int ReportNumber(int code, const char* format, int number);
+  /// The same with the next token as the text, or another message at the end of the file;
+  /// KVN_SYNTAX_ERROR.
+  int ReportToken(const char* format);
+
   /// One token of the class, consumed; KVN_SYNTAX_ERROR, with nothing reported, when the next one
   /// is of another class, and as AcceptToken. A failure leaves `value` untouched.
   [[nodiscard]] int ReadInteger(int& value);
@@ -160,6 +170,9 @@ class KVN_fileFormat : public KVN_fileSpeaker {
   /// The same where the line stands, and with `escaped` between BeginContinuation and
   /// EndContinuation.
   int WriteText(const char* text, bool escaped = false);
+  /// Text, or a number as DoubleToText gives it, where the line stands and without word wrap.
+  int PutText(const char* text);
+  int PutNumber(double value);
   /// A backslash pair for tab, line feed, carriage return, double quote and backslash. The
   /// destination must hold twice the length of the source and a NUL.
   static void EscapeString(const char* source, char* destination);

@@ -238,7 +238,9 @@ int KVN_huginSpeaker::ReadNestedList(KVN_doubleArray& numbers) {
       ++depth;
     } else if (depth == 0) {
       return RequireToken(kNoClass, nullptr);
-    } else if (ReadDouble(number) == 0) {
+    } else if (PeekIsNumber() == 1) {
+      // A sign and a point make a token of this class too, and no number.
+      if (int result = ReadDouble(number); result < 0) return ReportError(result, nullptr);
       if (numbers.Add(number) == KVN_NO_MEMORY) return ReportError(KVN_NO_MEMORY, nullptr);
     } else if (AcceptToken(KVN_TOKEN_PUNCTUATOR, ")") == 0) {
       --depth;

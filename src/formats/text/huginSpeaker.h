@@ -63,7 +63,7 @@ class KVN_huginSpeaker : public KVN_blankListFormat {
   void WriteNode(int handle, long long top);
   void WriteProperties(KVN_node& node);
   int WritePotential(int handle);
-  void WriteNestedList(const KVN_Dmatrix& table, int innerDimensions);
+  int WriteNestedList(const KVN_Dmatrix& table, int innerDimensions);
 
   /// The number from which each y is subtracted.
   long long TopEdge() const;

@@ -54,7 +54,8 @@ KVN_intArray PairOf(int first, int second) {
 }  // namespace
 
 int KVN_huginSpeaker::WriteFile(const char* fileName) {
-  if (int result = CheckWritable("ERROR: This Network cannot be saved in Hugin format",
+  const KVN_intArray& order = network->GetOrderOfNodes();
+  if (int result = CheckWritable(order, "ERROR: This Network cannot be saved in Hugin format",
                                  "ERROR: '%s' : Node type not supported by Hugin");
       result < 0) {
     return result;
@@ -62,7 +63,6 @@ int KVN_huginSpeaker::WriteFile(const char* fileName) {
   if (int result = StartFile(fileName); result < 0) return result;
   WriteNet();
   const long long top = TopEdge();
-  const KVN_intArray& order = network->GetOrderOfNodes();
   for (int handle : order) WriteNode(handle, top);
   for (int handle : order) {
     if (int result = WritePotential(handle); result < 0) {
@@ -170,7 +170,8 @@ int KVN_huginSpeaker::WritePotential(int handle) {
     if (int result = network->DefinitionOf(handle)->GetDefinition(table); result < 0) return result;
     outputFile.WriteIndent();
     PutText(kData);
-    WriteNestedList(*table, /*innerDimensions=*/type == KVN_TYPE_TABLE ? 2 : 1);
+    const int inner = type == KVN_TYPE_TABLE ? 2 : 1;
+    if (int result = WriteNestedList(*table, inner); result < 0) return result;
     PutText(";\n");
   }
   CloseBlock();
@@ -180,16 +181,18 @@ int KVN_huginSpeaker::WritePotential(int handle) {
 /// One bracket per dimension but the last `innerDimensions`, whose cells make a row. A list of
 /// level d begins where all later outer dimensions are at their first index, so at every row number
 /// that is a multiple of the rows in it.
-void KVN_huginSpeaker::WriteNestedList(const KVN_Dmatrix& table, int innerDimensions) {
+int KVN_huginSpeaker::WriteNestedList(const KVN_Dmatrix& table, int innerDimensions) {
   const int levels = std::max(table.GetNumberOfDimensions() - innerDimensions, 0);
   const int rowSize = levels == 0 ? table.GetSize() : table.GetMultipliers()[levels - 1];
   const int rows = rowSize == 0 ? 0 : table.GetSize() / rowSize;
   KVN_intArray rowsOfList;  // by level
   for (int level = 0; level < levels; ++level) {
     const int cells = level == 0 ? table.GetSize() : table.GetMultipliers()[level - 1];
-    if (rowsOfList.Add(cells / rowSize) < 0) return;
+    if (int result = rowsOfList.Add(cells / rowSize); result < 0) return result;
   }
   KVN_doubleArray row;
+  if (int result = row.SetSize(rowSize); result < 0) return result;
+  row.UseAsList(rowSize);
   for (int i = 0; i < rows; ++i) {
     const auto lists = [&](int at) {
       return std::count_if(rowsOfList.begin(), rowsOfList.end(),
@@ -203,9 +206,9 @@ void KVN_huginSpeaker::WriteNestedList(const KVN_Dmatrix& table, int innerDimens
       for (int k = 0; k < blanks; ++k) PutText(" ");
     }
     for (int k = 0; k < opened; ++k) PutText("(");
-    row.CleanUp();
-    for (int k = 0; k < rowSize; ++k) (void)row.Add(table[i * rowSize + k]);
+    std::copy_n(table.GetData() + i * rowSize, rowSize, row.begin());
     (void)WriteDoubleList(row, /*whole=*/false);
     for (int k = static_cast<int>(lists(i + 1)); k > 0; --k) PutText(")");
   }
+  return 0;
 }

@@ -131,7 +131,11 @@ class KVN_kvnSpeaker : public KVN_fileFormat {
   void OpenBlock(const char* word, const char* id);
   void CloseBlock();
   void WriteParents(int handle, int layer);
+  /// Remembers a lack of memory, so that a file with a part left out never replaces a whole one.
+  int Note(int result);
+  const KVN_intArray& OrderOfNodes();
 
+  bool outOfMemory = false;         // since the writing began
   int stateDocumentationIndex = 0;  // next state to get a DOCUMENTATION block
   unsigned char noisyOrMode = 0;    // set by TYPE = NOISY_OR; every TYPE clears both modes, and
   unsigned char noisyAndMode = 0;   // a node without TYPE inherits them (intended)

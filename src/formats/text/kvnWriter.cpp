@@ -26,8 +26,22 @@ const char* TextOr(const char* text, const char* substitute) {
 
 int KVN_kvnSpeaker::WriteFile(const char* fileName) {
   if (int result = outputFile.Open(fileName, KVN_OPEN_TO_WRITE); result != 0) return result;
+  outOfMemory = false;
   WriteNetwork();
-  return outputFile.Close();
+  if (!outOfMemory) return outputFile.Close();
+  outputFile.Discard();
+  return ReportError(KVN_NO_MEMORY, nullptr);
+}
+
+int KVN_kvnSpeaker::Note(int result) {
+  if (result == KVN_NO_MEMORY) outOfMemory = true;
+  return result;
+}
+
+const KVN_intArray& KVN_kvnSpeaker::OrderOfNodes() {
+  const KVN_intArray& order = network->GetOrderOfNodes();
+  if (order.GetNumItems() < network->GetNumberOfNodes()) outOfMemory = true;
+  return order;
 }
 
 int KVN_kvnSpeaker::WriteBlockStart(const char* name) { return WriteBraceBlockStart(name); }
@@ -63,11 +77,11 @@ void KVN_kvnSpeaker::WriteNetwork() {
   OpenBlock("net ", TextOr(network->Header().GetId(), "_Unnamed_Network_"));
   WriteNetPart();
   KVN_intArray submodels;
-  (void)network->Submodels().GetDescendants(submodels);
+  (void)Note(network->Submodels().GetDescendants(submodels));
   for (int handle : submodels) {
     if (handle != KVN_ROOT_SUBMODEL) WriteSubmodel(handle);
   }
-  for (int handle : network->GetOrderOfNodes()) WriteNode(handle);
+  for (int handle : OrderOfNodes()) WriteNode(handle);
   WriteCosts();
   CloseBlock();
 }
@@ -213,14 +227,15 @@ void KVN_kvnSpeaker::WriteParents(int handle, int layer) {
   KVN_stringArray ids;
   for (int parent : network->GetParents(handle, layer)) {
     const KVN_node* node = network->GetNode(parent);
-    if (ids.Add(TextOr(node == nullptr ? nullptr : node->GetId(), "UnknownParent")) < 0) return;
+    const char* const id = node == nullptr ? nullptr : node->GetId();
+    if (Note(ids.Add(TextOr(id, "UnknownParent"))) < 0) return;
   }
   (void)WriteIdentifierListStatement("PARENTS", ids, /*whole=*/false);
 }
 
 void KVN_kvnSpeaker::WriteCosts() {
   (void)WriteBlockStart("OBSERVATION_COST");
-  for (int handle : network->GetOrderOfNodes()) {
+  for (int handle : OrderOfNodes()) {
     KVN_node& node = *network->GetNode(handle);
     WritePlain("\n");
     OpenBlock("node ", TextOr(node.GetId(), "_Unnamed_Node_"));

@@ -36,6 +36,11 @@ void KVN_kvnSpeaker::WriteDefinition(KVN_nodeDefinition& definition) {
         (void)WriteDoubleListStatement("UTILITIES", matrix->GetItems(), /*whole=*/true);
       }
       break;
+    case KVN_TYPE_MAU:
+      if (definition.GetDefinition(matrix) == 0) {
+        (void)WriteDoubleListStatement("WEIGHTS", matrix->GetItems(), /*whole=*/true);
+      }
+      break;
     case KVN_TYPE_LIST:
       (void)WriteIdentifierListStatement("NAMECHOICES", *definition.GetOutcomesNames(), false);
       break;
@@ -48,7 +53,7 @@ void KVN_kvnSpeaker::WriteDefinition(KVN_nodeDefinition& definition) {
     case KVN_TYPE_TRUTHTABLE: {
       WriteStateNames(definition);
       KVN_stringArray states;
-      if (static_cast<KVN_truthTable&>(definition).GetResultingStates(states) == 0) {
+      if (Note(static_cast<KVN_truthTable&>(definition).GetResultingStates(states)) == 0) {
         (void)WriteIdentifierListStatement("RESULTINGSTATES", states, /*whole=*/false);
       }
       break;
@@ -87,7 +92,7 @@ void KVN_kvnSpeaker::WriteStrengths(KVN_noisyMAX& definition) {
   for (int i = 0; definition.GetStrengths(i) != nullptr; ++i) {
     const KVN_intArray& strengths = *definition.GetStrengths(i);
     for (int state = 0; state < strengths.GetNumItems(); ++state) {
-      if (flat.Add(strengths.FindPosition(state)) != 0) return;
+      if (Note(flat.Add(strengths.FindPosition(state))) != 0) return;
     }
   }
   (void)WriteIntListStatement("STRENGTHS", flat, /*whole=*/false);

@@ -118,6 +118,56 @@ int KVN_lexicalAnalizer::ScanToken(KVN_token& token) {
   }
 }
 
+void KVN_lexicalAnalizer::DropTokenInHand() {
+  flags &= ~unsigned{kTokenInHand};
+  historyPosition = historyCount - 1;
+}
+
+int KVN_lexicalAnalizer::ReadRaw(const char* mark, std::string* text) {
+  DropTokenInHand();
+  const std::size_t length = std::strlen(mark);
+  std::string read;
+  do {
+    // Nobody wants the text: what can be a part of the mark is enough.
+    if (text == nullptr && read.size() > length) read.erase(0, read.size() - length);
+    while (tokenStart < lineEnd) {
+      read += *tokenStart++;
+      if (read.size() < length || read.compare(read.size() - length, length, mark) != 0) continue;
+      scanPosition = tokenStart;
+      read.resize(read.size() - length);
+      if (text != nullptr) text->swap(read);
+      return 0;
+    }
+  } while (ReadNextLine() == 0);
+  scanPosition = tokenStart;
+  return KVN_NO_MORE_TOKENS;
+}
+
+int KVN_lexicalAnalizer::ReadWord(std::string& word) {
+  DropTokenInHand();
+  if (int result = SkipBlanks(); result < 0) return result;
+  word.clear();
+  while (true) {
+    while (*tokenStart != '\0' && !whitespace[static_cast<unsigned char>(*tokenStart)]) {
+      word += *tokenStart++;
+    }
+    if (!IsAtSeam(tokenStart) || ReadNextLine() < 0) break;
+  }
+  scanPosition = tokenStart;
+  return 0;
+}
+
+bool KVN_lexicalAnalizer::IsNext(const char* text) {
+  DropTokenInHand();
+  if (SkipBlanks() < 0) return false;
+  const std::size_t length = std::strlen(text);
+  if (lineEnd - tokenStart < static_cast<std::ptrdiff_t>(length) && IsAtSeam(lineEnd)) {
+    ContinueOverSeam();
+  }
+  scanPosition = tokenStart;
+  return std::strncmp(tokenStart, text, length) == 0;
+}
+
 /// Puts `tokenStart` on a character that is neither blank nor the end of the buffer.
 int KVN_lexicalAnalizer::SkipBlanks() {
   while (true) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "formats/text/lexicalTables.h"
 #include "formats/text/textFile.h"
@@ -73,6 +74,18 @@ class KVN_lexicalAnalizer : public KVN_object {
   /// there is none, the last one consumed. KVN_REFUSED at the oldest of the five.
   [[nodiscard]] int UngetToken();
 
+  /// For the parts of a format that are no tokens. All three begin behind the last consumed token,
+  /// or where the token in hand began, and none reports anything.
+  ///
+  /// Reads up to `mark`, over line ends and whatever the characters are. The mark is consumed and
+  /// is no part of `text`, which may be null. KVN_NO_MORE_TOKENS at the end of the file; `text` is
+  /// then as it was.
+  [[nodiscard]] int ReadRaw(const char* mark, std::string* text);
+  /// Reads the next run of characters that are no blanks. KVN_NO_MORE_TOKENS.
+  [[nodiscard]] int ReadWord(std::string& word);
+  /// Whether `text` stands next, behind blanks; consumes nothing but them.
+  [[nodiscard]] bool IsNext(const char* text);
+
   /// Characters to skip ahead of a token, besides blank, tab and line feed. They still are what
   /// they are inside and right behind one.
   void AddWhitespace(const char* characters);
@@ -94,6 +107,7 @@ class KVN_lexicalAnalizer : public KVN_object {
 
   enum Flags : unsigned { kFromFile = 1, kTokenInHand = 4 };
 
+  void DropTokenInHand();
   int ScanToken(KVN_token& token);
   int SkipBlanks();
   int RunAutomaton();

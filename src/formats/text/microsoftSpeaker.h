@@ -63,5 +63,5 @@ class KVN_microsoftSpeaker : public KVN_blankListFormat {
   void WriteNode(int handle);
   void WriteType(const KVN_idArray& names);
   int WriteTable(int handle);
-  void WriteRows(const KVN_Dmatrix& table);
+  int WriteRows(const KVN_Dmatrix& table);
 };

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "definitions/nodeDefinition.h"
 #include "formats/text/microsoftSpeaker.h"
 #include "foundation/doubleArray.h"
@@ -25,7 +27,8 @@ const char* TableWordOf(int type) {
 }  // namespace
 
 int KVN_microsoftSpeaker::WriteFile(const char* fileName) {
-  if (int result = CheckWritable("ERROR: This Network cannot be saved in Microsotf format",
+  const KVN_intArray& order = network->GetOrderOfNodes();
+  if (int result = CheckWritable(order, "ERROR: This Network cannot be saved in Microsotf format",
                                  "ERROR: '%s' : Node type not supported by MSBN");
       result < 0) {
     return result;
@@ -35,7 +38,6 @@ int KVN_microsoftSpeaker::WriteFile(const char* fileName) {
   PutText("belief network ");
   PutQuoted(name == nullptr ? "_Unnamed_Network_" : name);
   PutText("\n");
-  const KVN_intArray& order = network->GetOrderOfNodes();
   for (int handle : order) WriteNode(handle);
   for (int handle : order) {
     if (int result = WriteTable(handle); result < 0) {
@@ -143,21 +145,23 @@ int KVN_microsoftSpeaker::WriteTable(int handle) {
   if (type != KVN_TYPE_LIST) {
     KVN_Dmatrix* table = nullptr;
     if (int result = network->DefinitionOf(handle)->GetDefinition(table); result < 0) return result;
-    WriteRows(*table);
+    if (int result = WriteRows(*table); result < 0) return result;
   }
   CloseBlock();
   return 0;
 }
 
 /// A row per parent configuration. A table without parents has one row, without coordinates.
-void KVN_microsoftSpeaker::WriteRows(const KVN_Dmatrix& table) {
+int KVN_microsoftSpeaker::WriteRows(const KVN_Dmatrix& table) {
   const int parents = table.GetNumberOfDimensions() - 1;
   const int rowSize = parents < 0 ? 1 : table.GetSizeOfDimension(parents);
   char text[kNumberTextSize];
   KVN_intArray coordinates;
   KVN_doubleArray row;
+  if (int result = row.SetSize(rowSize); result < 0) return result;
+  row.UseAsList(rowSize);
   for (int start = 0; start < table.GetSize(); start += rowSize) {
-    if (table.CoordinatesOf(start, coordinates) < 0) return;
+    if (int result = table.CoordinatesOf(start, coordinates); result < 0) return result;
     outputFile.WriteIndent();
     for (int i = 0; i < parents; ++i) {
       PutText(i == 0 ? "(" : ", ");
@@ -165,9 +169,9 @@ void KVN_microsoftSpeaker::WriteRows(const KVN_Dmatrix& table) {
       PutText(text);
     }
     if (parents > 0) PutText(") : ");
-    row.CleanUp();
-    for (int k = 0; k < rowSize; ++k) (void)row.Add(table[start + k]);
+    std::copy_n(table.GetData() + start, rowSize, row.begin());
     (void)WriteDoubleList(row, /*whole=*/false);
     PutText(";\n");
   }
+  return 0;
 }

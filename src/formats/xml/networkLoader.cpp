@@ -13,6 +13,7 @@
 namespace {
 
 constexpr const char* kVersion = "1.0";
+constexpr const char* kNoMemory = "out of memory";  // as the parser says it
 constexpr int kDefaultSamples = 1000;
 constexpr int kDefaultDiscSamples = 10000;
 constexpr int kPlate = 3;  // temporal type
@@ -38,10 +39,19 @@ bool XmlNetLoader::Load(const char* fileName, std::intptr_t loadOptions) {
   network.SetNumberOfSamples(kDefaultSamples);
   XmlBinding& root = MakeRoot(loadOptions);
   SetFileName(fileName);
+  if (loadOptions == KVN_XML_USUAL_EXTENSION && vusta == nullptr) {
+    OnError(kNoMemory, 0, 0);
+    return false;
+  }
   longestList = LongestListOf(fileName);
   if (!Parse(fileName, root, this)) return false;
   ReportUnknownContent();
   return true;
+}
+
+bool XmlNetLoader::HadMemory(int result) {
+  if (result == KVN_NO_MEMORY) Abort(kNoMemory);
+  return result != KVN_NO_MEMORY;
 }
 
 // --- The network.
@@ -50,7 +60,7 @@ void XmlNetLoader::StartNetwork() {
   std::string text;
   GetAttribute("id", text);
   // On purpose a text that is no identifier doesn't matter: the network keeps the one it has.
-  (void)network.Header().SetId(text.c_str());
+  if (!HadMemory(network.Header().SetId(text.c_str()))) return;
   GetAttribute("version", text);
   if (!CheckVersion(text, kVersion)) return;
   int number = 0;

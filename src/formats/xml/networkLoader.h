@@ -118,6 +118,8 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   void StartNode(const Kind& kind);
   void EndNode(const Kind& kind);
   int CreateNode(const Kind& kind, const std::string& id, int temporalType);
+  /// Aborts and gives false where a step ran out of memory; other results are the caller's.
+  bool HadMemory(int result);
   /// An attribute that is one of `count` words; absent and empty give `absent`.
   bool GetWord(const char* name, const char* const* words, int count, int absent,
                const char* complaint, int& value);
@@ -125,12 +127,17 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   void StartState();
   bool AddArcs(int layer);
   bool SetStates();
+  bool HasAllRows();
+  bool SetStateMarks();
   bool IsCountPlausible(const Kind& kind);
+  bool AreRowsPlausible();
+  bool IsGatePlausible(const Kind& kind);
   /// A few parents are enough to ask for a table of gigabytes: whether a list of `listed` words may
   /// be the numbers of `cells` cells. Small tables are left to the model.
   static bool MayFill(std::int64_t cells, int listed);
   void FinishCpt();
   void FinishUtility();
+  void FinishMau();
   void FinishTruthTable();
   void FinishCast();
   void FinishDemorgan();
@@ -164,12 +171,17 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   void AddDouble(KVN_doubleArray& list);
   /// Cells of a table over the parents read so far, with `own` in the last dimension.
   std::int64_t CountCells(std::int64_t own) const;
+  /// Cells of the parameters of a gate over the parents read so far, with `own` outcomes.
+  std::int64_t CountParameters(std::int64_t own) const;
+  /// Cells of a multi-attribute utility with these parents.
+  std::int64_t CountWeights() const;
 
   KVN_network& network;
   std::vector<std::unique_ptr<XmlBinding>> bindings;
   std::unique_ptr<IXmlVustaLoader, XmlReleaser> vusta;
   XmlNodeHandles nodeHandles;
   std::int64_t longestList = 0;  // words that the file has room for, if its size is known
+  std::int64_t unlisted = 0;     // cells of gates that the file gives no numbers for
   std::string propertyId;
 
   // Work area of the node in hand.

@@ -54,7 +54,7 @@ const XmlNetLoader::Kind XmlNetLoader::kKinds[] = {
        &XmlNetLoader::AddNumberWord}}                                                                  },
     {"mau",
      KVN_TYPE_MAU,                       false,
-     false,                                                         nullptr,
+     false,                                                         &XmlNetLoader::FinishMau,
      {{"weights", KVN_XML_REQUIRED, nullptr, nullptr, &XmlNetLoader::AddWeightWord}}                   },
     {"maux",
      KVN_TYPE_MAU,                       false,

@@ -72,6 +72,28 @@ std::int64_t XmlNetLoader::CountCells(std::int64_t own) const {
   return cells;
 }
 
+std::int64_t XmlNetLoader::CountParameters(std::int64_t own) const {
+  std::int64_t rows = 1;
+  for (int parent : parents) {
+    const KVN_nodeDefinition* above = network.DefinitionOf(parent);
+    if (above != nullptr) rows += std::max(above->GetNumberOfOutcomes(), 0);
+  }
+  return std::min(rows, kManyCells) * own;
+}
+
+std::int64_t XmlNetLoader::CountWeights() const {
+  std::int64_t rows = 1;
+  std::int64_t utilities = 0;
+  for (int parent : parents) {
+    if (network.TypeOf(parent) == KVN_TYPE_LIST) {
+      rows = std::min(rows * network.DefinitionOf(parent)->GetNumberOfOutcomes(), kManyCells);
+    } else {
+      ++utilities;
+    }
+  }
+  return std::min(rows * std::max(utilities, std::int64_t{1}), kManyCells);
+}
+
 bool XmlNetLoader::MayFill(std::int64_t cells, int listed) {
   return cells <= kSmallTable || cells == listed;
 }

@@ -3,6 +3,7 @@
 #include "definitions/cast.h"
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
@@ -18,6 +19,10 @@ namespace {
 const char* const kDiagnosisWords[] = {"target", "observation", "auxiliary"};
 const char* const kTemporalWords[] = {"normal", "anchor", "terminal", "plate"};
 const char* const kFunctionWords[] = {"average", "singlefault"};
+
+constexpr int kNoList = -1;  // fills no table
+/// 128 MB of defaults in gates.
+constexpr std::int64_t kMostUnlisted = 1 << 24;
 
 /// The list itself, or an array without slots for an empty one: a list that was used before keeps
 /// its slots, and those would pass for a filled block.
@@ -86,8 +91,11 @@ int XmlNetLoader::CreateNode(const Kind& kind, const std::string& id, int tempor
     return KVN_REFUSED;
   }
   const int handle = network.AddNode(kind.type, id.c_str());
-  if (handle < 0 || network.DefinitionOf(handle) == nullptr) {
-    if (handle >= 0) (void)network.DeleteNode(handle);  // it has no definition: of no use
+  const KVN_node* node = network.GetNode(handle);
+  const bool isWhole = node != nullptr && node->Definition() != nullptr &&
+                       node->Value() != nullptr && node->ExtraDefinition() != nullptr;
+  if (!isWhole) {
+    if (handle >= 0) (void)network.DeleteNode(handle);  // it can't be worked with
     AbortWith("ORMEL failed to create node: '%s'", id.c_str());
     return KVN_REFUSED;
   }
@@ -134,15 +142,52 @@ void XmlNetLoader::EndNode(const Kind& kind) {
 /// A large table that the list doesn't fill is refused before it is built, in the words that the
 /// count would get afterwards.
 bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
-  const bool hasRows = kind.type == KVN_TYPE_TRUTHTABLE;
-  if (!hasRows && kind.type != KVN_TYPE_CPT && kind.type != KVN_TYPE_TABLE) return true;
-  const std::int64_t count = CountCells(kind.type == KVN_TYPE_CPT ? stateIds.GetNumItems() : 1);
-  if (MayFill(count, hasRows ? results.GetNumItems() : numbers.GetNumItems())) return true;
-  if (hasRows) {
-    AbortWith("Invalid number of resulting states: %d, expected %lld", results.GetNumItems(),
-              static_cast<long long>(count));
+  switch (kind.type) {
+    case KVN_TYPE_CPT:
+      if (MayFill(CountCells(stateIds.GetNumItems()), numbers.GetNumItems())) return true;
+      Abort("SetProbabilities failed");
+      return false;
+    case KVN_TYPE_TABLE:
+      if (MayFill(CountCells(1), numbers.GetNumItems())) return true;
+      Abort("SetUtilities failed");
+      return false;
+    case KVN_TYPE_MAU:
+      if (MayFill(CountWeights(), weights.GetNumItems())) return true;
+      Abort("SetWeights failed");
+      return false;
+    case KVN_TYPE_TRUTHTABLE:
+      return AreRowsPlausible();
+    case KVN_TYPE_NOISY_MAX:
+    case KVN_TYPE_NOISY_ADDER:
+      return IsGatePlausible(kind);
+    default:
+      return true;
+  }
+}
+
+/// A list of one word a row, while every row has as many cells as there are states.
+bool XmlNetLoader::AreRowsPlausible() {
+  const std::int64_t rows = CountCells(1);
+  const int listed = results.GetNumItems();
+  if (rows == listed || MayFill(CountCells(stateIds.GetNumItems()), kNoList)) return true;
+  AbortWith("Invalid number of resulting states: %d, expected %lld", listed,
+            static_cast<long long>(rows));
+  return false;
+}
+
+/// A gate may do without parameters, and two lists of states make a table of the product of their
+/// lengths: what no numbers stand for is held against a limit for the whole file.
+bool XmlNetLoader::IsGatePlausible(const Kind& kind) {
+  const std::int64_t cells = CountParameters(stateIds.GetNumItems());
+  const int listed = numbers.GetNumItems();
+  if (hasParameters && cells == listed) return true;
+  unlisted += cells;
+  if (unlisted <= kMostUnlisted) return true;
+  if (hasParameters && kind.type == KVN_TYPE_NOISY_MAX) {
+    AbortWith("Invalid weights vector size %d, expected %lld", listed,
+              static_cast<long long>(cells));
   } else {
-    Abort(kind.type == KVN_TYPE_CPT ? "SetProbabilities failed" : "SetUtilities failed");
+    Abort("SetNumberOfOutcomes failed");
   }
   return false;
 }
@@ -157,21 +202,35 @@ bool XmlNetLoader::AddArcs(int layer) {
 }
 
 bool XmlNetLoader::SetStates() {
-  if (definition->SetNumberOfOutcomes(stateIds) != 0) {
+  if (definition->SetNumberOfOutcomes(stateIds) != 0 || !HasAllRows()) {
     Abort("SetNumberOfOutcomes failed");
     return false;
   }
+  return SetStateMarks();
+}
+
+/// A gate that is built anew leaves out a parent that it has no memory for and only tells the log.
+bool XmlNetLoader::HasAllRows() {
+  const int type = definition->GetType();
+  if (type != KVN_TYPE_NOISY_MAX && type != KVN_TYPE_NOISY_ADDER) return true;
+  auto& gate = *static_cast<KVN_ciDefinition*>(definition);
+  return gate.GetParameters().GetSize() == CountParameters(gate.GetNumberOfOutcomes());
+}
+
+bool XmlNetLoader::SetStateMarks() {
   KVN_extraDefinition& extra = *network.GetNode(nodeHandle)->ExtraDefinition();
   // A label that is no identifier is left out: it has no influence on the network.
   for (std::size_t i = 0; i < stateLabels.size(); ++i) {
     if (stateLabels[i].empty()) continue;
-    (void)extra.SetFaultLabel(static_cast<int>(i), stateLabels[i].c_str());
+    if (!HadMemory(extra.SetFaultLabel(static_cast<int>(i), stateLabels[i].c_str()))) return false;
   }
   if (defaultState >= 0) {
-    (void)extra.SetDefaultOutcome(defaultState);
+    if (!HadMemory(extra.SetDefaultOutcome(defaultState))) return false;
     extra.SetSetAsDefault(1);
   }
-  for (int state : faultStates) (void)extra.SetFaultState(state, 1);
+  for (int state : faultStates) {
+    if (!HadMemory(extra.SetFaultState(state, 1))) return false;
+  }
   return true;
 }
 
@@ -186,6 +245,14 @@ void XmlNetLoader::FinishCpt() {
 void XmlNetLoader::FinishUtility() {
   if (static_cast<KVN_table*>(definition)->SetUtilities(Used(numbers)) != 0) {
     Abort("SetUtilities failed");
+  }
+}
+
+void XmlNetLoader::FinishMau() {
+  // The model takes any number of weights; a list that doesn't fill the table is an error here.
+  const KVN_doubleArray& list = Used(weights);
+  if (list.GetNumItems() != definition->GetSize() || definition->SetDefinition(list) != 0) {
+    Abort("SetWeights failed");
   }
 }
 

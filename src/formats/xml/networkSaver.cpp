@@ -6,6 +6,7 @@
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
 #include "definitions/list.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
@@ -13,7 +14,9 @@
 #include "expressions/equation.h"
 #include "formats/xml/networkLoader.h"
 #include "foundation/episParameters.h"
+#include "foundation/errorLog.h"
 #include "foundation/numberText.h"
+#include "foundation/resultCodes.h"
 #include "foundation/stringArray.h"
 #include "network/extraDefinition.h"
 #include "network/header.h"
@@ -63,7 +66,17 @@ IXmlWriterExtension* NewVustaSaver(KVN_network& /*network*/) { return nullptr; }
 bool XmlNetworkSaver::Save(const char* fileName) {
   if (!Open(fileName)) return false;
   SaveNetwork();
-  return Close();
+  if (isWhole) return Close();
+  // A file with holes in the place of a good one would be worse than none.
+  Discard();
+  (void)LogError(KVN_NO_MEMORY);
+  return false;
+}
+
+const KVN_intArray& XmlNetworkSaver::SortedNodes() {
+  const KVN_intArray& order = network.GetOrderOfNodes();
+  isWhole = isWhole && order.GetNumItems() == network.GetNumberOfNodes();
+  return order;
 }
 
 void XmlNetworkSaver::SaveNetwork() {
@@ -110,7 +123,7 @@ void XmlNetworkSaver::SaveAlgorithms() {
 
 void XmlNetworkSaver::SaveNodes() {
   OpenElement("nodes");
-  for (int handle : network.GetOrderOfNodes()) {
+  for (int handle : SortedNodes()) {
     KVN_node& node = *network.GetNode(handle);
     // Tested before anything is queued: the attribute would go out with the next element.
     if (node.Definition() == nullptr || !IsVisited(node.GetType())) continue;
@@ -124,7 +137,7 @@ void XmlNetworkSaver::SaveNodes() {
 
 void XmlNetworkSaver::SaveCosts() {
   bool isOpen = false;
-  for (int handle : network.GetOrderOfNodes()) {
+  for (int handle : SortedNodes()) {
     const KVN_nodeCost* cost = network.GetNode(handle)->Cost();
     if (cost == nullptr || network.GetNumberOfParents(handle, /*layer=*/1) < 1) continue;
     if (!isOpen) OpenElement("observationcost");
@@ -164,26 +177,29 @@ void XmlNetworkSaver::OpenNode(const char* name, KVN_nodeDefinition& definition,
 }
 
 void XmlNetworkSaver::SaveStates(KVN_nodeDefinition& definition) {
-  const KVN_extraDefinition& extra = *network.GetNode(definition.GetHandle())->ExtraDefinition();
+  const KVN_extraDefinition* extra = network.GetNode(definition.GetHandle())->ExtraDefinition();
   const KVN_idArray& names = *definition.GetOutcomesNames();
   for (int i = 0; i < names.GetNumItems(); ++i) {
     AddAttribute("id", names[i]);
-    const char* label = extra.GetFaultLabels().GetString(i);
-    if (label != nullptr && *label != '\0') AddAttribute("label", label);
-    if (extra.GetSetAsDefault() != 0 && extra.GetDefaultOutcome() == i) {
-      AddAttribute("default", true);
-    }
-    const KVN_intArray& faults = extra.GetFaultStates();
-    if (i < faults.GetNumItems() && faults[i] != 0) AddAttribute("fault", true);
+    if (extra != nullptr) AddStateMarks(*extra, i);
     WriteElement("state", nullptr, /*escaped=*/false);
   }
+}
+
+void XmlNetworkSaver::AddStateMarks(const KVN_extraDefinition& extra, int state) {
+  const char* label = extra.GetFaultLabels().GetString(state);
+  if (label != nullptr && *label != '\0') AddAttribute("label", label);
+  if (extra.GetSetAsDefault() != 0 && extra.GetDefaultOutcome() == state) {
+    AddAttribute("default", true);
+  }
+  const KVN_intArray& faults = extra.GetFaultStates();
+  if (state < faults.GetNumItems() && faults[state] != 0) AddAttribute("fault", true);
 }
 
 void XmlNetworkSaver::SaveParents(int handle, int layer) {
   KVN_stringArray ids;
   for (int parent : network.GetParents(handle, layer)) {
-    // Without memory the list is short, and the loader tells.
-    if (ids.Add(network.GetNode(parent)->GetId()) != 0) break;
+    Note(ids.Add(network.GetNode(parent)->GetId()));
   }
   WriteStringList("parents", ids);
 }
@@ -212,6 +228,12 @@ void XmlNetworkSaver::VisitTable(KVN_table& definition) {
   if (definition.GetDefinition(table) == 0) SaveMatrix("utilities", *table);
 }
 
+void XmlNetworkSaver::VisitMau(KVN_mau& definition) {
+  OpenNode("mau", definition, /*hasStates=*/false);
+  KVN_Dmatrix* weights = nullptr;
+  if (definition.GetDefinition(weights) == 0) SaveMatrix("weights", *weights);
+}
+
 void XmlNetworkSaver::VisitList(KVN_list& definition) {
   OpenNode("decision", definition, /*hasStates=*/true);
 }
@@ -228,7 +250,7 @@ void XmlNetworkSaver::VisitTruthTable(KVN_truthTable& definition) {
     int state = 0;
     while (state < outcomes && (*table)[row + state] != 1.0) ++state;
     const char* name = state < outcomes ? (*definition.GetOutcomesNames())[state] : nullptr;
-    if (states.Add(name) != 0) break;
+    Note(states.Add(name));
   }
   WriteStringList("resultingstates", states);
 }
@@ -247,7 +269,7 @@ void XmlNetworkSaver::VisitDemorgan(KVN_demorgan& definition) {
   if (network.GetNumberOfParents(definition.GetHandle()) > 0) {
     KVN_stringArray types;
     for (int type : definition.GetParentTypes()) {
-      if (types.Add(WordOf(kParentTypeWords, type)) != 0) break;
+      Note(types.Add(WordOf(kParentTypeWords, type)));
     }
     WriteStringList("types", types);
     SaveList("weights", definition.GetParentWeights());
@@ -262,7 +284,7 @@ void XmlNetworkSaver::VisitNoisyMax(KVN_noisyMAX& definition) {
   for (int i = 0; definition.GetStrengths(i) != nullptr; ++i) {
     const KVN_intArray& strengths = *definition.GetStrengths(i);
     for (int state = 0; state < strengths.GetNumItems(); ++state) {
-      if (flat.Add(strengths.FindPosition(state)) != 0) break;
+      Note(flat.Add(strengths.FindPosition(state)));
     }
   }
   if (network.GetNumberOfParents(definition.GetHandle()) > 0) {
@@ -275,10 +297,8 @@ void XmlNetworkSaver::VisitNoisyAdder(KVN_noisyAdder& definition) {
   if (definition.GetFunction() == KVN_ADDER_SINGLE_FAULT) AddAttribute("function", "singlefault");
   OpenNode("noisyadder", definition, /*hasStates=*/true);
   KVN_intArray states;
-  bool isWhole = states.Add(definition.GetDistinguishedState()) == 0;
-  for (int state : definition.GetParentDistinguishedStates()) {
-    isWhole = isWhole && states.Add(state) == 0;
-  }
+  Note(states.Add(definition.GetDistinguishedState()));
+  for (int state : definition.GetParentDistinguishedStates()) Note(states.Add(state));
   WriteIntList("dstates", states.GetItems(), states.GetNumItems());
   SaveList("weights", definition.GetWeights());
   SaveMatrix("parameters", definition.GetParameters());

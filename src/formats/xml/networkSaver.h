@@ -7,12 +7,14 @@
 
 class KVN_Dmatrix;
 class KVN_doubleArray;
+class KVN_extraDefinition;
+class KVN_intArray;
 class KVN_network;
 class KVN_userProperties;
 
-/// Writes a network as a native XML file. False when the file couldn't be written; it is then as it
-/// was before. `saveOptions` is KVN_XML_USUAL_EXTENSION, KVN_XML_NO_EXTENSION or the address of an
-/// IXmlWriterExtension, which the caller keeps.
+/// Writes a network as a native XML file. False when the file couldn't be written or memory is
+/// short; it is then as it was before. `saveOptions` is KVN_XML_USUAL_EXTENSION,
+/// KVN_XML_NO_EXTENSION or the address of an IXmlWriterExtension, which the caller keeps.
 bool SaveXmlNetwork(const char* fileName, KVN_network& network, std::intptr_t saveOptions);
 
 /// The writer of the graphical form of a network. Null as long as there is none.
@@ -32,7 +34,7 @@ class XmlNetworkSaver : public XmlWriter, private NodeDefVisitor {
   bool Save(const char* fileName);
 
  private:
-  void VisitMau(KVN_mau&) override {}  // no class yet
+  void VisitMau(KVN_mau& definition) override;
   void VisitEquation(KVN_equation& definition) override;
   void VisitTable(KVN_table& definition) override;
   void VisitList(KVN_list& definition) override;
@@ -52,12 +54,18 @@ class XmlNetworkSaver : public XmlWriter, private NodeDefVisitor {
   /// Queued attributes, start tag, states, parents: what all kinds of nodes begin with.
   void OpenNode(const char* name, KVN_nodeDefinition& definition, bool hasStates);
   void SaveStates(KVN_nodeDefinition& definition);
+  void AddStateMarks(const KVN_extraDefinition& extra, int state);
   void SaveParents(int handle, int layer);
   void SaveMatrix(const char* name, const KVN_Dmatrix& matrix);
   void SaveList(const char* name, const KVN_doubleArray& list);
   void SaveNumber(const char* name, double number);
+  /// Parents before children.
+  const KVN_intArray& SortedNodes();
+  /// What comes of a step that fails only where memory is short: a list with holes.
+  void Note(int result) { isWhole = isWhole && result >= 0; }
 
   KVN_network& network;
   IXmlWriterExtension* extension;  // not owned
   const char* elementName = "";    // of the node in hand
+  bool isWhole = true;             // nothing was left out for want of memory
 };

@@ -4,17 +4,16 @@
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
 #include "definitions/list.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
 #include "definitions/truthTable.h"
 #include "expressions/equation.h"
 
-// The multi-attribute utility (520) has no class yet, so that no node can be of this kind. Both
-// functions get a row when it does.
-
 bool NodeDefVisitor::IsVisited(int definitionType) {
   switch (definitionType) {
+    case KVN_TYPE_MAU:
     case KVN_TYPE_TABLE:
     case KVN_TYPE_LIST:
     case KVN_TYPE_EQUATION:
@@ -32,6 +31,8 @@ bool NodeDefVisitor::IsVisited(int definitionType) {
 
 void NodeDefVisitor::VisitDefinition(KVN_nodeDefinition& definition) {
   switch (definition.GetType()) {
+    case KVN_TYPE_MAU:
+      return VisitMau(static_cast<KVN_mau&>(definition));
     case KVN_TYPE_TABLE:
       return VisitTable(static_cast<KVN_table&>(definition));
     case KVN_TYPE_LIST:

@@ -5,7 +5,7 @@ void XmlBinding::AddChild(IXmlBinding& binding, int occurrence) {
 }
 
 void XmlBinding::AddAttribute(const char* attribute, bool required) {
-  attributes.push_back({attribute, required});
+  if (attribute != nullptr) attributes.push_back({attribute, required});
 }
 
 int XmlBinding::FindChild(const char* child) const {

@@ -17,8 +17,9 @@ class XmlBinding : public IXmlBinding {
     bool required;
   };
 
+  /// Without a name it describes no element.
   XmlBinding(const char* theName, int theOptions, IXmlHandler* theHandler = nullptr)
-      : handler(theHandler), name(theName), options(theOptions) {}
+      : handler(theHandler), name(theName != nullptr ? theName : ""), options(theOptions) {}
   XmlBinding(const XmlBinding&) = delete;
   XmlBinding& operator=(const XmlBinding&) = delete;
   ~XmlBinding() override = default;

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "formats/xml/xmlErrorHandler.h"
 #include "formats/xml/xmlText.h"
@@ -36,6 +37,7 @@ bool XmlReader::Parse(const char* fileName, IXmlBinding& rootBinding,
   errors = errorHandler;
   root = static_cast<const XmlBinding*>(&rootBinding);
   aborted = false;
+  outOfMemory = false;
   const std::unique_ptr<std::FILE, FileCloser> file(fileName != nullptr ? std::fopen(fileName, "rb")
                                                                         : nullptr);
   if (file == nullptr) {
@@ -62,6 +64,7 @@ bool XmlReader::ParseFile(const char* fileName, std::FILE* file) {
   XML_SetCharacterDataHandler(parser, OnCharacters);
   XML_SetEntityDeclHandler(parser, OnEntity);
   XML_SetSkippedEntityHandler(parser, OnSkippedEntity);
+  XML_SetAttlistDeclHandler(parser, OnAttributeDefault);
   const bool parsed = ParseBlocks(fileName, file);
   parser = nullptr;
   return parsed;
@@ -78,6 +81,7 @@ bool XmlReader::ParseBlocks(const char* fileName, std::FILE* file) {
     }
     isLast = length < sizeof block;
     const XML_Status status = XML_Parse(parser, block, static_cast<int>(length), isLast);
+    if (outOfMemory) ReportError(XML_ErrorString(XML_ERROR_NO_MEMORY));
     if (aborted) return false;  // the parser was stopped: what it has to say of that is no news
     if (status == XML_STATUS_ERROR) {
       ReportError(XML_ErrorString(XML_GetErrorCode(parser)));
@@ -103,7 +107,11 @@ void XmlReader::ReportError(const char* message) {
 void XmlReader::Abort(const char* message) {
   if (aborted) return;
   aborted = true;
-  ReportError(message);
+  ReportError(message != nullptr ? message : "(null)");
+  StopParser();
+}
+
+void XmlReader::StopParser() {
   if (parser == nullptr) return;
   XML_SetElementHandler(parser, nullptr, nullptr);
   XML_SetCharacterDataHandler(parser, nullptr);
@@ -119,14 +127,29 @@ void XmlReader::AbortWith(const char* format, ...) {
 
 // --- Events.
 
-void XmlReader::OnStartElement(void* reader, const char* name, const char** attributes) {
-  ReaderOf(reader).StartElement(name, attributes);
+// Strings and vectors throw when memory is short, but an exception must not go through the parser:
+// its frames are C, and it would be left in the middle of its work.
+template <typename Event>
+void XmlReader::Run(void* reader, Event event) {
+  XmlReader& self = ReaderOf(reader);
+  try {
+    event(self);
+  } catch (const std::bad_alloc&) {
+    self.outOfMemory = self.aborted = true;
+    self.StopParser();
+  }
 }
 
-void XmlReader::OnEndElement(void* reader, const char* /*name*/) { ReaderOf(reader).EndElement(); }
+void XmlReader::OnStartElement(void* reader, const char* name, const char** attributes) {
+  Run(reader, [&](XmlReader& self) { self.StartElement(name, attributes); });
+}
+
+void XmlReader::OnEndElement(void* reader, const char* /*name*/) {
+  Run(reader, [](XmlReader& self) { self.EndElement(); });
+}
 
 void XmlReader::OnCharacters(void* reader, const char* data, int length) {
-  ReaderOf(reader).AddText(data, length);
+  Run(reader, [&](XmlReader& self) { self.AddText(data, length); });
 }
 
 // An entity whose text refers to others is how a small file becomes a huge one, and how the parser
@@ -136,13 +159,23 @@ void XmlReader::OnEntity(void* reader, const char* name, int /*isParameter*/, co
                          const char* /*publicId*/, const char* /*notation*/) {
   const bool isPlain =
       value != nullptr && std::memchr(value, '&', static_cast<std::size_t>(valueLength)) == nullptr;
-  if (!isPlain) {
-    ReaderOf(reader).AbortWith("Entity '%s' must not refer to files or other entities", name);
-  }
+  if (isPlain) return;
+  Run(reader, [&](XmlReader& self) {
+    self.AbortWith("Entity '%s' must not refer to files or other entities", name);
+  });
+}
+
+// The parser repeats a default at every element that lacks the attribute, so a long one makes as
+// much of a small file as an entity does.
+void XmlReader::OnAttributeDefault(void* reader, const char* element, const char* attribute,
+                                   const char* /*type*/, const char* value, int /*isRequired*/) {
+  if (value == nullptr) return;
+  ReaderOf(reader).AbortWith("Attribute '%s' of '%s' must not have a default", attribute, element);
 }
 
 void XmlReader::OnSkippedEntity(void* reader, const char* name, int isParameter) {
-  if (isParameter == 0) ReaderOf(reader).AbortWith("Undefined entity '%s'", name);
+  if (isParameter != 0) return;
+  Run(reader, [&](XmlReader& self) { self.AbortWith("Undefined entity '%s'", name); });
 }
 
 void XmlReader::StartElement(const char* name, const char** newAttributes) {
@@ -302,7 +335,7 @@ void XmlReader::GetUnescapedText(std::string& text) {
 }
 
 const char* XmlReader::FindAttribute(const char* name) const {
-  if (attributes == nullptr) return nullptr;
+  if (attributes == nullptr || name == nullptr) return nullptr;
   for (const char** pair = attributes; *pair != nullptr; pair += 2) {
     if (std::strcmp(*pair, name) == 0) return pair[1];
   }

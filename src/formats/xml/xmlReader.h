@@ -21,7 +21,7 @@ struct XML_ParserStruct;
 ///
 /// Entities. Declarations that name a file, or whose text refers to other entities, end the load,
 /// and so does a reference to an entity that no declaration in the file explains. Nothing outside
-/// the file is ever opened.
+/// the file is ever opened. Nor may the file declare a default for an attribute.
 class XmlReader : public IXmlReader {
  public:
   XmlReader() = default;
@@ -60,17 +60,23 @@ class XmlReader : public IXmlReader {
     std::string text;
   };
 
+  /// Runs an event of the parser. Memory that runs out in it ends the load with a message.
+  template <typename Event>
+  static void Run(void* reader, Event event);
   static void OnStartElement(void* reader, const char* name, const char** attributes);
   static void OnEndElement(void* reader, const char* name);
   static void OnCharacters(void* reader, const char* data, int length);
   static void OnEntity(void* reader, const char* name, int isParameter, const char* value,
                        int valueLength, const char* base, const char* systemId,
                        const char* publicId, const char* notation);
+  static void OnAttributeDefault(void* reader, const char* element, const char* attribute,
+                                 const char* type, const char* value, int isRequired);
   static void OnSkippedEntity(void* reader, const char* name, int isParameter);
 
   bool ParseFile(const char* fileName, std::FILE* file);
   bool ParseBlocks(const char* fileName, std::FILE* file);
   void ReportError(const char* message);
+  void StopParser();
 
   void StartElement(const char* name, const char** newAttributes);
   const XmlBinding* FindBinding(const char* name);
@@ -91,5 +97,6 @@ class XmlReader : public IXmlReader {
   const char** attributes = nullptr;   // pairs, ended by null; of the element being started
   XML_ParserStruct* parser = nullptr;  // during Parse
   bool aborted = false;
+  bool outOfMemory = false;
   IXmlErrorHandler* errors = nullptr;  // not owned
 };

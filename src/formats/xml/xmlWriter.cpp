@@ -57,7 +57,10 @@ const char* EscapeOf(char c) {
 
 }  // namespace
 
+XmlWriter::~XmlWriter() { file.Discard(); }
+
 bool XmlWriter::Open(const char* fileName) {
+  file.Discard();
   buffer.clear();
   pendingAttributes.clear();
   depth = 0;
@@ -72,19 +75,20 @@ bool XmlWriter::Close() {
 }
 
 void XmlWriter::OpenElement(const char* name) {
-  StartTag(name);
+  if (!StartTag(name)) return;
   Put(">\n");
   ++depth;
 }
 
 void XmlWriter::CloseElement(const char* name) {
+  if (name == nullptr) return;
   --depth;
   Indent();
   EndTag(name);
 }
 
 void XmlWriter::WriteElement(const char* name, const char* text, bool escaped) {
-  StartTag(name);
+  if (!StartTag(name)) return;
   if (text == nullptr) return Put(" />\n");
   Put(">");
   PutEscaped(text, escaped);
@@ -92,26 +96,28 @@ void XmlWriter::WriteElement(const char* name, const char* text, bool escaped) {
 }
 
 void XmlWriter::AddAttribute(const char* name, double value) {
-  char text[kNumberSize];
-  pendingAttributes.emplace_back(name, std::string(text, PrintDouble(value, text)));
+  char text[kNumberSize + 1];
+  text[PrintDouble(value, text)] = '\0';
+  AddAttribute(name, text);
 }
 
 void XmlWriter::AddAttribute(const char* name, bool value) {
-  pendingAttributes.emplace_back(name, value ? "true" : "false");
+  AddAttribute(name, value ? "true" : "false");
 }
 
 void XmlWriter::AddAttribute(const char* name, int value) {
-  char text[kNumberSize];
-  pendingAttributes.emplace_back(name, std::string(text, PrintInt(value, text)));
+  char text[kNumberSize + 1];
+  text[PrintInt(value, text)] = '\0';
+  AddAttribute(name, text);
 }
 
 void XmlWriter::AddAttribute(const char* name, const char* value) {
-  if (value != nullptr) pendingAttributes.emplace_back(name, value);
+  if (name != nullptr && value != nullptr) pendingAttributes.emplace_back(name, value);
 }
 
 void XmlWriter::WriteDoubleList(const char* name, const double* values, int count,
                                 const char* naText, double naValue) {
-  StartTag(name);
+  if (!StartTag(name)) return;
   Put(">");
   for (int i = 0; i < count; ++i) {
     if (i > 0) Put(" ");
@@ -126,7 +132,7 @@ void XmlWriter::WriteDoubleList(const char* name, const double* values, int coun
 }
 
 void XmlWriter::WriteStringList(const char* name, const KVN_stringArray& strings) {
-  StartTag(name);
+  if (!StartTag(name)) return;
   Put(">");
   for (int i = 0; i < strings.GetNumItems(); ++i) {
     if (i > 0) Put(" ");
@@ -137,7 +143,7 @@ void XmlWriter::WriteStringList(const char* name, const KVN_stringArray& strings
 }
 
 void XmlWriter::WriteIntList(const char* name, const int* values, int count) {
-  StartTag(name);
+  if (!StartTag(name)) return;
   Put(">");
   for (int i = 0; i < count; ++i) {
     if (i > 0) Put(" ");
@@ -148,8 +154,13 @@ void XmlWriter::WriteIntList(const char* name, const int* values, int count) {
   EndTag(name);
 }
 
-/// All of a start tag but its end, which depends on what follows.
-void XmlWriter::StartTag(const char* name) {
+/// All of a start tag but its end, which depends on what follows. False without a name: then the
+/// element is left out with all that was queued for it.
+bool XmlWriter::StartTag(const char* name) {
+  if (name == nullptr) {
+    pendingAttributes.clear();
+    return false;
+  }
   Indent();
   Put("<");
   Put(name);
@@ -161,6 +172,7 @@ void XmlWriter::StartTag(const char* name) {
     Put("\"");
   }
   pendingAttributes.clear();
+  return true;
 }
 
 void XmlWriter::EndTag(const char* name) {

@@ -10,7 +10,8 @@ class KVN_doubleArray;
 class KVN_stringArray;
 
 /// Writes XML element by element. Attributes are queued and go out with the next start tag, so a
-/// caller first adds the attributes and then names the element. Operations keep their order.
+/// caller first adds the attributes and then names the element. An element or attribute without a
+/// name is left out. Operations keep their order.
 ///
 /// Text is in 8 bits and goes out byte for byte under a declaration that says so.
 class IXmlWriter {
@@ -50,6 +51,8 @@ class XmlWriter : public IXmlWriter {
   XmlWriter() = default;
   XmlWriter(const XmlWriter&) = delete;
   XmlWriter& operator=(const XmlWriter&) = delete;
+  /// Without a Close the file is as it was before Open.
+  ~XmlWriter() override;
 
   bool Open(const char* fileName) override;
   bool Close() override;
@@ -61,6 +64,8 @@ class XmlWriter : public IXmlWriter {
   void AddAttribute(const char* name, int value) override;
   void AddAttribute(const char* name, const char* value) override;
   void Release() override { delete this; }
+  /// In the place of Close: the file is as it was before Open.
+  void Discard() { file.Discard(); }
 
   /// One element whose text is a list separated by blanks. With a `naText` that is what goes out
   /// for values equal to `naValue`.
@@ -71,7 +76,7 @@ class XmlWriter : public IXmlWriter {
   void WriteIntList(const char* name, const int* values, int count);
 
  private:
-  void StartTag(const char* name);
+  bool StartTag(const char* name);
   void EndTag(const char* name);
   void Indent();
   void Put(const char* text);

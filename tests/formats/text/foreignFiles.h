@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -9,7 +10,9 @@
 #include "definitions/nodeDefinition.h"
 #include "foundation/resultCodes.h"
 #include "network/network.h"
+#include "network/node.h"
 #include "tests/support/builders.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/scratchFolder.h"
@@ -92,13 +95,30 @@ inline void ExpectSharedNetworksLoad(const std::string& extension) {
   EXPECT_GT(found, 0);
 }
 
-/// Reads `text` as a file with the extension; the result is expected to be 0. The messages.
+/// Reads `text` as a file with the extension, with this result. The messages.
 inline std::vector<std::string> ReadText(KVN_network& network, const std::string& extension,
-                                         const std::string& text) {
+                                         const std::string& text, int result = 0) {
   const ScratchFolder folder;
   const LogWatch log;
-  EXPECT_EQ(network.ReadFile(folder.Write("file." + extension, text).c_str()), 0);
+  EXPECT_EQ(network.ReadFile(folder.Write("file." + extension, text).c_str()), result);
   return log.Texts();
+}
+
+inline std::vector<double> CellsOf(KVN_network& network, const char* id) {
+  return ItemsOf(TableOfNode(network, network.FindNode(id)).GetItems());
+}
+
+inline std::vector<std::string> StatesOf(KVN_network& network, const char* id) {
+  return TextsOf(*network.DefinitionOf(network.FindNode(id))->GetOutcomesNames());
+}
+
+/// The parents of a node by their identifiers.
+inline std::vector<std::string> ParentsOf(KVN_network& network, const char* id) {
+  std::vector<std::string> ids;
+  for (int parent : network.GetParents(network.FindNode(id))) {
+    ids.emplace_back(network.GetNode(parent)->GetId());
+  }
+  return ids;
 }
 
 /// A message as "2 words" where it is "(line 2) : ERROR: words".
@@ -115,11 +135,11 @@ inline std::string ShortMessage(const std::string& message) {
 /// Reading `text` gives these messages, in their short form, and leaves so many nodes. A table that
 /// doesn't sum to 1 afterwards is no matter.
 inline void ExpectMessages(const std::string& extension, const std::string& text, int nodes,
-                           const std::vector<std::string>& expected) {
+                           const std::vector<std::string>& expected, int result = 0) {
   SCOPED_TRACE(text);
   KVN_network network;
   std::vector<std::string> messages;
-  for (const std::string& message : ReadText(network, extension, text)) {
+  for (const std::string& message : ReadText(network, extension, text, result)) {
     if (message.find("is not consistent") != std::string::npos) continue;
     messages.push_back(ShortMessage(message));
   }
@@ -128,16 +148,20 @@ inline void ExpectMessages(const std::string& extension, const std::string& text
 }
 
 /// The text cut at every byte, and with every byte in turn replaced by a character that means much
-/// to a lexer, reads with result 0; what was read can be written, of which every eighth is tried.
-inline void ExpectSurvivesDamage(const std::string& extension, const std::string& text) {
+/// to a lexer, reads with one of the results; what was read can be written, of which every eighth
+/// is tried.
+inline void ExpectSurvivesDamage(const std::string& extension, const std::string& text,
+                                 const std::vector<int>& results = {0},
+                                 const std::string& targetExtension = "") {
   const ScratchFolder folder;
   const std::string source = folder.Path("file." + extension);
-  const std::string target = folder.Path("copy." + extension);
+  const std::string target =
+      folder.Path("copy." + (targetExtension.empty() ? extension : targetExtension));
   int reads = 0;
   const auto readAndWrite = [&](const std::string& damaged) {
     KVN_network network;
     folder.Write("file." + extension, damaged);
-    EXPECT_EQ(network.ReadFile(source.c_str()), 0) << damaged;
+    EXPECT_THAT(results, testing::Contains(network.ReadFile(source.c_str()))) << damaged;
     if (++reads % 8 == 0) {
       EXPECT_EQ(network.WriteFile(target.c_str()), 0) << damaged;
     }
@@ -158,6 +182,37 @@ inline std::string WrittenText(KVN_network& network, const std::string& extensio
   const ScratchFolder folder;
   EXPECT_EQ(network.WriteFile(folder.Path("file." + extension).c_str()), 0);
   return folder.Read("file." + extension);
+}
+
+/// A table of more parents and states than the arrays of a writer hold without a block of their
+/// own.
+inline void AddWideTable(KVN_network& network) {
+  std::vector<int> parents;
+  for (int i = 0; i < 10; i++) {
+    parents.push_back(
+        AddNodeBelow(network, KVN_TYPE_CPT, ("N" + std::to_string(i)).c_str(), 2, {}));
+  }
+  AddNodeBelow(network, KVN_TYPE_CPT, "Child", 9, parents);
+}
+
+/// Whichever allocation fails, writing what `fill` makes gives the whole file, or an error and the
+/// old one.
+template <typename Fill>
+void ExpectWritesAllOrNothing(const std::string& extension, Fill fill) {
+  const ScratchFolder folder;
+  const std::string path = folder.Path("file." + extension);
+  std::string whole;
+  const int failures = FailEachAllocation([&](int succeeding) {
+    KVN_network network;
+    fill(network);
+    if (whole.empty()) whole = WrittenText(network, extension);
+    folder.Write("file." + extension, "old");
+    const FailingAllocation failing(succeeding);
+    const int result = network.WriteFile(path.c_str());
+    EXPECT_TRUE(folder.Read("file." + extension) == (result == 0 ? whole : "old")) << succeeding;
+    return failing.HasFailed();
+  });
+  EXPECT_GT(failures, 2);
 }
 
 /// A node of a kind without a block is refused with the message, and the target stays. Nothing is

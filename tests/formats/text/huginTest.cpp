@@ -20,22 +20,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pointwise;
 
-std::vector<double> CellsOf(KVN_network& network, const char* id) {
-  return ItemsOf(TableOfNode(network, network.FindNode(id)).GetItems());
-}
-
-std::vector<std::string> StatesOf(KVN_network& network, const char* id) {
-  return TextsOf(*network.DefinitionOf(network.FindNode(id))->GetOutcomesNames());
-}
-
-std::vector<std::string> ParentsOf(KVN_network& network, const char* id) {
-  std::vector<std::string> ids;
-  for (int parent : network.GetParents(network.FindNode(id))) {
-    ids.emplace_back(network.GetNode(parent)->GetId());
-  }
-  return ids;
-}
-
 KVN_nodeInfo& InfoOf(KVN_network& network, const char* id) {
   return network.GetNode(network.FindNode(id))->Info();
 }
@@ -203,13 +187,15 @@ TEST(HuginSpeaker, TellsWhatIsWrongWithAPotential) {
       {"3 Node (\"X\") not found", "4 Undirected arcs not (yet) supported",
        "5 Couldn't add arc from parent node (\"Y\")", "5 Couldn't add arc from parent node (\"A\")",
        "6 '16' : ')' expected", "7 'A' : '(' expected"});
-  ExpectMessages("net",
-                 kNodeA +
-                     "potential (A) {\n experience = (1 2);\n data = normal(0, 1);\n"
-                     " data = (1 0 3.);\n data = 1 0;\n data = (- .);\n data = (0 1);\n}",
-                 1,
-                 {"4 'experience' : Unknown potential statement", "5 'normal' : Unexpected",
-                  "6 '3.' : Unexpected", "7 '1' : Unexpected", "8 '-' : Unexpected"});
+  ExpectMessages(
+      "net",
+      kNodeA +
+          "potential (A) {\n experience = (1 2);\n data = normal(0, 1);\n"
+          " data = (1 0 3.);\n data = 1 0;\n data = (- .);\n data = (0 1);\n"
+          " data = (0 1 -.);\n}",
+      1,
+      {"4 'experience' : Unknown potential statement", "5 'normal' : Unexpected",
+       "6 '3.' : Unexpected", "7 '1' : Unexpected", "8 '-' : Unexpected", "10 OUT OF RANGE"});
   ExpectMessages("net", kNodeA + "potential (A) { data = (1); data = (1 2 3); data = (); }", 1,
                  {"3 Node (\"A\") : 1 numbers found, 2 expected",
                   "3 Node (\"A\") : 3 numbers found, 2 expected",
@@ -375,6 +361,8 @@ TEST(HuginSpeaker, RefusesToWriteWhatItCannotCarry) {
   ExpectRefusedToWrite("net", KVN_TYPE_CAST, "ERROR: 'CAST' : Node type not supported by Hugin");
   ExpectRefusedToWrite("net", KVN_TYPE_MAU, "ERROR: This Network cannot be saved in Hugin format");
 }
+
+TEST(HuginSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("net", AddWideTable); }
 
 TEST(HuginSpeaker, SurvivesDamage) { ExpectSurvivesDamage("net", kDiagram); }
 

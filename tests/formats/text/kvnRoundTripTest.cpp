@@ -7,6 +7,7 @@
 
 #include "network/fileSpeaker.h"
 #include "network/network.h"
+#include "tests/formats/text/foreignFiles.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
@@ -19,8 +20,9 @@ constexpr int kSeeds = 200;
 constexpr double kEightDecimals = 0.5e-8 + 1e-12;
 
 /// The kinds whose numbers the format has statements for.
-const std::vector<int> kCarriedKinds = {KVN_TYPE_CPT,   KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST,
-                                        KVN_TYPE_TABLE, KVN_TYPE_CAST,       KVN_TYPE_NOISY_MAX};
+const std::vector<int> kCarriedKinds = {KVN_TYPE_CPT,      KVN_TYPE_MAU,   KVN_TYPE_TRUTHTABLE,
+                                        KVN_TYPE_LIST,     KVN_TYPE_TABLE, KVN_TYPE_CAST,
+                                        KVN_TYPE_NOISY_MAX};
 
 std::string WriteTo(const ScratchFolder& folder, const char* name, KVN_network& network) {
   EXPECT_EQ(network.WriteFile(folder.Path(name).c_str(), KVN_FORMAT_KVN), 0);
@@ -71,6 +73,14 @@ TEST(KvnRoundTrip, GatesWithoutStatementsKeepAllButTheirNumbers) {
 }
 
 /// The examples stand in the writer's own layout, so that a user who converts one sees no change.
+TEST(KvnRoundTrip, WritesAllOrNothing) {
+  RandomNetworkOptions options;
+  options.nodes = 10;
+  options.kinds = kCarriedKinds;
+  ExpectWritesAllOrNothing(
+      "kvn", [&](KVN_network& network) { FillRandomNetwork(network, /*seed=*/3, options); });
+}
+
 TEST(KvnRoundTrip, ExamplesAreWrittenAsTheyStand) {
   const ScratchFolder folder;
   int files = 0;

@@ -17,14 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::vector<double> CellsOf(KVN_network& network, const char* id) {
-  return ItemsOf(TableOfNode(network, network.FindNode(id)).GetItems());
-}
-
-std::vector<std::string> StatesOf(KVN_network& network, const char* id) {
-  return TextsOf(*network.DefinitionOf(network.FindNode(id))->GetOutcomesNames());
-}
-
 // Rows in no order; commas and bars are blanks; a row may go on over several parent states.
 const char* const kDiagram = R"(belief network "The name"
 // a comment
@@ -261,6 +253,8 @@ TEST(MicrosoftSpeaker, RefusesToWriteWhatItCannotCarry) {
   ExpectRefusedToWrite("dsc", KVN_TYPE_MAU,
                        "ERROR: This Network cannot be saved in Microsotf format");
 }
+
+TEST(MicrosoftSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("dsc", AddWideTable); }
 
 TEST(MicrosoftSpeaker, SurvivesDamage) { ExpectSurvivesDamage("dsc", kDiagram); }
 

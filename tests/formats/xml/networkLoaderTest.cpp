@@ -22,8 +22,10 @@
 #include "network/nodeCost.h"
 #include "network/userProperties.h"
 #include "tests/support/builders.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
+#include "tests/support/randomNetwork.h"
 #include "tests/support/scratchFolder.h"
 
 namespace {
@@ -240,8 +242,9 @@ TEST(NetworkLoader, RefusesWithAMessage) {
   refuse(InNodes("<cpt id='A' diagtype='fault'/>"), "Unknown diagnosis node type: 'fault'");
   refuse(InNodes("<cpt id='A' dynamic='slice'/>"), "Unknown dynamic node type: 'slice'");
   refuse(InNodes(a + a), "Duplicated node identifier: 'A'");
-  refuse(InNodes("<mau id='A'><weights>1</weights></mau>"), "ORMEL failed to create node: 'A'");
-  refuse(InNodes("<maux id='A'/>"), "ORMEL failed to create node: 'A'");
+  refuse(InNodes("<mau id='A'><weights>1</weights></mau>"), "SetWeights failed");
+  refuse(InNodes(a + "<mau id='B'><parents>A</parents><weights>1</weights></mau>"),
+         "AddArc failed");
   refuse(InNodes("<equation id='A'><definition>A=1</definition></equation>"),
          "ORMEL failed to create node: 'A'");
   refuse(InNodes(Cpt("B", std::string(kTwo) + "<parents>A</parents>") + a),
@@ -396,6 +399,34 @@ TEST(NetworkLoader, KeepsThePartialNetwork) {
   EXPECT_STREQ(loaded.network.Header().GetId(), "N");
   Loaded refused(InNodes(Cpt("A") + "<equation id='E'/>"));
   EXPECT_EQ(refused.network.GetNumberOfNodes(), 1) << "a node without a definition is of no use";
+}
+
+/// A load that says it has succeeded has read everything.
+TEST(NetworkLoader, WithoutMemoryTellsOfAFailure) {
+  const ScratchFolder folder;
+  const std::string path = folder.Path("f.xkvn");
+  KVN_network made;
+  RandomNetworkOptions options;
+  options.nodes = 8;
+  FillRandomNetwork(made, /*seed=*/4, options);
+  ASSERT_EQ(made.WriteFile(path.c_str()), 0);
+  const std::string whole = folder.Read("f.xkvn");
+  const int failures = FailEachAllocation([&](int succeeding) {
+    KVN_network network;
+    bool hasFailed = false;
+    int result = 0;
+    {
+      const FailingAllocation failing(succeeding);
+      result = network.ReadFile(path.c_str());
+      hasFailed = failing.HasFailed();
+    }
+    EXPECT_TRUE(hasFailed || result == 0);
+    if (result != 0) return hasFailed;
+    EXPECT_EQ(network.WriteFile(folder.Path("g.xkvn").c_str()), 0);
+    EXPECT_EQ(folder.Read("g.xkvn"), whole) << succeeding;
+    return hasFailed;
+  });
+  EXPECT_GT(failures, 100);
 }
 
 }  // namespace

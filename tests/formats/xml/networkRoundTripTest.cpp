@@ -4,9 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 #include <filesystem>
 #include <string>
+#include <vector>
 
+#include "foundation/numberText.h"
 #include "network/extraDefinition.h"
 #include "network/fileSpeaker.h"
 #include "network/network.h"
@@ -15,6 +19,7 @@
 #include "network/userProperties.h"
 #include "tests/support/builders.h"
 #include "tests/support/logWatch.h"
+#include "tests/support/networkBuilder.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
 #include "tests/support/scratchFolder.h"
@@ -123,6 +128,63 @@ TEST(XmlRoundTrip, TheNativeFormatsAgree) {
     EXPECT_TRUE(NetworksEqual(original, text, compare));
   }
   EXPECT_GE(files, 3);
+}
+
+/// Every number comes back as the one that its 16 digits stand for, whatever it is.
+TEST(XmlRoundTrip, NumbersKeepSixteenDigits) {
+  std::vector<double> numbers = {0.0,
+                                 -0.0,
+                                 1.0 / 3.0,
+                                 0.1 + 0.2,
+                                 5e-324,
+                                 2.2250738585072014e-308,
+                                 1e300,
+                                 1e-300,
+                                 9007199254740993.0,
+                                 123456789012345678.0,
+                                 KVN_UNDEFINED_VALUE,
+                                 KVN_ILLEGAL_VALUE,
+                                 KVN_NOT_AVAILABLE_VALUE,
+                                 INFINITY,
+                                 -INFINITY,
+                                 NAN};
+  RandomSource random(/*seed=*/11);
+  while (numbers.size() < 2000) {
+    const double number = std::bit_cast<double>(random.Bits());
+    if (std::isfinite(number)) numbers.push_back(number);
+  }
+  const int count = static_cast<int>(numbers.size());
+  KVN_network made, read;
+  const int choice = AddNodeBelow(made, KVN_TYPE_LIST, "D", count, {});
+  const int utility = AddNodeBelow(made, KVN_TYPE_TABLE, "U", 0, {choice});
+  WriteCells(made, utility, numbers);
+  const ScratchFolder folder;
+  const std::string first = WriteTo(folder, "first.xkvn", made);
+  ReadFrom(folder, "first.xkvn", read);
+  const KVN_Dmatrix& table = TableOfNode(read, read.FindNode("U"));
+  ASSERT_EQ(table.GetSize(), count);
+  for (int i = 0; i < count; i++) {
+    char text[kNumberTextSize];
+    FormatDouble("%.16g", numbers[i], text, sizeof text);
+    double kept = 0.0;
+    ScanDouble(text, kept);
+    const bool isSame = std::isnan(kept) ? std::isnan(table[i])
+                                         : std::bit_cast<std::uint64_t>(kept) ==
+                                               std::bit_cast<std::uint64_t>(table[i]);
+    EXPECT_TRUE(isSame) << text;
+  }
+  EXPECT_EQ(WriteTo(folder, "second.xkvn", read), first);
+}
+
+TEST(XmlRoundTrip, AddersBelowAdders) {
+  KVN_network made, read;
+  const int a = AddNodeBelow(made, KVN_TYPE_NOISY_ADDER, "A", 3, {});
+  const int b = AddNodeBelow(made, KVN_TYPE_NOISY_ADDER, "B", 2, {a});
+  (void)AddNodeBelow(made, KVN_TYPE_NOISY_ADDER, "C", 4, {b, a});
+  const ScratchFolder folder;
+  const std::string first = WriteTo(folder, "first.xkvn", made);
+  ReadFrom(folder, "first.xkvn", read);
+  EXPECT_EQ(WriteTo(folder, "second.xkvn", read), first);
 }
 
 }  // namespace

@@ -21,7 +21,9 @@
 #include "network/nodeCost.h"
 #include "network/userProperties.h"
 #include "tests/support/builders.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/networkBuilder.h"
+#include "tests/support/randomNetwork.h"
 #include "tests/support/scratchFolder.h"
 
 namespace {
@@ -219,6 +221,23 @@ TEST(NetworkSaver, LeavesOutWhatHasNoElement) {
   EXPECT_NE(text.find("<resultingstates>(null)</resultingstates>"), std::string::npos);
 }
 
+/// Nodes that were made while memory was short lack a part or another.
+TEST(NetworkSaver, WritesNodesThatLackAPart) {
+  const ScratchFolder folder;
+  const int failures = FailEachAllocation([&](int succeeding) {
+    KVN_network network;
+    bool hasFailed = false;
+    {
+      const FailingAllocation failing(succeeding);
+      (void)network.AddNode(KVN_TYPE_CPT, "A");
+      hasFailed = failing.HasFailed();
+    }
+    EXPECT_EQ(network.WriteFile(folder.Path("f.xkvn").c_str()), 0);
+    return hasFailed;
+  });
+  EXPECT_GT(failures, 3);
+}
+
 class Extension : public IXmlWriterExtension {
  public:
   void Write(IXmlWriter& writer) override { writer.WriteElement("mine", nullptr, false); }
@@ -238,7 +257,31 @@ TEST(NetworkSaver, ExtensionOptions) {
 TEST(NetworkSaver, TellsOfAFileThatCannotBeWritten) {
   KVN_network network;
   EXPECT_EQ(network.WriteFile("/no/such/folder/f.xkvn", KVN_FORMAT_AUTO), -103);
+  EXPECT_EQ(network.WriteFile(nullptr, KVN_FORMAT_XKVN), -103);
+  EXPECT_EQ(network.ReadFile(nullptr, KVN_FORMAT_XKVN), -103);
   EXPECT_EQ(network.WriteFile("/dev/full", KVN_FORMAT_XKVN), -103);
+}
+
+/// Without memory the list of nodes, of parents or of states comes out short: better no new file
+/// than one with holes in the place of a good one.
+TEST(NetworkSaver, WithoutMemoryTheOldFileStays) {
+  KVN_network network;
+  RandomNetworkOptions options;
+  options.nodes = 40;
+  FillRandomNetwork(network, /*seed=*/3, options);
+  const ScratchFolder folder;
+  const std::string path = folder.Path("f.xkvn");
+  ASSERT_EQ(network.WriteFile(path.c_str()), 0);
+  const std::string whole = folder.Read("f.xkvn");
+  const int failures = FailEachAllocation([&](int succeeding) {
+    (void)folder.Write("f.xkvn", "old");
+    const FailingAllocation failing(succeeding);
+    const int result = network.WriteFile(path.c_str());
+    EXPECT_EQ(folder.Read("f.xkvn"), result == 0 ? whole : "old") << succeeding;
+    EXPECT_TRUE(failing.HasFailed() || result == 0);
+    return failing.HasFailed();
+  });
+  EXPECT_GT(failures, 3);
 }
 
 }  // namespace

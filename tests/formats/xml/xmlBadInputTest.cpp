@@ -144,6 +144,10 @@ TEST(XmlBadInput, Entities) {
     EXPECT_EQ(outcome.message,
               "Entity '" + std::string(c.entity) + "' must not refer to files or other entities");
   }
+  // A default is repeated at every element that leaves the attribute out.
+  EXPECT_EQ(Load(folder, document("<!ATTLIST property new CDATA 'x'>", "")).message,
+            "Attribute 'new' of 'property' must not have a default");
+  EXPECT_EQ(Load(folder, document("<!ATTLIST property id CDATA #REQUIRED>", "")).result, 0);
   EXPECT_EQ(Load(folder, document(fat, Repeated("&f;", 1000))).message,
             "limit on input amplification factor (from DTD and entities) breached");
   EXPECT_EQ(Load(folder, document("<!ENTITY e 'plain'>", "&e;")).result, 0);
@@ -162,7 +166,7 @@ TEST(XmlBadInput, Oversized) {
 }
 
 /// A few lines that ask for a table of gigabytes: refused from the counts, before anything of that
-/// size is built.
+/// size is built. Where the table has no list at all, from the sizes alone.
 TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
   const ScratchFolder folder;
   std::string nodes, parents;
@@ -181,14 +185,31 @@ TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
                             "<resultingstates>a</resultingstates></deterministic>";
   const std::string costs = "</nodes><observationcost><node id='N0'>" + above +
                             "<cost>1</cost></node></observationcost><nodes>";
+  std::string many;
+  for (int i = 0; i < 5000; i++) many += "<state id='s" + std::to_string(i) + "'/>";
+  std::string half;
+  for (int i = 0; i < 16; i++) half += "N" + std::to_string(i) + " ";
+  const std::string wide = "<deterministic id='T'>" + many + "<parents>" + half +
+                           "</parents><resultingstates>s0</resultingstates></deterministic>";
+  const std::string pair = "<decision id='D'>" + many + "</decision>";
+  const std::string inside = many + "<parents>D</parents>";
+  const std::string gate = pair + "<noisymax id='T'>" + inside + "</noisymax>";
+  const std::string unfilled =
+      pair + "<noisymax id='T'>" + inside + "<parameters>1</parameters></noisymax>";
+  const std::string adder =
+      pair + "<noisyadder id='T'>" + inside + "<dstates>0 0</dstates></noisyadder>";
   const struct {
     std::string content;
     const char* message;
   } cases[] = {
-      {chance,  "SetProbabilities failed"                                   },
-      {utility, "SetUtilities failed"                                       },
-      {truth,   "Invalid number of resulting states: 1, expected 1073741824"},
-      {costs,   "SetCosts failed"                                           },
+      {chance,   "SetProbabilities failed"                                   },
+      {utility,  "SetUtilities failed"                                       },
+      {truth,    "Invalid number of resulting states: 1, expected 1073741824"},
+      {costs,    "SetCosts failed"                                           },
+      {wide,     "Invalid number of resulting states: 1, expected 65536"     },
+      {gate,     "SetNumberOfOutcomes failed"                                },
+      {adder,    "SetNumberOfOutcomes failed"                                },
+      {unfilled, "Invalid weights vector size 1, expected 25005000"          },
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.message);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -57,6 +58,7 @@ class Probe : public XmlReader, public XmlErrorHandler {
   void EndList() { events.emplace_back("/list"); }
   void Word() {
     if (std::string(GetText()) == "stop") AbortWith("Stopped");
+    if (std::string(GetText()) == "heavy") throw std::bad_alloc();
     events.emplace_back(GetText());
   }
   void StartText() {
@@ -134,6 +136,7 @@ TEST(XmlReader, RefusesWithLineAndColumn) {
       {"<r version='1' b='True'/>",                                                1, 0,
        "'true' or 'false' expected as value of boolean attribute 'b'"                                                                            },
       {"<r version='1'><list>1 2\n 3 stop 4</list>",                               2, 0,  "Stopped"                                              },
+      {"<r version='1'><list>1 heavy 2 stop</list>",                               1, 35, "out of memory"                                        },
       {"<r version='1' version='1'/>",                                             1, 15, "duplicate attribute"                                  },
       {"<r version='1'><loop></r>",                                                1, 23, "mismatched tag"                                       },
       {"",                                                                         1, 0,  "no element found"                                     },
@@ -263,9 +266,12 @@ TEST(XmlReader, TextIsKeptInEightBits) {
 /// A binding from CreateBinding, with the callbacks of an object that isn't the reader.
 class Listener {
  public:
-  void Start(IXmlReader& reader) { reader.GetAttribute("a", value, -1); }
+  void Start(IXmlReader& reader) {
+    reader.GetAttribute("a", value, -1);
+    reader.GetAttribute(nullptr, absent, -1);
+  }
   void Text(IXmlReader& reader) { words.emplace_back(reader.GetText()); }
-  int value = 0;
+  int value = 0, absent = 0;
   Strings words;
 };
 
@@ -280,6 +286,7 @@ TEST(XmlReader, DelegatesToAnotherObject) {
   const std::string path = folder.Write("f.xml", "<root a='3'>one two</root>");
   EXPECT_TRUE(interface.Parse(path.c_str(), *root, nullptr));
   EXPECT_EQ(listener.value, 3);
+  EXPECT_EQ(listener.absent, -1);
   EXPECT_EQ(listener.words, Strings({"one", "two"}));
   // Without an error handler a failure is just false.
   const std::string other = folder.Write("g.xml", "<other/>");

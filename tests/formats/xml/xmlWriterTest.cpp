@@ -55,6 +55,14 @@ TEST(XmlWriter, LaysElementsOut) {
     writer.WriteStringList("names", names);
     const int ints[] = {2, 0, -1};
     writer.WriteIntList("ints", ints, 3);
+    // Nothing without a name goes out, nor what was queued for it.
+    writer.AddAttribute(nullptr, 1.0);
+    writer.AddAttribute("lost", 1);
+    writer.OpenElement(nullptr);
+    writer.AddAttribute("lost", 1);
+    writer.WriteElement(nullptr, "text", false);
+    writer.WriteDoubleList(nullptr, numbers, 3);
+    writer.CloseElement(nullptr);
     writer.CloseElement("a");
   });
   EXPECT_EQ(text,
@@ -121,6 +129,16 @@ TEST(XmlWriter, TellsOfFailuresAtOpenAndClose) {
   XmlWriter writer;
   EXPECT_FALSE(writer.Open(folder.Path("no/such/folder.xml").c_str()));
   EXPECT_FALSE(writer.Open(nullptr));
+  // A file that is never closed is not half of a file.
+  const std::string path = folder.Write("f.xml", "old");
+  for (const char* next : {"f.xml", "g.xml"}) {
+    XmlWriter abandoned;
+    ASSERT_TRUE(abandoned.Open(path.c_str()));
+    abandoned.OpenElement("e");
+    EXPECT_TRUE(abandoned.Open(folder.Path(next).c_str()));
+  }
+  EXPECT_EQ(folder.Read("f.xml"), "old");
+  EXPECT_EQ(folder.CountEntries(), 1);
   ASSERT_TRUE(writer.Open("/dev/full"));
   writer.WriteElement("e", std::string(1 << 20, 'x').c_str(), false);
   EXPECT_FALSE(writer.Close());

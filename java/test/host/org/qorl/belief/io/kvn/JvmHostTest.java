@@ -35,6 +35,7 @@ public final class JvmHostTest {
             JvmHostTest test = new JvmHostTest(Path.of(arguments[0]), folder);
             test.readsTheExample();
             test.readsTextsInBothEncodings();
+            test.readsAndWritesXml();
             test.failuresToReadAreReported();
             test.exceptionsOfCallbacksReachTheCaller();
             test.callbacksCannotStartAnotherCall();
@@ -96,6 +97,22 @@ public final class JvmHostTest {
             same("M\u00fcnchen", network.submodels().get(0).name());
             same(Map.of("k", "\u00e9t\u00e9"), network.properties());
         }
+    }
+
+    private void readsAndWritesXml() throws Exception {
+        Path file = folder.resolve("copy.xkvn");
+        reader.update(example, file, reader.read(example));
+        Network copy = reader.read(file);
+        for (Node node : reader.read(example).nodes()) {
+            Node read = copy.node(node.identifier()).orElseThrow();
+            same(node.outcomes(), read.outcomes());
+            same(node.parents(), read.parents());
+            same(Arrays.toString(node.numbers()), Arrays.toString(read.numbers()));
+            same(Arrays.toString(node.strengths()), Arrays.toString(read.strengths()));
+            same(node.properties(), read.properties());
+        }
+        Files.writeString(file, "<ormel version=\"1.0\" id=\"N\"><nodes>");
+        same(-1, reader.loadKVN(file.toString(), 0));
     }
 
     private void failuresToReadAreReported() throws Exception {

@@ -1,0 +1,7 @@
+#pragma once
+
+/// Number of discrete updates that this program has run.
+extern int theUpdateCount;
+
+/// Set to make the next updates answer this instead of computing; 0 computes.
+extern int theForcedResult;

@@ -1,0 +1,323 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "network/fileSpeaker.h"
+#include "network/header.h"
+#include "network/node.h"
+#include "network/nodeInfo.h"
+#include "tests/formats/text/foreignFiles.h"
+#include "tests/support/networkComparer.h"
+#include "tests/support/randomNetwork.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const char* NameOf(KVN_network& network, const char* id) {
+  return network.GetNode(network.FindNode(id))->Info().Header().GetName();
+}
+
+// What the programs of others put into such files, in one of them: a prolog with an address, a
+// quote and letters that are no tokens, a name space, properties in odd places, names that are no
+// identifiers, a "<" in a text, an entity, blanks where they please.
+const char* const kDiagram =
+    "\xef\xbb\xbf  <?xml version='1.0' encoding=\"US-ASCII\"?>\n"
+    R"(<!-- made by "someone, see http://a.example/ "\xe9t\xe9 <BIF VERSION="0.2"> -->
+<!DOCTYPE BIF [ <!ELEMENT BIF ( NETWORK )*> <!ATTLIST BIF VERSION CDATA #REQUIRED> ]>
+<BIF VERSION='0.3' xmlns="http://www.a.example/ns" xsi:schemaLocation="a b">
+<NETWORK><PROPERTY></PROPERTY><PROPERTY/>
+  <NAME>Fire </NAME>
+  <VARIABLE TYPE="nature"> <NAME>light-on</NAME>
+    <OUTCOME><9</OUTCOME> <OUTCOME>&lt;10 &amp; more</OUTCOME>
+    <PROPERTY>position = (73.5, 50.8)</PROPERTY> <OUTCOME>0</OUTCOME>
+  </VARIABLE>
+  <VARIABLE> <NAME>OR:f(c,s)|p, q</NAME> <OUTCOME>on</OUTCOME> <OUTCOME>off</OUTCOME> </VARIABLE>
+  <VARIABLE TYPE="decision"><NAME>Leave</NAME><OUTCOME>go</OUTCOME><OUTCOME>stay</OUTCOME></VARIABLE>
+  <VARIABLE TYPE="utility"><NAME>Gain</NAME></VARIABLE>
+  <DEFINITION> <PROPERTY>x</PROPERTY> <FOR>light-on</FOR> <TABLE> 1.0E-1	.5
+     4e-1 </TABLE> </DEFINITION>
+  <DEFINITION>
+    <TABLE> 1 0
+      0.25 0.75 0.5 0.5 </TABLE>
+    <GIVEN> light-on </GIVEN> <FOR>OR:f(c,s)|p, q</FOR> <FOR>OR:f(c,s)|p, q</FOR>
+  </DEFINITION>
+  <DEFINITION> <FOR>Leave</FOR> <GIVEN>light_on</GIVEN> </DEFINITION>
+  <DEFINITION> <FOR>Gain</FOR> <GIVEN>light-on</GIVEN> <GIVEN>Leave</GIVEN>
+    <TABLE>-1 2 -3 4.5 5 6</TABLE> </DEFINITION>
+</NETWORK> </BIF>)";
+
+TEST(XmlSpeaker, ReadsAnInfluenceDiagram) {
+  KVN_network network;
+  EXPECT_THAT(ReadText(network, "xml03", kDiagram), IsEmpty());
+
+  EXPECT_STREQ(network.Header().GetName(), "Fire");
+  EXPECT_STREQ(network.Header().GetId(), "Fire");
+  EXPECT_EQ(network.GetNumberOfNodes(), 4);
+  EXPECT_STREQ(NameOf(network, "light_on"), "light-on");
+  EXPECT_STREQ(NameOf(network, "OR_f_c_s__p__q"), "OR:f(c,s)|p, q");
+  EXPECT_THAT(StatesOf(network, "light_on"), ElementsAre("x_9", "x_10___more", "x0"));
+  EXPECT_THAT(StatesOf(network, "Leave"), ElementsAre("go", "stay"));
+  EXPECT_EQ(network.TypeOf(network.FindNode("Leave")), KVN_TYPE_LIST);
+  EXPECT_EQ(network.TypeOf(network.FindNode("Gain")), KVN_TYPE_TABLE);
+  EXPECT_EQ(network.GetNumberOfParents(network.FindNode("Leave")), 1);
+  EXPECT_THAT(CellsOf(network, "light_on"), ElementsAre(0.1, 0.5, 0.4));
+  EXPECT_THAT(CellsOf(network, "OR_f_c_s__p__q"), ElementsAre(1, 0, 0.25, 0.75, 0.5, 0.5));
+  EXPECT_THAT(CellsOf(network, "Gain"), ElementsAre(-1, 2, -3, 4.5, 5, 6));
+}
+
+const std::string kHead = "<BIF VERSION=\"0.3\"><NETWORK><NAME>n</NAME>\n";
+const std::string kTail = "</NETWORK></BIF>\n";
+// A has two states, B three.
+const std::string kTwoNodes =
+    kHead +
+    "<VARIABLE><NAME>A</NAME><OUTCOME>a</OUTCOME><OUTCOME>b</OUTCOME></VARIABLE>"
+    "<VARIABLE><NAME>B</NAME><OUTCOME>a</OUTCOME><OUTCOME>b</OUTCOME><OUTCOME>c</OUTCOME>"
+    "</VARIABLE>\n";
+
+// Files of other dialects, and of no dialect, end at once.
+TEST(XmlSpeaker, RefusesOtherVersionsAndFilesWithoutTheStartTag) {
+  const std::string body = "<NETWORK><VARIABLE><NAME>A</NAME></VARIABLE></NETWORK></BIF>";
+  for (const char* tag : {"<BIF>", "<BIF VERSION=\"0.2\">", "<BIF VERSION='0.30'>"}) {
+    ExpectMessages("xml03", "<?XML VERSION=\"1.0\"?>\n" + (tag + body), 0,
+                   {"2 Incorrect BIF Version"}, KVN_REFUSED);
+  }
+  for (const char* tag : {"", "<BIFF VERSION=\"0.3\">", "<mstns:BIF VERSION=\"0\">",
+                          "<xbifns:XMLBIF version=\"0.5\">", "<!-- <BIF VERSION=\"0.3\">"}) {
+    ExpectMessages("xml03", tag + body, 0, {"1 End of File : Expecting 'BIF'"}, KVN_SYNTAX_ERROR);
+  }
+  ExpectMessages("xml03", "<BIF VERSION=0.3>", 0, {"1 '0.3' : String expected"}, KVN_SYNTAX_ERROR);
+  ExpectMessages("xml03", "<BIF VERSION=\"0.3\"", 0, {"1 End of File : Expecting '>'"},
+                 KVN_SYNTAX_ERROR);
+}
+
+struct MessageCase {
+  const char* name;
+  std::string text;
+  int nodes;
+  std::vector<std::string> messages;
+};
+
+void ExpectAll(const std::vector<MessageCase>& cases) {
+  for (const MessageCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    ExpectMessages("xml03", c.text, c.nodes, c.messages);
+  }
+}
+
+TEST(XmlSpeaker, TellsWhatIsWrongWithTheNetwork) {
+  ExpectAll({
+      {"comments cost a message each",
+       kHead + "<!-- a \"b -->\n<!- c ->\n<VARIABLE/>" + kTail,
+       1,                                                                         {"2 '!' : Misplaced statement", "3 '!' : Misplaced statement"}             },
+      {"elements in the wrong place",
+       kHead + "<TABLE>1</TABLE>\n<FOO>a</FOO>" + kTail,
+       0,                                                                         {"2 'TABLE' : Misplaced statement", "3 'FOO' : Unknown Net Field"}         },
+      {"text between elements",
+       kHead + "abc <PROPERTY>a</PROPERTY>\n<VARIABLE/>" + kTail,
+       1,                                                                         {"2 'abc' : '<' expected"}                                                 },
+      {"a network's name that is none",
+       "<BIF VERSION=\"0.3\"><NETWORK>\n<NAME>a-b</NAME>" + kTail,
+       0,                                                                         {"2 'a-b' : Illegal identifier"}                                           },
+      {"a node called as the network",
+       kHead + "<VARIABLE><NAME>n</NAME></VARIABLE>" + kTail,
+       1,                                                                         {"2 [n] Duplicated Identifier"}                                            },
+      {"something beside the network",
+       "<BIF VERSION=\"0.3\">\n<NAME>x</NAME></BIF>",                          0,
+       {"2 'NAME' : Misplaced statement"}                                                                                                                    },
+      {"no end",                        kTwoNodes,                             2, {"2 End of File : Expecting '<'"}                                          },
+      {"end tags missing",
+       kHead + "<VARIABLE><NAME>A</NAME>\n<VARIABLE><NAME>B</NAME>\n" + kTail,
+       2,                                                                         {"3 'VARIABLE' : Misplaced statement", "4 'NETWORK' : Misplaced statement"}},
+      {"a stray end tag",
+       kHead + "</FOO>\n<VARIABLE/>" + kTail,
+       1,                                                                         {"2 'FOO' : Misplaced statement"}                                          },
+  });
+}
+
+TEST(XmlSpeaker, TellsWhatIsWrongWithAVariable) {
+  ExpectAll({
+      {"type",
+       kHead + "<VARIABLE TYPE=\"discrete\"><NAME>A</NAME>\n</VARIABLE>\n<VARIABLE/>" + kTail,
+       1,                                                                                         {"2 discrete : Unknown node type"}                                                },
+      {"names",
+       kHead +
+           "<VARIABLE><NAME>A</NAME></VARIABLE>\n<VARIABLE><NAME>A</NAME></VARIABLE>\n"
+           "<VARIABLE><NAME> </NAME></VARIABLE>" +
+           kTail,                                                                              3,
+       {"3 [A] Duplicated Identifier", "4 '' : Illegal identifier"}                                                                                                                 },
+      {"outcomes",
+       kHead + "<VARIABLE><OUTCOME>a</OUTCOME>\n<OUTCOME></OUTCOME></VARIABLE>" + kTail,
+       1,                                                                                         {"3  : Invalid outcome name", "3 Node (\"Node0\") : Two states needed, one added"}},
+      {"outcomes of a utility",
+       kHead + "<VARIABLE TYPE=\"utility\"><OUTCOME>0</OUTCOME>\n</VARIABLE>" + kTail,
+       1,                                                                                         {"3 Invalid Outcomes"}                                                            },
+      {"other elements",
+       kHead + "<VARIABLE><TYPE>discrete</TYPE>\n<VALUE>a</VALUE></VARIABLE>" + kTail,
+       1,                                                                                         {"2 'TYPE' : Unknown Node Field", "3 'VALUE' : Unknown Node Field"}               },
+      {"the wrong end tag",
+       kHead + "<VARIABLE><NAME>A</OUTCOME>\n</VARIABLE>" + kTail,
+       1,                                                                                         {"2 'OUTCOME' : 'NAME' expected"}                                                 },
+  });
+}
+
+TEST(XmlSpeaker, TellsWhatIsWrongWithADefinition) {
+  const auto definition = [](const std::string& content) {
+    return kTwoNodes + "<DEFINITION>" + content + "</DEFINITION>" + kTail;
+  };
+  ExpectAll({
+      {"no such node",
+       definition("<FOR>X</FOR>\n<GIVEN>Y</GIVEN>"),
+       2,                                                                                     {"3 X : Node not found", "4 Y : Invalid parent"}              },
+      {"two nodes",
+       definition("<FOR>A</FOR>\n<FOR>B</FOR><TABLE>0 1</TABLE>"),
+       2,                                                                                     {"4 B : Extra [FOR] entry. Ignored."}                         },
+      {"no node",                                  definition("<TABLE>0 1</TABLE>\n"),     2, {"4 [FOR] entry missing. Ignored."}                           },
+      {"parents",
+       definition("<FOR>A</FOR><GIVEN>A</GIVEN>\n<GIVEN>B</GIVEN><GIVEN>B</GIVEN>"),
+       2,                                                                                     {"4 Couldn't add arc from node [A] to node [A]",
+        "4 Couldn't add arc from node [B] to node [A]"}                                                                                            },
+      {"too few numbers",
+       definition("<FOR>A</FOR><TABLE>1</TABLE>\n"),
+       2,                                                                                     {"4 Node [A] was expecting 2 numbers but 1 were read"}        },
+      {"too many",
+       definition("<FOR>B</FOR><TABLE>\n1 0 0 0</TABLE>"),
+       2,                                                                                     {"4 Node [B] was expecting 3 numbers but 4 were read"}        },
+      {"none",
+       definition("<FOR>B</FOR><TABLE></TABLE>"),
+       2,                                                                                     {"3 Node [B] was expecting 3 numbers but 0 were read"}        },
+      {"no numbers",
+       definition("<FOR>B</FOR><TABLE>1 0 nan</TABLE>\n"),
+       2,                                                                                     {"3 'nan' : Real Number expected"}                            },
+      {"a number without digits behind its point",
+       definition("<FOR>B</FOR><TABLE>1. 0 0</TABLE>"),
+       2,                                                                                     {"3 '1.' : Real Number expected"}                             },
+      {"a comment in a table",
+       definition("<FOR>B</FOR><TABLE>1 <!-- a, \"b --> 0\n<!-- 3 --> 0</TABLE>"),
+       2,                                                                                     {"3 '!' : Misplaced statement", "4 '!' : Misplaced statement"}},
+      {"another element in a table",
+       definition("<FOR>B</FOR><TABLE>1 <B>0</B> 0</TABLE>"),
+       2,                                                                                     {"3 'B' : Unknown Definition Field", "3 '0' : '<' expected"}  },
+      {"another element",
+       definition("<FOR>B</FOR>\n<VALUES>1 0 0</VALUES>"),
+       2,                                                                                     {"4 'VALUES' : Unknown Definition Field"}                     },
+      {"the node's states slowest",
+       definition("<FOR>A</FOR><GIVEN>B</GIVEN><TABLE>0.9 0.2 0.25 0.1 0.8 0.75</TABLE>"),
+       2,                                                                                     {"3 Node [A] : No row of the table sums to 1 but every column does. It may have the states "
+        "of the node slowest"}                                                                                                                     },
+  });
+}
+
+// The first definition of a node has given it its arcs; the last one has the numbers.
+TEST(XmlSpeaker, TakesTheNumbersOfTheLastDefinition) {
+  KVN_network network;
+  EXPECT_THAT(ReadText(network, "xml03",
+                       kTwoNodes + "<DEFINITION><FOR>A</FOR><TABLE>1 0</TABLE></DEFINITION>" +
+                           "<DEFINITION><FOR>A</FOR><TABLE>0.25 0.75</TABLE></DEFINITION>" + kTail),
+              IsEmpty());
+  EXPECT_THAT(CellsOf(network, "A"), ElementsAre(0.25, 0.75));
+}
+
+TEST(XmlSpeaker, WritesItsDocument) {
+  KVN_network network;
+  ASSERT_EQ(network.Header().SetId("Net"), 0);
+  const int a = AddCpt(network, "A", 2, {}, {0.25, 0.75});
+  const int d = AddNodeBelow(network, KVN_TYPE_LIST, "D", 2, {a});
+  WriteCells(network, AddNodeBelow(network, KVN_TYPE_TABLE, "U", 0, {a, d}), {1, -2, 1e-9, 40000});
+  const std::string text = WrittenText(network, "xml03");
+  const std::string prolog = "<?XML VERSION=\"1.0\"?>\n<!--\n\tBayesian network in XMLBIF v0.3";
+  EXPECT_EQ(text.substr(0, prolog.size()), prolog);
+  EXPECT_EQ(text.substr(text.find("]>")), R"(]>
+
+<BIF VERSION="0.3">
+<NETWORK>
+ <NAME>Net</NAME>
+ <VARIABLE TYPE="chance">
+  <NAME>A</NAME>
+  <OUTCOME>State0</OUTCOME>
+  <OUTCOME>State1</OUTCOME>
+ </VARIABLE>
+ <VARIABLE TYPE="decision">
+  <NAME>D</NAME>
+  <OUTCOME>Choice0</OUTCOME>
+  <OUTCOME>Choice1</OUTCOME>
+ </VARIABLE>
+ <VARIABLE TYPE="utility">
+  <NAME>U</NAME>
+ </VARIABLE>
+ <DEFINITION>
+  <FOR>A</FOR>
+  <TABLE>
+   0.25000000 0.75000000 
+  </TABLE>
+ </DEFINITION>
+ <DEFINITION>
+  <FOR>D</FOR>
+  <GIVEN>A</GIVEN>
+ </DEFINITION>
+ <DEFINITION>
+  <FOR>U</FOR>
+  <GIVEN>A</GIVEN>
+  <GIVEN>D</GIVEN>
+  <TABLE>
+   1.00000000 -2.00000000 0.00000000 40000.00000000 
+  </TABLE>
+ </DEFINITION>
+</NETWORK>
+</BIF>
+)");
+}
+
+// What is left out is what the format has no words for.
+TEST(XmlSpeaker, ReadsBackWhatItWrites) {
+  RandomNetworkOptions options;
+  options.nodes = 14;
+  options.diagnosis = options.costs = false;
+  NetworkCompareOptions compare;
+  compare.byTable = true;
+  compare.tolerance = 5.1e-9;  // half of the eighth decimal
+  compare.ignored = {"node.kind",     "node.target",     "node.submodel",  "submodel",
+                     "text.name",     "text.comment",    "text.documents", "text.boxes",
+                     "text.creation", "text.properties", "layout",         "setting",
+                     "diagnosis"};
+  for (std::uint64_t seed = 1; seed <= 40; seed++) {
+    SCOPED_TRACE(seed);
+    KVN_network network;
+    FillRandomNetwork(network, seed, options);
+    KVN_network copy;
+    EXPECT_THAT(ReadText(copy, "xml03", WrittenText(network, "xml03")), IsEmpty());
+    EXPECT_TRUE(NetworksEqual(network, copy, compare));
+  }
+}
+
+TEST(XmlSpeaker, SurvivesDamage) {
+  ExpectSurvivesDamage("xml03", kDiagram, {0, KVN_REFUSED, KVN_SYNTAX_ERROR});
+}
+
+// The file has the extension of another format, so the format must be named.
+TEST(XmlSpeaker, ReadsTheSharedNetworks) {
+  SKIP_WITHOUT_SHARED_NETWORKS();
+  const NetworkSize sizes[] = {
+      {"alarm", 37, 46, 509},
+      {"asia",  8,  8,  18 },
+      {"cow",   5,  4,  9  }
+  };
+  for (const NetworkSize& size : sizes) {
+    SCOPED_TRACE(size.name);
+    KVN_network network;
+    const LogWatch log;
+    const std::string path =
+        std::string(KVN_SOURCE_DIR "/../shared/networks/xmlbif/") + size.name + ".xml";
+    EXPECT_EQ(network.ReadFile(path.c_str(), KVN_FORMAT_XMLBIF), 0);
+    EXPECT_THAT(log.Texts(), IsEmpty());
+    const NetworkSize read = SizeOf(size.name, network);
+    EXPECT_EQ(read.nodes, size.nodes);
+    EXPECT_EQ(read.arcs, size.arcs);
+    EXPECT_EQ(read.freeParameters, size.freeParameters);
+  }
+}
+
+}  // namespace
