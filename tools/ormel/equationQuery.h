@@ -8,10 +8,10 @@ class Output;
 
 /// What the command line asks of an equation network.
 struct EquationQuery {
-  std::string form;             // "table", "json" or "csv"
-  int digits = -1;              // decimals; below 0: the form's own
-  bool isDiscretized = false;   // answer over intervals
-  bool hasTargets = false;      // the wanted nodes were named
+  std::string form;            // "table", "json" or "csv"
+  int digits = -1;             // decimals; below 0: the form's own
+  bool isDiscretized = false;  // answer over intervals
+  bool hasTargets = false;     // the wanted nodes were named
 };
 
 /// Updates a network whose evidence is set, and prints the answers for `targets` (handles, in

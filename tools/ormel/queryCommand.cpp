@@ -112,7 +112,8 @@ class QueryCommand : public Command {
 
   void Declare(CLI::App& app) override {
     app.add_option("FILE", file, "Network file")->required();
-    app.add_option("-e,--evidence", findings, "Observed state, by name or #index, or number; repeatable")
+    app.add_option("-e,--evidence", findings,
+                   "Observed state, by name or #index, or number; repeatable")
         ->type_name("NODE=STATE")
         ->allow_extra_args(false);
     app.add_option("--evidence-file", evidenceFile, "Lines NODE=STATE, or a JSON object")
