@@ -1,8 +1,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 #include <ostream>
 
 #include "definitions/nodeDefinition.h"
+#include "foundation/random.h"
+#include "inference/sampling/samplingQuality.h"
 #include "network/header.h"
 #include "network/network.h"
 #include "network/node.h"
@@ -21,16 +25,32 @@ namespace {
 
 constexpr const char* kEffortProperty = "KVN_CLUSTERING_EFFORT";
 
+/// How an algorithm comes by its posteriors.
+enum class Kind {
+  kExact,
+  kForward,   // samples from the thread's generator, wherever that stands
+  kAdaptive,  // samples from a generator that it seeds by itself
+  kLoopy,     // approximate, and without the mark that a value is valid
+};
+
 struct AlgorithmName {
   const char* name;
   int code;
+  Kind kind;
 };
 constexpr AlgorithmName kAlgorithms[] = {
-    {"clustering",                KVN_ALG_CLUSTERING               },
-    {"sepset-join-tree",          KVN_ALG_SEPSET_JOIN_TREE         },
-    {"polytree",                  KVN_ALG_POLYTREE                 },
-    {"relevance-decomposition",   KVN_ALG_RELEVANCE_DECOMPOSITION  },
-    {"relevance-decomposition-2", KVN_ALG_RELEVANCE_DECOMPOSITION_2},
+    {"clustering",                KVN_ALG_CLUSTERING,                Kind::kExact   },
+    {"sepset-join-tree",          KVN_ALG_SEPSET_JOIN_TREE,          Kind::kExact   },
+    {"polytree",                  KVN_ALG_POLYTREE,                  Kind::kExact   },
+    {"relevance-decomposition",   KVN_ALG_RELEVANCE_DECOMPOSITION,   Kind::kExact   },
+    {"relevance-decomposition-2", KVN_ALG_RELEVANCE_DECOMPOSITION_2, Kind::kExact   },
+    {"logic-sampling",            KVN_ALG_LOGIC_SAMPLING,            Kind::kForward },
+    {"likelihood-weighting",      KVN_ALG_LIKELIHOOD_WEIGHTING,      Kind::kForward },
+    {"self-importance",           KVN_ALG_SELF_IMPORTANCE,           Kind::kForward },
+    {"backward-sampling",         KVN_ALG_BACKWARD_SAMPLING,         Kind::kForward },
+    {"ais",                       KVN_ALG_AIS_SAMPLING,              Kind::kAdaptive},
+    {"epis",                      KVN_ALG_EPIS_SAMPLING,             Kind::kAdaptive},
+    {"loopy",                     KVN_ALG_LOOPY_PROPAGATION,         Kind::kLoopy   },
 };
 
 /// The algorithms that this build has.
@@ -44,6 +64,36 @@ std::vector<std::string> AlgorithmNames() {
   return names;
 }
 
+/// While it lives, the engine's samplers run from one seed and note how good they are.
+class SamplingScope {
+ public:
+  /// Without a seed the forward samplers go on where their generator stands, and the adaptive ones
+  /// take the clock's for all their runs: either way the answer can be had again with `Seed`.
+  SamplingScope(Kind kind, const std::optional<std::uint32_t>& wanted) {
+    if (kind == Kind::kForward) {
+      seed = wanted.value_or(KVN_simpleSamplerRandom().GetState());
+      KVN_simpleSamplerRandom().Seed(seed);
+    } else {
+      seed = wanted.value_or(NewAdaptiveSeed());
+      SetAdaptiveSeed(seed);
+    }
+    SetSamplingQuality(&quality);
+  }
+  SamplingScope(const SamplingScope&) = delete;
+  SamplingScope& operator=(const SamplingScope&) = delete;
+  ~SamplingScope() {
+    SetSamplingQuality(nullptr);
+    UseClockForAdaptiveSeed();
+  }
+
+  std::uint32_t Seed() const { return seed; }
+  const SamplingQuality& Quality() const { return quality; }
+
+ private:
+  std::uint32_t seed = 0;
+  SamplingQuality quality;
+};
+
 class QueryCommand : public Command {
  public:
   const char* Name() const override { return "query"; }
@@ -51,7 +101,8 @@ class QueryCommand : public Command {
   const char* Examples() const override {
     return "  ormel query examples/chest-clinic.kvn -e Dyspnea=yes -e VisitToAsia=yes\n"
            "  ormel query network.net -t Cause --output json --evidence-file case.json\n"
-           "  ormel query network.net --soft Sensor=0.7,0.3 --algorithm sepset-join-tree";
+           "  ormel query network.net --soft Sensor=0.7,0.3 --algorithm sepset-join-tree\n"
+           "  ormel query large.net -e Alarm=on --algorithm epis --samples 100000 --seed 1";
   }
 
   std::vector<std::string> Forms() const override { return {"table", "json", "csv"}; }
@@ -75,6 +126,9 @@ class QueryCommand : public Command {
     app.add_option("--samples", samples, "Number of samples of the sampling algorithms")
         ->check(CLI::PositiveNumber)
         ->type_name("N");
+    app.add_option("--seed", seed,
+                   "Start of the random numbers (default: the clock's for ais, epis)")
+        ->type_name("S");
     app.add_option("--digits", digits, "Decimals shown (default: 4 in the table, else all)")
         ->check(CLI::Range(0, 17))
         ->type_name("N");
@@ -126,7 +180,8 @@ class QueryCommand : public Command {
     std::vector<int> targets;
     if (int code = SetTargets(network, targets, output); code != kExitDone) return code;
     if (int code = SetEvidence(network, input, output); code != kExitDone) return code;
-    Prepare(network);
+    const Kind kind = Prepare(network);
+    const SamplingScope scope(kind, seed);
     {
       const LogCapture log;
       if (int result = network.UpdateBeliefs(); result != 0) {
@@ -136,10 +191,16 @@ class QueryCommand : public Command {
     QueryReport report;
     report.network = ToUtf8(network.Header().GetId());
     report.algorithm = algorithm;
+    report.isApproximate = kind == Kind::kLoopy;
     for (const auto& [node, state] : input.findings) report.evidence.emplace_back(node, state);
     NameStates(network, report);
     CollectPosteriors(network, targets, report);
+    if (kind == Kind::kForward || kind == Kind::kAdaptive) {
+      report.sampling = {network.GetNumberOfSamples(), scope.Seed()};
+      AddQuality(scope.Quality(), report);
+    }
     Print(report, options, output);
+    TellReservations(kind, output);
     return TellInvalid(report, output);
   }
 
@@ -159,14 +220,18 @@ class QueryCommand : public Command {
     return kExitDone;
   }
 
-  void Prepare(KVN_network& network) const {
+  Kind Prepare(KVN_network& network) const {
+    Kind kind = Kind::kExact;
     for (const AlgorithmName& row : kAlgorithms) {
-      if (algorithm == row.name) network.SetDefaultBNAlgorithm(row.code);
+      if (algorithm != row.name) continue;
+      network.SetDefaultBNAlgorithm(row.code);
+      kind = row.kind;
     }
     if (samples > 0) network.SetNumberOfSamples(samples);
     if (!documentedOrder && network.UserProperties().FindProperty(kEffortProperty) < 0) {
       (void)network.UserProperties().AddProperty(kEffortProperty, "1");
     }
+    return kind;
   }
 
   static int TellFailure(int result, const LogCapture& log, Output& output) {
@@ -196,6 +261,20 @@ class QueryCommand : public Command {
     }
   }
 
+  void TellReservations(Kind kind, Output& output) const {
+    if (kind == Kind::kLoopy) {
+      output.Say(Severity::kNote,
+                 "loopy propagation: the probabilities are approximate, and nothing tells by how "
+                 "much");
+    }
+    const bool draws = kind == Kind::kForward || kind == Kind::kAdaptive;
+    if (!draws && (samples > 0 || seed)) {
+      output.Say(Severity::kNote, algorithm +
+                                      " draws no samples: --samples and --seed have no "
+                                      "meaning here");
+    }
+  }
+
   static int TellInvalid(const QueryReport& report, Output& output) {
     if (report.invalid.empty()) return kExitDone;
     std::string list;
@@ -215,6 +294,7 @@ class QueryCommand : public Command {
   std::vector<std::string> targetNames;
   std::string algorithm = "clustering";
   int samples = 0;
+  std::optional<std::uint32_t> seed;
   int digits = -1;
   bool documentedOrder = false;
 };

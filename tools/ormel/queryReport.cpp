@@ -10,12 +10,15 @@
 #include "definitions/nodeDefinition.h"
 #include "foundation/dmatrix.h"
 #include "foundation/idArray.h"
+#include "inference/sampling/samplingQuality.h"
 #include "network/network.h"
 #include "network/node.h"
 #include "ormel/text.h"
 #include "values/nodeValue.h"
 
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 constexpr int kBarWidth = 40;
 constexpr int kDefaultTableDigits = 4;
@@ -32,11 +35,32 @@ double Rounded(double value, int digits) {
   return digits < 0 ? value : std::strtod(Fixed(value, digits).c_str(), nullptr);
 }
 
+/// Nothing for what wasn't sampled.
+std::string DescribeShare(const QueryReport::Node& node) {
+  if (node.standardErrors.empty() || node.observed >= 0) return "";
+  return "  (" + Fixed(100.0 * node.effectiveShare, 1) + " % of the samples counted)";
+}
+
+std::string DescribeError(const QueryReport::Node& node, std::size_t state, int decimals) {
+  if (node.standardErrors.empty() || node.observed >= 0) return "";
+  const double error = node.standardErrors[state];
+  return " +/- " + (std::isnan(error) ? "unknown" : Fixed(error, decimals));
+}
+
 std::string CsvField(const std::string& text) {
   if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
   std::string quoted = "\"";
   for (char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
   return quoted + "\"";
+}
+
+/// A number that is none becomes null in the output.
+Json ByState(const QueryReport::Node& node, const std::vector<double>& numbers, int digits) {
+  Json states = Json::object();
+  for (std::size_t k = 0; k < node.states.size(); k++) {
+    states[node.states[k]] = Rounded(numbers[k], digits);
+  }
+  return states;
 }
 
 }  // namespace
@@ -47,12 +71,14 @@ void CollectPosteriors(KVN_network& network, const std::vector<int>& targets, Qu
     KVN_Dmatrix* matrix = nullptr;
     KVN_nodeValue* const value = node.Value();
     const KVN_idArray* const names = node.Definition()->GetOutcomesNames();
-    if (value == nullptr || !value->IsValueValid() || value->GetValue(matrix) != 0 ||
-        names == nullptr || matrix->GetSize() != names->GetNumItems()) {
+    if (value == nullptr || !(value->IsValueValid() || report.isApproximate) ||
+        value->GetValue(matrix) != 0 || names == nullptr ||
+        matrix->GetSize() != names->GetNumItems()) {
       report.invalid.push_back(ToUtf8(node.GetId()));
       continue;
     }
     QueryReport::Node made;
+    made.handle = handle;
     made.id = ToUtf8(node.GetId());
     made.observed = value->HasEvidence() ? value->GetEvidence() : -1;
     for (int k = 0; k < names->GetNumItems(); k++) {
@@ -60,6 +86,16 @@ void CollectPosteriors(KVN_network& network, const std::vector<int>& targets, Qu
       made.posterior.push_back((*matrix)[k]);
     }
     report.nodes.push_back(made);
+  }
+}
+
+void AddQuality(const SamplingQuality& quality, QueryReport& report) {
+  for (QueryReport::Node& node : report.nodes) {
+    const double* const errors = quality.GetStandardErrors(node.handle);
+    node.effectiveShare = quality.GetEffectiveShare(node.handle);
+    for (std::size_t k = 0; k < node.states.size(); k++) {
+      node.standardErrors.push_back(errors == nullptr ? 0.0 : errors[k]);
+    }
   }
 }
 
@@ -71,47 +107,64 @@ void PrintQueryTable(const QueryReport& report, int digits, bool colour, std::os
   const int decimals = digits < 0 ? kDefaultTableDigits : digits;
   for (const QueryReport::Node& node : report.nodes) {
     stream << (colour ? kBold : "") << ToPrintable(node.id.c_str()) << (colour ? kPlain : "")
-           << (node.observed >= 0 ? "  (observed)" : "") << '\n';
+           << (node.observed >= 0     ? "  (observed)"
+               : report.isApproximate ? "  (approximate)"
+                                      : "")
+           << DescribeShare(node) << '\n';
     for (std::size_t k = 0; k < node.states.size(); k++) {
       const double p = node.posterior[k];
       const long filled = p > 0.0 && p <= 1.0 ? std::lround(p * kBarWidth) : 0;
       const std::string bar(static_cast<std::size_t>(filled), '#');
       stream << "  " << std::left << std::setw(static_cast<int>(width) + 2)
              << ToPrintable(node.states[k].c_str()) << Fixed(p, decimals)
-             << (bar.empty() ? "" : "  ") << bar << '\n';
+             << DescribeError(node, k, decimals) << (bar.empty() ? "" : "  ") << bar << '\n';
     }
   }
 }
 
 void PrintQueryJson(const QueryReport& report, int digits, std::ostream& stream) {
-  using Json = nlohmann::ordered_json;
   Json evidence = Json::object();
   for (const auto& [node, state] : report.evidence) evidence[node] = state;
   Json posteriors = Json::object();
+  Json errors = Json::object();
+  Json shares = Json::object();
   for (const QueryReport::Node& node : report.nodes) {
-    Json states = Json::object();
-    for (std::size_t k = 0; k < node.states.size(); k++) {
-      states[node.states[k]] = Rounded(node.posterior[k], digits);
-    }
-    posteriors[node.id] = states;
+    posteriors[node.id] = ByState(node, node.posterior, digits);
+    if (!report.sampling) continue;
+    errors[node.id] = ByState(node, node.standardErrors, digits);
+    shares[node.id] = Rounded(node.effectiveShare, digits);
   }
-  const Json answer = {
-      {"network",    report.network  },
-      {"algorithm",  report.algorithm},
-      {"evidence",   evidence        },
-      {"posteriors", posteriors      },
-      {"invalid",    report.invalid  },
+  Json answer = {
+      {"network",   report.network  },
+      {"algorithm", report.algorithm},
   };
+  if (report.sampling) {
+    answer["samples"] = report.sampling->samples;
+    answer["seed"] = report.sampling->seed;
+  }
+  if (report.isApproximate) answer["approximate"] = true;
+  answer["evidence"] = evidence;
+  answer["posteriors"] = posteriors;
+  if (report.sampling) {
+    answer["standardErrors"] = errors;
+    answer["effectiveShares"] = shares;
+  }
+  answer["invalid"] = report.invalid;
   stream << answer.dump(2) << '\n';
 }
 
 void PrintQueryCsv(const QueryReport& report, int digits, std::ostream& stream) {
-  stream << "node,state,probability\n";
+  stream << "node,state,probability" << (report.sampling ? ",standard_error,effective_share" : "")
+         << '\n';
   for (const QueryReport::Node& node : report.nodes) {
     for (std::size_t k = 0; k < node.states.size(); k++) {
-      const nlohmann::json number = Rounded(node.posterior[k], digits);
-      stream << CsvField(node.id) << ',' << CsvField(node.states[k]) << ',' << number.dump()
-             << '\n';
+      stream << CsvField(node.id) << ',' << CsvField(node.states[k]) << ','
+             << Json(Rounded(node.posterior[k], digits)).dump();
+      if (report.sampling) {
+        stream << ',' << Json(Rounded(node.standardErrors[k], digits)).dump() << ','
+               << Json(Rounded(node.effectiveShare, digits)).dump();
+      }
+      stream << '\n';
     }
   }
 }

@@ -133,7 +133,7 @@ TEST(Samplers, NeedNoStackForALongChain) {
     int above = AddCpt(network, nullptr, 2, {}, {0.5, 0.5});
     const int first = above;
     for (int i = 1; i < kNodes; i++) {
-      above = AddCpt(network, nullptr, 2, {above}, {0.9, 0.1, 0.2, 0.8});
+      above = AddCpt(network, ("N" + std::to_string(i)).c_str(), 2, {above}, {0.9, 0.1, 0.2, 0.8});
     }
     ASSERT_EQ(network.ValueOf(above)->SetEvidence(0), 0);
     for (int code : {KVN_ALG_LOGIC_SAMPLING, KVN_ALG_LIKELIHOOD_WEIGHTING,

@@ -83,6 +83,76 @@ TEST(QueryCommand, ShowsTheSameInEachForm) {
             std::string::npos);
 }
 
+struct SamplerCase {
+  const char* name;
+  bool isUnbiased;
+};
+const SamplerCase kSamplerCases[] = {
+    {"logic-sampling",       true },
+    {"likelihood-weighting", true },
+    {"self-importance",      false},
+    {"backward-sampling",    true },
+    {"ais",                  true },
+    {"epis",                 true },
+};
+
+// The error is estimated from 20 batches: 7.07 of them are exceeded once in a million times.
+TEST(QueryCommand, SamplesFromASeedAndTellsTheError) {
+  for (const SamplerCase& c : kSamplerCases) {
+    SCOPED_TRACE(c.name);
+    std::vector<std::string> arguments = {
+        "--algorithm", c.name, "--samples", "20000", "--output",    "json",   "-t",
+        "LungCancer",  "-t",   "Dyspnea",   "-e",    "Dyspnea=yes", "--seed", "0"};
+    const ToolRun run = Query(arguments);
+    ASSERT_EQ(run.code, kExitDone) << run.messages;
+    const nlohmann::json answer = nlohmann::json::parse(run.data);
+    EXPECT_EQ(answer["samples"], 20000);
+    EXPECT_EQ(answer["seed"], 0);
+    const double error = answer["standardErrors"]["LungCancer"]["yes"].get<double>();
+    EXPECT_GT(error, 0.0);
+    EXPECT_EQ(answer["standardErrors"]["Dyspnea"]["yes"], 0.0) << "an observed node has none";
+    const double share = answer["effectiveShares"]["LungCancer"].get<double>();
+    EXPECT_TRUE(share > 0.05 && share <= 1.0) << share;
+    // P(LungCancer | Dyspnea) by enumeration.
+    const double posterior = answer["posteriors"]["LungCancer"]["yes"].get<double>();
+    if (c.isUnbiased) {
+      EXPECT_NEAR(posterior, 0.10275922, 7.07 * error);
+    }
+
+    EXPECT_EQ(Query(arguments).data, run.data) << "the same seed, the same answer";
+    arguments.back() = "1";
+    EXPECT_NE(Query(arguments).data, run.data);
+    arguments.resize(arguments.size() - 2);
+    EXPECT_TRUE(nlohmann::json::parse(Query(arguments).data).contains("seed")) << "one it chose";
+  }
+}
+
+TEST(QueryCommand, ShowsTheErrorsInEachForm) {
+  const std::vector<std::string> query = {
+      "--algorithm", "logic-sampling", "--samples", "400", "--seed", "1", "-t", "Smoking"};
+  auto with = [&](std::vector<std::string> more) {
+    more.insert(more.end(), query.begin(), query.end());
+    return Query(more).data;
+  };
+  EXPECT_EQ(with({"--output", "csv"}).find("node,state,probability,standard_error,effective_share"),
+            0u);
+  EXPECT_NE(with({}).find(" +/- 0.0"), std::string::npos);
+  EXPECT_NE(with({}).find("100.0 % of the samples counted"), std::string::npos);
+}
+
+TEST(QueryCommand, PrintsLoopyBeliefsAsApproximate) {
+  const ToolRun run = Query({"--algorithm", "loopy", "-t", "Smoking", "--output", "json"});
+  EXPECT_EQ(run.code, kExitDone);
+  EXPECT_NE(run.messages.find("approximate"), std::string::npos);
+  const nlohmann::json answer = nlohmann::json::parse(run.data);
+  EXPECT_EQ(answer["approximate"], true);
+  EXPECT_TRUE(answer["invalid"].empty());
+  EXPECT_FALSE(answer.contains("samples"));
+  EXPECT_NEAR(answer["posteriors"]["Smoking"]["yes"].get<double>(), 0.5, 1e-12);
+  EXPECT_NE(Query({"--algorithm", "loopy", "-t", "Smoking"}).data.find("(approximate)"),
+            std::string::npos);
+}
+
 TEST(QueryCommand, ReadsEvidenceFiles) {
   const ScratchFolder folder;
   const struct {
@@ -126,6 +196,8 @@ const RefusalCase kRefusalCases[] = {
     {"too few",          {"--soft", "Smoking=0.5"},               kExitBadUsage, "2 states"                             },
     {"nothing possible", {"--soft", "Smoking=0,0"},               kExitBadUsage, "not all 0"                            },
     {"negative",         {"--soft", "Smoking=-1,2"},              kExitBadUsage, "0 or more"                            },
+    {"no seed",          {"--seed", "-1"},                        kExitBadUsage, "--seed"                               },
+    {"no samples",       {"--samples", "0"},                      kExitBadUsage, "--samples"                            },
     {"no algorithm",     {"--algorithm", "guess"},                kExitBadUsage, "guess"                                },
     {"conflict",
      {"-e", "Tuberculosis=yes", "-e", "TuberculosisOrCancer=no"},
