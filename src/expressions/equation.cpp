@@ -156,7 +156,8 @@ int KVN_equation::SetDiscIntervals(const std::vector<KVN_discInterval>& list) {
   const KVN_idArray rule;
   std::unordered_set<std::string> ids;
   for (const KVN_discInterval& interval : list) {
-    if (!rule.IsThisIdentifierValid(interval.id.c_str()) || !ids.insert(interval.id).second) return KVN_ILLEGAL_ID;
+    if (!rule.IsThisIdentifierValid(interval.id.c_str()) || !ids.insert(interval.id).second)
+      return KVN_ILLEGAL_ID;
   }
   for (std::size_t i = 1; i + 1 < count; ++i) {
     if (!(list[i - 1].upper < list[i].upper)) return KVN_LENGTH_MISMATCH;

@@ -165,8 +165,9 @@ int KVN_equation::Discretize(unsigned seed, std::vector<std::vector<float>>* sam
   for (int start = 0; start < table->GetSize(); start += ownCount) {
     if (int result = table->CoordinatesOf(start, coordinates); result < 0) return result;
     sampler.SetRow(coordinates);
-    std::vector<float>* accepted =
-        samplesOut != nullptr ? &(*samplesOut)[static_cast<std::size_t>(start / ownCount)] : nullptr;
+    std::vector<float>* accepted = samplesOut != nullptr
+                                       ? &(*samplesOut)[static_cast<std::size_t>(start / ownCount)]
+                                       : nullptr;
     sampler.Fill(table->GetData() + start, network->GetDiscSamples(),
                  network->GetDiscAvoidZero() != 0, accepted);
   }

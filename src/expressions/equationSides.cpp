@@ -41,8 +41,7 @@ bool SimplifyOnce(Tree& tree) {
 void Negate(Tree& tree) { tree = Join<KVN_operatorMinus>(NewConstant(0.0), std::move(tree)); }
 
 bool IsVariable(const KVN_expression& node, const std::string& name) {
-  return node.GetKind() == KVN_KIND_VARIABLE &&
-         static_cast<const KVN_variable&>(node).name == name;
+  return node.GetKind() == KVN_KIND_VARIABLE && static_cast<const KVN_variable&>(node).name == name;
 }
 
 /// Levels of the sum down its left side, which is where AppendTerm makes it grow.
@@ -83,7 +82,9 @@ class GenericValues : private KVN_variableVisitor {
     }
     // Multiples of the golden ratio, taken modulo 1, are spread evenly and never repeat.
     const double next = fraction + 0.6180339887498949;
-    const auto [entry, isNew] = values.insert({variable.name, {variable.value, 1.0 + next}});
+    const auto [entry, isNew] = values.insert({
+        variable.name, {variable.value, 1.0 + next}
+    });
     if (isNew) fraction = next >= 1.0 ? next - 1.0 : next;
     variable.value = entry->second.generic;
   }

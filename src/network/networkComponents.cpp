@@ -27,7 +27,8 @@ int KVN_network::DeclareComponent(const KVN_intArray& handles) {
   }
   for (int i = 0; i < count; i++) {
     CoupledEquationOf(*this, handles[i])->SetSccVariables(names);
-    (void)NotifyChange(handles[i], KVN_CHANGE_DEFINITION);  // the set stands, whatever an update says
+    (void)NotifyChange(handles[i],
+                       KVN_CHANGE_DEFINITION);  // the set stands, whatever an update says
   }
   return KVN_SUCCESS;
 }

@@ -114,7 +114,8 @@ void KVN_valEqEvaluation::SetWeightedSamples(const std::vector<KVN_weightedSampl
 }
 
 int KVN_valEqEvaluation::SetDiscretized(const std::vector<double>& probabilities) {
-  const KVN_nodeDefinition* definition = network != nullptr ? network->DefinitionOf(handle) : nullptr;
+  const KVN_nodeDefinition* definition =
+      network != nullptr ? network->DefinitionOf(handle) : nullptr;
   if (definition == nullptr || definition->GetType() != KVN_TYPE_EQUATION) {
     return KVN_NOT_APPLICABLE;
   }

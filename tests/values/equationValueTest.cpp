@@ -139,7 +139,10 @@ TEST(ValEqEvaluation, WeightedSamplesAreTakenWithTheirWeights) {
 TEST(ValEqEvaluation, CopiesKeepEvidenceAndResults) {
   EquationValue v;
   v.value.SetKeepSamples(false);
-  v.value.SetWeightedSamples({{1, 1}, {5, 3}});
+  v.value.SetWeightedSamples({
+      {1, 1},
+      {5, 3}
+  });
   ASSERT_EQ(v.value.SetEvidence(8.0), 0);
   std::unique_ptr<KVN_nodeValue> copy(CloneValue(v.value));
   ASSERT_NE(copy, nullptr);

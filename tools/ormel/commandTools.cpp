@@ -87,3 +87,11 @@ void SayDiagnostics(const NetworkFile& file, Output& output) {
                    DescribeDiagnostic(file.name, diagnostic, output.colourMessages));
   }
 }
+
+int TellUpdateFailure(int result, const LogCapture& log, Output& output) {
+  std::string text;
+  for (const Diagnostic& message : log.Messages()) text += message.text + "; ";
+  output.Say(Severity::kError,
+             "the update failed: " + ToPrintable(text.c_str()) + "code " + DescribeResult(result));
+  return ExitCodeOfResult(result);
+}

@@ -22,6 +22,9 @@ int OpenNetwork(const std::string& fileName, int format, Depth depth, NetworkFil
 /// a table would be too large, else kExitBadFile.
 int ExitCodeOfFile(const NetworkFile& file);
 
+/// Tells that the engine's update failed, in the engine's words; the exit code for `result`.
+int TellUpdateFailure(int result, const LogCapture& log, Output& output);
+
 /// One line "NAME:LINE: WORD: TEXT".
 std::string DescribeDiagnostic(const std::string& fileName, const Diagnostic& diagnostic,
                                bool colour);

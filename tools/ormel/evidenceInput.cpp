@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <numeric>
@@ -125,11 +126,27 @@ int TellRefusedEvidence(const KVN_node& node, int result, const LogCapture& log,
   return isContradiction ? kExitImpossible : ExitCodeOfResult(result);
 }
 
+/// An index of a JSON file comes as "#3": for a number it is one like any other.
+int SetNumber(const KVN_node& node, const std::string& text, Output& output) {
+  double number = 0.0;
+  if (!ParseNumber(text[0] == '#' ? text.substr(1) : text, number) || !std::isfinite(number)) {
+    output.Say(Severity::kError, std::string("node [") + ToPrintable(node.GetId()) +
+                                     "] takes a number, not '" + ToPrintable(text.c_str()) + "'");
+    return kExitBadUsage;
+  }
+  const LogCapture log;
+  const int result = node.Value()->SetEvidence(number);
+  return result == 0 ? kExitDone : TellRefusedEvidence(node, result, log, output);
+}
+
 int SetFinding(KVN_network& network, const std::string& id, const std::string& state,
                Output& output) {
   const int handle = FindNodeOrTell(network, id, output);
   if (handle < 0) return kExitBadUsage;
   const KVN_node& node = *network.GetNode(handle);
+  if (node.Value() != nullptr && node.Value()->GetType() == KVN_VALUE_EQUATION) {
+    return SetNumber(node, state, output);
+  }
   if (node.Definition()->GetNumberOfOutcomes() < 1) {
     output.Say(Severity::kError, "node [" + id + "] has no states to observe");
     return kExitBadUsage;
@@ -204,8 +221,10 @@ int ReadEvidenceJson(const std::string& fileName, const std::string& text, Evide
       input.findings.emplace_back(node, state.get<std::string>());
     } else if (state.is_number_integer()) {
       input.findings.emplace_back(node, "#" + state.dump());
+    } else if (state.is_number()) {
+      input.findings.emplace_back(node, state.dump());
     } else {
-      return TellBadLine(fileName, 1, "the state of '" + node + "' must be a text or an index",
+      return TellBadLine(fileName, 1, "the state of '" + node + "' must be a text or a number",
                          output);
     }
   }

@@ -9,7 +9,8 @@ class Output;
 
 /// Evidence as the command line and evidence files give it.
 struct EvidenceInput {
-  std::vector<std::pair<std::string, std::string>> findings;             // node, state or "#index"
+  /// Node, and a state by name or "#index", or a number for a continuous node.
+  std::vector<std::pair<std::string, std::string>> findings;
   std::vector<std::pair<std::string, std::vector<double>>> likelihoods;  // node, one per state
 };
 
@@ -19,7 +20,8 @@ int ParseFinding(const std::string& text, EvidenceInput& input, Output& output);
 int ParseLikelihood(const std::string& text, EvidenceInput& input, Output& output);
 
 /// Reads a file of lines "NODE=STATE" (blank lines and lines that start with "#" are skipped) or a
-/// JSON object {"NODE": "STATE" or index}. kExitBadFile, told with the line, for anything else.
+/// JSON object {"NODE": "STATE", index or number}. kExitBadFile, told with the line, for anything
+/// else.
 int ReadEvidenceFile(const std::string& fileName, EvidenceInput& input, Output& output);
 
 /// Handle of a node by its identifier; below 0 after telling which nodes there are and which one is

@@ -14,6 +14,8 @@
 #include "network/userProperties.h"
 #include "ormel/command.h"
 #include "ormel/commandTools.h"
+#include "ormel/equationQuery.h"
+#include "ormel/equationReport.h"
 #include "ormel/evidenceInput.h"
 #include "ormel/exitCodes.h"
 #include "ormel/output.h"
@@ -102,14 +104,16 @@ class QueryCommand : public Command {
     return "  ormel query examples/chest-clinic.kvn -e Dyspnea=yes -e VisitToAsia=yes\n"
            "  ormel query network.net -t Cause --output json --evidence-file case.json\n"
            "  ormel query network.net --soft Sensor=0.7,0.3 --algorithm sepset-join-tree\n"
-           "  ormel query large.net -e Alarm=on --algorithm epis --samples 100000 --seed 1";
+           "  ormel query large.net -e Alarm=on --algorithm epis --samples 100000 --seed 1\n"
+           "  ormel query examples/cooling-tank.xkvn -e Load=3.2 --samples 10000";
   }
 
   std::vector<std::string> Forms() const override { return {"table", "json", "csv"}; }
 
   void Declare(CLI::App& app) override {
     app.add_option("FILE", file, "Network file")->required();
-    app.add_option("-e,--evidence", findings, "Observed state, by name or #index; repeatable")
+    app.add_option("-e,--evidence", findings,
+                   "Observed state, by name or #index, or number; repeatable")
         ->type_name("NODE=STATE")
         ->allow_extra_args(false);
     app.add_option("--evidence-file", evidenceFile, "Lines NODE=STATE, or a JSON object")
@@ -132,6 +136,7 @@ class QueryCommand : public Command {
     app.add_option("--digits", digits, "Decimals shown (default: 4 in the table, else all)")
         ->check(CLI::Range(0, 17))
         ->type_name("N");
+    app.add_flag("--discretize", discretize, "Answer an equation network over its intervals");
     app.add_flag("--documented-order", documentedOrder,
                  "Eliminate by lowest weight alone, without pruning of states");
   }
@@ -182,10 +187,19 @@ class QueryCommand : public Command {
     if (int code = SetEvidence(network, input, output); code != kExitDone) return code;
     const Kind kind = Prepare(network);
     const SamplingScope scope(kind, seed);
+    if (HasEquations(network)) {
+      if (seed) KVN_functionRandom().Seed(*seed);
+      const EquationQuery query{options.output, digits, discretize, !targetNames.empty()};
+      return AnswerEquations(network, targets, query, output);
+    }
+    if (discretize) {
+      output.Say(Severity::kError, "--discretize: the network has no equation nodes");
+      return kExitBadUsage;
+    }
     {
       const LogCapture log;
       if (int result = network.UpdateBeliefs(); result != 0) {
-        return TellFailure(result, log, output);
+        return TellUpdateFailure(result, log, output);
       }
     }
     QueryReport report;
@@ -232,14 +246,6 @@ class QueryCommand : public Command {
       (void)network.UserProperties().AddProperty(kEffortProperty, "1");
     }
     return kind;
-  }
-
-  static int TellFailure(int result, const LogCapture& log, Output& output) {
-    std::string text;
-    for (const Diagnostic& message : log.Messages()) text += message.text + "; ";
-    output.Say(Severity::kError, "the update failed: " + ToPrintable(text.c_str()) + "code " +
-                                     DescribeResult(result));
-    return ExitCodeOfResult(result);
   }
 
   /// Evidence by "#index" is shown by the state's name.
@@ -296,6 +302,7 @@ class QueryCommand : public Command {
   int samples = 0;
   std::optional<std::uint32_t> seed;
   int digits = -1;
+  bool discretize = false;
   bool documentedOrder = false;
 };
 

@@ -13,6 +13,7 @@
 #include "inference/sampling/samplingQuality.h"
 #include "network/network.h"
 #include "network/node.h"
+#include "ormel/reportText.h"
 #include "ormel/text.h"
 #include "values/nodeValue.h"
 
@@ -20,20 +21,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kBarWidth = 40;
 constexpr int kDefaultTableDigits = 4;
-constexpr const char* kBold = "\x1b[1m";
-constexpr const char* kPlain = "\x1b[0m";
-
-std::string Fixed(double value, int digits) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(digits) << value;
-  return text.str();
-}
-
-double Rounded(double value, int digits) {
-  return digits < 0 ? value : std::strtod(Fixed(value, digits).c_str(), nullptr);
-}
 
 /// Nothing for what wasn't sampled.
 std::string DescribeShare(const QueryReport::Node& node) {
@@ -45,13 +33,6 @@ std::string DescribeError(const QueryReport::Node& node, std::size_t state, int 
   if (node.standardErrors.empty() || node.observed >= 0) return "";
   const double error = node.standardErrors[state];
   return " +/- " + (std::isnan(error) ? "unknown" : Fixed(error, decimals));
-}
-
-std::string CsvField(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-  return quoted + "\"";
 }
 
 /// A number that is none becomes null in the output.
@@ -106,15 +87,14 @@ void PrintQueryTable(const QueryReport& report, int digits, bool colour, std::os
   }
   const int decimals = digits < 0 ? kDefaultTableDigits : digits;
   for (const QueryReport::Node& node : report.nodes) {
-    stream << (colour ? kBold : "") << ToPrintable(node.id.c_str()) << (colour ? kPlain : "")
-           << (node.observed >= 0     ? "  (observed)"
+    PrintNodeName(node.id, colour, stream);
+    stream << (node.observed >= 0     ? "  (observed)"
                : report.isApproximate ? "  (approximate)"
                                       : "")
            << DescribeShare(node) << '\n';
     for (std::size_t k = 0; k < node.states.size(); k++) {
       const double p = node.posterior[k];
-      const long filled = p > 0.0 && p <= 1.0 ? std::lround(p * kBarWidth) : 0;
-      const std::string bar(static_cast<std::size_t>(filled), '#');
+      const std::string bar = BarOf(p);
       stream << "  " << std::left << std::setw(static_cast<int>(width) + 2)
              << ToPrintable(node.states[k].c_str()) << Fixed(p, decimals)
              << DescribeError(node, k, decimals) << (bar.empty() ? "" : "  ") << bar << '\n';

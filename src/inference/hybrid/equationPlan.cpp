@@ -18,9 +18,7 @@ namespace {
 
 // Both texts are misspelt as users know them.
 int TellComponentFailure() { return LogError(KVN_REFUSED, "Faile in computing SCC."); }
-int TellSystemFailure() {
-  return LogError(KVN_REFUSED, "Faile in solving nonlinear quations.");
-}
+int TellSystemFailure() { return LogError(KVN_REFUSED, "Faile in solving nonlinear quations."); }
 
 }  // namespace
 

@@ -37,9 +37,9 @@ class EquationPlan {
 
  private:
   struct Step {
-    int handle = -1;                           // of the node, where it has a formula of its own
-    std::unique_ptr<KVN_expression> formula;   // null: a system
-    KVN_variableBinding binding;               // by handle
+    int handle = -1;                          // of the node, where it has a formula of its own
+    std::unique_ptr<KVN_expression> formula;  // null: a system
+    KVN_variableBinding binding;              // by handle
     std::unique_ptr<EquationSystem> system;
   };
   struct Unit;

@@ -15,8 +15,7 @@ constexpr double kProportionalAbove = 1.0;
 /// NaN is the same as NaN here, whatever its bits: nothing computed from it can tell.
 bool AreSame(const std::vector<double>& a, const std::vector<double>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), [](double left, double right) {
-    return std::memcmp(&left, &right, sizeof left) == 0 ||
-           (std::isnan(left) && std::isnan(right));
+    return std::memcmp(&left, &right, sizeof left) == 0 || (std::isnan(left) && std::isnan(right));
   });
 }
 

@@ -52,12 +52,10 @@ TEST(Newton, SolvesOneEquation) {
     double start, root;
     int iterations;  // -1: any
   } cases[] = {
-      {"linear, then a round without change", [](double x) { return 0.5 * x + 1 - x; }, 0, 2,    2 },
-      {"square root",                         [](double x) { return x * x - 2; },       1, M_SQRT2,
-       -1                                                                                          },
-      {"above 1 the step grows with x",       [](double x) { return x - 1e12; },        5e11, 1e12,
-       -1                                                                                          },
-      {"flat: x stays",                       [](double) { return 1.0; },               3, 3,    1 },
+      {"linear, then a round without change", [](double x) { return 0.5 * x + 1 - x; }, 0,    2,       2 },
+      {"square root",                         [](double x) { return x * x - 2; },       1,    M_SQRT2, -1},
+      {"above 1 the step grows with x",       [](double x) { return x - 1e12; },        5e11, 1e12,    -1},
+      {"flat: x stays",                       [](double) { return 1.0; },               3,    3,       1 },
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -76,7 +74,12 @@ TEST(Newton, StepIsProportionalOnlyAboveOne) {
   const struct {
     double x, step;
   } cases[] = {
-      {1000.0, 0.001}, {-1000.0, 1e-6}, {1.0, 1e-6}, {0.0, 1e-6}, {2.0, 2e-6}};
+      {1000.0,  0.001},
+      {-1000.0, 1e-6 },
+      {1.0,     1e-6 },
+      {0.0,     1e-6 },
+      {2.0,     2e-6 }
+  };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.x);
     double largest = -std::numeric_limits<double>::infinity();
@@ -107,7 +110,10 @@ TEST(Newton, SolvesSystems) {
 // A power of two as slope and step keeps the arithmetic exact, so that the first change is `root`
 // bit for bit.
 TEST(Newton, ChangeMustBeBelowTheLimit) {
-  for (const auto& [root, rounds] : {std::pair{0.0001, 2}, {std::nextafter(0.0001, 0.0), 1}}) {
+  for (const auto& [root, rounds] : {
+           std::pair{0.0001, 2},
+           { std::nextafter(0.0001,  0.0), 1}
+  }) {
     SCOPED_TRACE(rounds);
     FunctionSystem system([r = root](const Vector& x, Vector& out) {
       out[0] = std::ldexp(x[0], 60) - std::ldexp(r, 60);

@@ -1,0 +1,133 @@
+// Equation nodes in XML files: read, answered, written and read again.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include "foundation/random.h"
+#include "foundation/resultCodes.h"
+#include "tests/support/equationBuilder.h"
+#include "tests/support/logWatch.h"
+#include "tests/support/scratchFolder.h"
+
+namespace {
+
+struct Loaded {
+  ScratchFolder folder;
+  KVN_network network;
+  LogWatch log;
+  int result;
+
+  explicit Loaded(const std::string& nodes) {
+    folder.Write("in.xkvn",
+                 "<?xml version='1.0'?><ormel version='1.0' id='N' numsamples='200'>"
+                 "<nodes>" +
+                     nodes + "</nodes></ormel>");
+    result = network.ReadFile(folder.Path("in.xkvn").c_str());
+  }
+  std::string LastMessage() const { return log.Texts().empty() ? "" : log.Texts().back(); }
+};
+
+std::string EquationElement(const std::string& id, const std::string& text,
+                            const std::string& more = "", const std::string& range = "") {
+  return "<equation id='" + id + "'><definition" + range + ">" + text + "</definition>" + more +
+         "</equation>";
+}
+
+const char* const kIntervals =
+    "<discretization><interval id='low' upper='2'/><interval id='high' upper='7'/>"
+    "</discretization>";
+
+/// Text of all means, with all digits.
+std::string AnswerOf(KVN_network& network) {
+  ResetGenerators();
+  EXPECT_EQ(network.UpdateBeliefs(), 0);
+  std::string text;
+  for (int handle = network.GetFirstNode(); handle >= 0; handle = network.GetNextNode(handle)) {
+    const KVN_valEqEvaluation& value = EquationValueOf(network, handle);
+    EXPECT_TRUE(value.IsValueValid());
+    char number[64];
+    std::snprintf(number, sizeof number, "%.17g %.17g ", value.GetMean(), value.GetDeviation());
+    text += number;
+    for (double p : value.GetDiscretized()) text += std::to_string(p) + " ";
+  }
+  return text;
+}
+
+}  // namespace
+
+TEST(EquationXml, ReadsRangeFormulaAndIntervals) {
+  Loaded net(EquationElement("a", " a = 3\n") +
+             EquationElement("y", "y = a &lt; 4", kIntervals, " lower='0' upper='5.5'"));
+  ASSERT_EQ(net.result, 0);
+  const int y = net.network.FindNode("y");
+  const KVN_equation& node = EquationNode(net.network, y);
+  EXPECT_EQ(TextOf(net.network, y), "y=a<4") << "the comparison binds tighter than the sign";
+  EXPECT_EQ(net.network.GetNumberOfParents(y), 1) << "the formula makes the arcs";
+  EXPECT_EQ(node.GetLowerBound(), 0.0);
+  ASSERT_EQ(node.GetDiscIntervals().size(), 2u);
+  EXPECT_EQ(node.GetDiscIntervals()[0].id, "low");
+  EXPECT_EQ(node.GetDiscIntervals()[1].upper, 5.5);
+  EXPECT_EQ(EquationNode(net.network, net.network.FindNode("a")).GetUpperBound(), 1.0);
+}
+
+TEST(EquationXml, RefusedContentEndsTheLoadWithTheReason) {
+  const struct {
+    std::string nodes;
+    const char* message;
+  } cases[] = {
+      {EquationElement("y",                                "y = 1 +"),             "SetEquation failed: 'Factor expected'"},
+      {EquationElement("y",                                                  ""),                                                      "SetEquation failed: 'Equation cannot be empty.'"},
+      {EquationElement("y", "y"),"SetEquation failed: 'Toplevel '=' sign missing in equation'"},
+      {EquationElement("y",                                              "y = z"),                                      "SetEquation failed: 'Unknown node identifier: z'"},
+      {EquationElement("y",                                "y = 1", kIntervals), "SetDiscIntervals failed: ''"},
+      {EquationElement("y",                                                  "y = 1",                                                      "", " lower='x'"),
+       "Floating point value expected for attribute 'lower'"},
+      {"<equation id='y'/>",                                       "Required element 'definition' not present in element 'equation'"                               },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.nodes);
+    const Loaded net(c.nodes);
+    EXPECT_EQ(net.result, KVN_FILE_IO);
+    EXPECT_NE(net.LastMessage().find(c.message), std::string::npos) << net.LastMessage();
+  }
+}
+
+TEST(EquationXml, WrittenAndReadAgainItAnswersTheSame) {
+  Loaded net(EquationElement("a", "a = Normal(1, 2)") +
+             EquationElement("b", "b = Uniform(0, 4)", kIntervals, " lower='0' upper='4'") +
+             EquationElement("y", "2*y - (a &lt;= b ? a : -b) = Max(a, 1e-9)^2"));
+  ASSERT_EQ(net.result, 0);
+  ASSERT_EQ(net.network.WriteFile(net.folder.Path("out.xkvn").c_str()), 0);
+  KVN_network again;
+  ASSERT_EQ(again.ReadFile(net.folder.Path("out.xkvn").c_str()), 0);
+  for (int discretized : {0, 1}) {
+    SCOPED_TRACE(discretized);
+    if (discretized == 1) {
+      for (KVN_network* network : {&net.network, &again}) {
+        for (const char* id : {"a", "y"}) Discretise(*network, network->FindNode(id), -9, {0, 9});
+        network->SetEquationDiscretized(1);
+      }
+    }
+    EXPECT_EQ(AnswerOf(again), AnswerOf(net.network));
+  }
+  ASSERT_EQ(again.WriteFile(net.folder.Path("again.xkvn").c_str()), 0);
+  KVN_network third;
+  ASSERT_EQ(third.ReadFile(net.folder.Path("again.xkvn").c_str()), 0);
+  EXPECT_EQ(TextOf(third, third.FindNode("y")), TextOf(net.network, net.network.FindNode("y")));
+}
+
+TEST(EquationXml, WritesOnlyWhatIsNotUsual) {
+  Loaded net(EquationElement("a", "a = 0.1234567891") +
+             EquationElement("y", "y = a", kIntervals, " lower='0' upper='5.25'"));
+  ASSERT_EQ(net.result, 0);
+  ASSERT_EQ(net.network.WriteFile(net.folder.Path("out.xkvn").c_str()), 0);
+  const std::string text = net.folder.Read("out.xkvn");
+  // A constant keeps six digits, a range all of them.
+  EXPECT_NE(text.find("<definition>a=0.123457</definition>"), std::string::npos) << text;
+  EXPECT_NE(text.find("<parents>a</parents>"), std::string::npos);
+  EXPECT_NE(text.find("<definition lower=\"0\" upper=\"5.25\">y=a</definition>"),
+            std::string::npos);
+  EXPECT_NE(text.find("<interval id=\"high\" upper=\"5.25\" />"), std::string::npos) << text;
+}

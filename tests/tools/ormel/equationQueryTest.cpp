@@ -1,0 +1,168 @@
+// `ormel query` on networks of equations. Means of the example's 10,000 samples are held to five
+// standard errors; the seed is fixed, so the outcome is always the same.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "ormel/commandLine.h"
+#include "ormel/exitCodes.h"
+#include "ormel/output.h"
+#include "tests/support/scratchFolder.h"
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+struct ToolRun {
+  int code = -1;
+  std::string data;
+  std::string messages;
+
+  nlohmann::json Values() const { return nlohmann::json::parse(data)["values"]; }
+};
+
+ToolRun QueryFile(const std::string& file, const Arguments& arguments) {
+  Arguments all = {"query", file, "--seed", "1"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  std::ostringstream data;
+  std::ostringstream messages;
+  Output output(data, messages);
+  ToolRun run;
+  run.code = RunGuarded([&] { return RunCommandLine(all, output); }, output);
+  run.data = data.str();
+  run.messages = messages.str();
+  return run;
+}
+
+ToolRun QueryTank(const Arguments& arguments) {
+  return QueryFile(KVN_EXAMPLES "/cooling-tank.xkvn", arguments);
+}
+
+ToolRun QueryText(const std::string& nodes, const Arguments& arguments) {
+  const ScratchFolder folder;
+  const std::string file =
+      folder.Write("n.xkvn", "<ormel version='1.0' id='N'><nodes>" + nodes + "</nodes></ormel>");
+  return QueryFile(file, arguments);
+}
+
+std::string Node(const std::string& id, const std::string& equation) {
+  return "<equation id='" + id + "'><definition>" + equation + "</definition></equation>";
+}
+
+}  // namespace
+
+TEST(EquationQuery, AnswersWithTheMomentsOfTheExample) {
+  const ToolRun run = QueryTank({"--output", "json"});
+  ASSERT_EQ(run.code, kExitDone) << run.messages;
+  const nlohmann::json values = run.Values();
+  EXPECT_EQ(values.size(), 6u);
+  const double rise = 10.0 / 3 * std::log(2.0) / 0.2 / 4.19;  // E(Load) * E(1/Flow) / 4.19
+  const struct {
+    const char* node;
+    double mean, allowed;
+  } cases[] = {
+      {"Load",   10.0 / 3,  0.052},
+      {"Inlet",  15,        0.15 },
+      {"Rise",   rise,      0.05 },
+      {"Outlet", 15 + rise, 0.16 }
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.node);
+    EXPECT_NEAR(values[c.node]["mean"].get<double>(), c.mean, c.allowed);
+    EXPECT_TRUE(values[c.node]["intervals"].empty());
+  }
+  EXPECT_NEAR(values["Inlet"]["deviation"].get<double>(), 3.0, 0.11);
+  EXPECT_NEAR(values["Inlet"]["quantiles"]["0.05"].get<double>(), 15 - 1.645 * 3, 0.32);
+  EXPECT_NEAR(values["Inlet"]["quantiles"]["0.95"].get<double>(), 15 + 1.645 * 3, 0.32);
+}
+
+TEST(EquationQuery, TakesNumbersAsEvidence) {
+  const ToolRun run = QueryTank(
+      {"-e", "Load=4.19", "-e", "Flow=2.5e-1", "-t", "Rise", "-t", "Load", "--output", "json"});
+  ASSERT_EQ(run.code, kExitDone) << run.messages;
+  EXPECT_NEAR(run.Values()["Rise"]["mean"].get<double>(), 4.0, 1e-12);
+  EXPECT_EQ(run.Values()["Load"]["mean"], 4.19);
+  EXPECT_EQ(run.Values().size(), 2u);
+  EXPECT_EQ(nlohmann::json::parse(run.data)["evidence"]["Flow"], 0.25);
+
+  const ScratchFolder folder;
+  for (const char* text : {"{\"Load\": 4.19, \"Flow\": 0.25}", "Load = 4.19\nFlow = 0.25\n"}) {
+    const std::string file = folder.Write("case", text);
+    const ToolRun same = QueryTank({"--evidence-file", file, "-t", "Rise", "--output", "json"});
+    ASSERT_EQ(same.code, kExitDone) << same.messages;
+    EXPECT_EQ(same.Values()["Rise"], run.Values()["Rise"]);
+  }
+}
+
+TEST(EquationQuery, RefusesWhatItCannotAnswerAndSaysWhatWouldHelp) {
+  const struct {
+    Arguments arguments;
+    int code;
+    const char* message;
+  } cases[] = {
+      {{"-e", "Load=High"},             kExitBadUsage, "node [Load] takes a number, not 'High'"},
+      {{"-e", "Load=nan"},              kExitBadUsage, "node [Load] takes a number, not 'nan'" },
+      {{"-e", "Outlet=20"},             kExitRefused,  "Conversion to HBN failed for node"     },
+      {{"-e", "Outlet=20"},             kExitRefused,  "needs intervals and --discretize"      },
+      {{"--discretize", "-t", "Alarm"}, kExitRefused,  "no answer for: Alarm"                  },
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.message);
+    const ToolRun run = QueryTank(c.arguments);
+    EXPECT_EQ(run.code, c.code);
+    EXPECT_NE(run.messages.find(c.message), std::string::npos) << run.messages;
+  }
+  const ToolRun discrete = QueryFile(KVN_EXAMPLES "/chest-clinic.kvn", {"--discretize"});
+  EXPECT_EQ(discrete.code, kExitBadUsage);
+}
+
+TEST(EquationQuery, GivesProbabilitiesOfIntervals) {
+  const ToolRun free = QueryTank({"--discretize", "--output", "json"});
+  ASSERT_EQ(free.code, kExitDone) << free.messages;
+  EXPECT_EQ(free.Values().size(), 5u) << "the alarm has no intervals";
+  const ToolRun hot = QueryTank({"--discretize", "-e", "Outlet=22", "--output", "json"});
+  ASSERT_EQ(hot.code, kExitDone) << hot.messages;
+  const auto high = [](const ToolRun& run) {
+    const nlohmann::json interval = run.Values()["Load"]["intervals"][2];
+    EXPECT_EQ(interval["id"], "High");
+    EXPECT_EQ(interval["lower"], 4.0);
+    EXPECT_EQ(interval["upper"], 6.0);
+    return interval["probability"].get<double>();
+  };
+  // P(Load > 4) = (6-4)^2 / ((6-1) * (6-3)); a hot outlet makes it likelier.
+  EXPECT_NEAR(high(free), 4.0 / 15, 0.025);
+  EXPECT_GT(high(hot), high(free) + 0.05);
+  EXPECT_TRUE(hot.Values()["Load"]["mean"].is_null());
+}
+
+TEST(EquationQuery, ShowsATableAndCsv) {
+  const ToolRun table = QueryTank({"-t", "Inlet", "-t", "Alarm", "-e", "Flow=0.3"});
+  ASSERT_EQ(table.code, kExitDone) << table.messages;
+  for (const char* part : {"Inlet\n  mean 1", "  deviation ", "  5 % ", "  95 % ",
+                           "(10000 samples)", "#####", "Alarm\n"}) {
+    EXPECT_NE(table.data.find(part), std::string::npos) << part << " in\n" << table.data;
+  }
+  const ToolRun fixed = QueryText(Node("a", "a = 2.5") + Node("b", "b = a/0"), {});
+  EXPECT_EQ(fixed.data,
+            "a\n  mean 2.5  deviation 0  5 % 2.5  95 % 2.5\n"
+            "b\n  mean inf  deviation 0  5 % inf  95 % inf\n");
+  const ToolRun csv =
+      QueryText(Node("a", "a = 2.5") + Node("b", "b = Ln(-a)"), {"--output", "csv"});
+  EXPECT_EQ(csv.data,
+            "node,quantity,value\na,mean,2.5\na,deviation,0.0\na,quantile 0.05,2.5\n"
+            "a,quantile 0.95,2.5\nb,mean,null\nb,deviation,0.0\nb,quantile 0.05,null\n"
+            "b,quantile 0.95,null\n");
+}
+
+TEST(EquationQuery, SamplesThatAreNoNumbersAreCounted) {
+  const ToolRun run = QueryText(
+      Node("a", "a = Uniform(-1, 1)") + Node("b", "b = Ln(a)") + Node("c", "c = Normal(0,1)/0"),
+      {});
+  ASSERT_EQ(run.code, kExitDone) << run.messages;
+  EXPECT_NE(run.data.find("samples are no numbers; the quantiles are of the others"),
+            std::string::npos)
+      << run.data;
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+class KVN_network;
+class Output;
+
+/// What the command line asks of an equation network.
+struct EquationQuery {
+  std::string form;            // "table", "json" or "csv"
+  int digits = -1;             // decimals; below 0: the form's own
+  bool isDiscretized = false;  // answer over intervals
+  bool hasTargets = false;     // the wanted nodes were named
+};
+
+/// Updates a network whose evidence is set, and prints the answers for `targets` (handles, in
+/// order). An exit code: that of the failed update, or kExitRefused where a wanted node has no
+/// answer.
+int AnswerEquations(KVN_network& network, std::vector<int> targets, const EquationQuery& query,
+                    Output& output);
