@@ -97,6 +97,21 @@ FormatCapacity ChanceOnly() {
   return made;
 }
 
+/// The numbers of two kinds are written and not read.
+FormatCapacity Netica() {
+  FormatCapacity made =
+      PlainTables(KVN_FORMAT_NETICA,
+                  kNetworkIdentifier | kNetworkName | kNetworkComment | kCreator | kNodeName |
+                      kNodeComment | kNodeProperties | kPosition | kOrigin,
+                  Fate::kRefused);
+  for (KindFate& kind : made.kinds) {
+    if (kind.type == KVN_TYPE_TRUTHTABLE) kind.fate = Fate::kStates;
+    if (kind.type == KVN_TYPE_NOISY_MAX) kind.fate = Fate::kBlank;
+    if (kind.type == KVN_TYPE_NOISY_ADDER) kind.fate = Fate::kRefused;
+  }
+  return made;
+}
+
 const std::vector<FormatCapacity>& Table() {
   static const std::vector<FormatCapacity> table = {
       Native(),
@@ -106,6 +121,7 @@ const std::vector<FormatCapacity>& Table() {
                   Fate::kRefused),
       PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable),
       ChanceOnly(),
+      Netica(),
   };
   return table;
 }
