@@ -264,7 +264,7 @@ class Finder {
       } else if (outlook.fate == Fate::kKindOnly) {
         outlook.outcomesBack = OutcomesOfNew(definition->GetType());
       } else if (outlook.fate == Fate::kBlank) {
-        outlook.outcomesBack = OutcomesOfNew(KVN_TYPE_CPT);
+        outlook.outcomesBack = OutcomesOfNew(KindBack(definition->GetType(), Fate::kBlank));
       }
     }
   }
@@ -359,7 +359,7 @@ class Finder {
       if (outlooks[parent].fate == Fate::kGone) {
         Add("parents", "node " + id + " isn't in the file");
         changed = "without node " + id + " the table has another shape";
-      } else if (!IsReadableArc(network.TypeOf(parent), type)) {
+      } else if (!IsReadableArc(network.TypeOf(parent), KindBack(type, outlook.fate))) {
         Add("parents", "no reader takes " + id + ", whose kind is no parent of this one's");
         changed = "without node " + id + " the table has another shape";
       } else if (outlooks[parent].outcomesBack != OutcomesOf(parent)) {
@@ -372,6 +372,12 @@ class Finder {
         type != KVN_TYPE_LIST && (outlook.fate == Fate::kOwn || outlook.fate == Fate::kTable ||
                                   outlook.fate == Fate::kRefused);
     if (hasNumbers && !changed.empty()) Add("numbers", changed);
+  }
+
+  /// Kind of the node that comes back, where it takes other parents than the one that went.
+  static int KindBack(int type, Fate fate) {
+    if (fate != Fate::kBlank) return type;
+    return type == KVN_TYPE_MAU ? KVN_TYPE_TABLE : KVN_TYPE_CPT;
   }
 
   /// The rule by which definitions take parents.
@@ -398,7 +404,7 @@ class Finder {
     if ((outlook.fate != Fate::kKindOnly && !isBlank) || names == nullptr) return;
     const int count = OutcomesOf(node.Handle());
     KVN_network scratch;
-    const int type = isBlank ? KVN_TYPE_CPT : node.GetType();
+    const int type = KindBack(node.GetType(), outlook.fate);
     const KVN_nodeDefinition* fresh = scratch.DefinitionOf(scratch.AddNode(type, "x"));
     bool differ = count != outlook.outcomesBack;
     for (int i = 0; i < count && !differ; i++) {

@@ -23,10 +23,10 @@ constexpr int kBitDeterministic = 4;
 
 // The last ones come from later versions of the program.
 const char* const kNodeWords[] = {
-    "measure",     "levels",        "units",     "inputs",   "numcases", "fading",
-    "delays",      "persist",       "position",  "evidcost", "author",   "whochanged",
-    "whenchanged", "locked",        "value",     "evidence", "belief",   "children",
-    "statetitles", "statecomments", "ExperBase", "EqnDirty", "Disabled", nullptr};
+    "measure",       "units",     "inputs",   "numcases", "fading",     "delays",
+    "persist",       "position",  "evidcost", "author",   "whochanged", "whenchanged",
+    "locked",        "value",     "evidence", "belief",   "children",   "statetitles",
+    "statecomments", "ExperBase", "EqnDirty", "Disabled", nullptr};
 
 /// A row of nothing but impossible cells belongs to states of the parents that can't meet: any
 /// distribution will do, and an even one is consistent.
@@ -171,16 +171,14 @@ int KVN_neticaSpeaker::ReadDefinitionStatement() {
       {"states",    &KVN_neticaSpeaker::ReadStates       },
       {"probs",     &KVN_neticaSpeaker::ReadProbabilities},
       {"functable", &KVN_neticaSpeaker::ReadFunctionTable},
+      {"levels",    &KVN_neticaSpeaker::ReadLevels       },
+      {"equation",  &KVN_neticaSpeaker::ReadEquation     },
   };
   for (const auto& statement : statements) {
     if (AcceptToken(KVN_TOKEN_IDENTIFIER, statement.word) != 0) continue;
     if (int result = RequireToken(KVN_TOKEN_PUNCTUATOR, "="); result < 0) return result;
     // Of a node without a definition that was told already.
     return NeedDefinition() < 0 ? SkipKnown() : (this->*statement.read)();
-  }
-  if (PeekIs("equation") == 1) {
-    inHand->hasEquation = true;
-    return SkipKnown();
   }
   if (PeekInList(kNodeWords) == 1) return SkipKnown();
   return ReportToken("ERROR: '%s' : Unknown Node Statement");
@@ -194,7 +192,8 @@ int KVN_neticaSpeaker::NeedDefinition() {
   if (nodeKind == kBitChance) nodeKind = KVN_TYPE_EQUATION;
   // Of the types that the engine has this format has words for five.
   const bool isKnown = nodeKind == KVN_TYPE_TABLE || nodeKind == KVN_TYPE_LIST ||
-                       nodeKind == KVN_TYPE_CPT || nodeKind == KVN_TYPE_TRUTHTABLE;
+                       nodeKind == KVN_TYPE_CPT || nodeKind == KVN_TYPE_TRUTHTABLE ||
+                       nodeKind == KVN_TYPE_EQUATION;
   if (isKnown && node.ChangeType(nodeKind) == 0 && node.Definition() != nullptr) return 0;
   inHand->isRefused = true;
   return ReportText(KVN_REFUSED, "ERROR: Type of node [%s] unsupported", IdOf(inHand->handle));
@@ -231,6 +230,9 @@ int KVN_neticaSpeaker::ReadStates() {
   const int count = names.GetNumItems();
   if (count == 0) return ReportError(KVN_REFUSED, nullptr);
   inHand->statesWanted = 0;
+  if (KVN_equation* equation = EquationOf(inHand->handle); equation != nullptr) {
+    return SetEvenIntervals(*equation, names);
+  }
   if (int result = definition.SetNumberOfOutcomes(names); result < 0) {
     return ReportError(result, nullptr);
   }
@@ -286,6 +288,7 @@ int KVN_neticaSpeaker::ReadNames(KVN_stringArray& names) {
 }
 
 int KVN_neticaSpeaker::ReadProbabilities() {
+  if (nodeKind == KVN_TYPE_EQUATION) return SkipKnown();  // the formula stands for them
   std::vector<int> impossible;
   UseNumberOfStates();
   inHand->numbers.CleanUp();
@@ -375,12 +378,19 @@ void KVN_neticaSpeaker::FinishNode() {
     return;
   }
   UseNumberOfStates();
-  if (inHand->hasEquation && !inHand->hasTable) {
-    (void)ReportText(KVN_NOT_APPLICABLE, "ERROR: Node (\"%s\") : Equation without a table",
-                     IdOf(inHand->handle));
-  }
+  TellWhatIsMissing(EquationOf(inHand->handle) != nullptr);
   if (inHand->isDeferred) deferred.push_back(std::move(inHand));
   inHand.reset();
+}
+
+/// A node of which the file says what the engine doesn't take, and nothing else.
+void KVN_neticaSpeaker::TellWhatIsMissing(bool isEquation) {
+  const char* message = nullptr;
+  if (isEquation && !inHand->hasEquation) message = "ERROR: Node (\"%s\") : No equation";
+  if (!isEquation && inHand->hasEquation && !inHand->hasTable) {
+    message = "ERROR: Node (\"%s\") : Equation without a table";
+  }
+  if (message != nullptr) (void)ReportText(KVN_NOT_APPLICABLE, message, IdOf(inHand->handle));
 }
 
 /// The nodes whose parents stand behind them.
@@ -388,6 +398,7 @@ void KVN_neticaSpeaker::FinishDeferred() {
   for (const std::unique_ptr<NodeInHand>& hand : deferred) {
     AddParents(*hand);
     StoreNumbers(*hand);
+    StoreEquation(*hand);
   }
   deferred.clear();
 }
