@@ -124,10 +124,11 @@ bool HasLayout(KVN_network& n) {
          own.GetWindowColor() != usual.GetWindowColor();
 }
 
-bool HasCreation(KVN_network& n) {
-  const KVN_creation& c = n.Creation();
-  return IsSet(c.GetCreator()) || IsSet(c.GetCreated()) || IsSet(c.GetModified());
+bool HasDates(KVN_network& n) {
+  return IsSet(n.Creation().GetCreated()) || IsSet(n.Creation().GetModified());
 }
+
+bool HasCreator(KVN_network& n) { return IsSet(n.Creation().GetCreator()); }
 
 bool HasSamples(KVN_network& n) {
   return n.GetNumberOfSamples() != UsualNetwork().GetNumberOfSamples();
@@ -164,7 +165,8 @@ const NetworkCheck kNetworkChecks[] = {
     {kNetworkLayout,     "layout",                          HasLayout        },
     {kNetworkName,       "name",                            IsNamed          },
     {kNetworkComment,    "comment",                         IsCommented      },
-    {kCreation,          "creation",                        HasCreation      },
+    {kCreation,          "creation",                        HasDates         },
+    {kCreator,           "creation",                        HasCreator       },
     {kNetworkProperties, "properties",                      HasProperties    },
     {kNetworkDocuments,  "documents",                       HasDocuments     },
     {kSamples,           "number of samples",               HasSamples       },

@@ -81,9 +81,20 @@ FormatCapacity PlainTables(int format, std::uint64_t features, Fate others) {
       {KVN_TYPE_CAST,        others        },
       {KVN_TYPE_DEMORGAN,    others        },
       {KVN_TYPE_MAU,         Fate::kRefused},
+      {KVN_TYPE_EQUATION,    Fate::kRefused},
   };
   made.numberKept = KeepEightDecimals;
   made.longestText = kLongestPiece;
+  return made;
+}
+
+/// A format that writes every node as one of three classes, and refuses none.
+FormatCapacity Xmlbif() {
+  FormatCapacity made = PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable);
+  for (KindFate& kind : made.kinds) {
+    if (kind.type == KVN_TYPE_MAU) kind.fate = Fate::kBlank;
+    if (kind.type == KVN_TYPE_EQUATION) kind.fate = Fate::kGone;
+  }
   return made;
 }
 
@@ -97,6 +108,21 @@ FormatCapacity ChanceOnly() {
   return made;
 }
 
+/// The numbers of two kinds are written and not read.
+FormatCapacity Netica() {
+  FormatCapacity made =
+      PlainTables(KVN_FORMAT_NETICA,
+                  kNetworkIdentifier | kNetworkName | kNetworkComment | kCreator | kNodeName |
+                      kNodeComment | kNodeProperties | kPosition | kOrigin,
+                  Fate::kRefused);
+  for (KindFate& kind : made.kinds) {
+    if (kind.type == KVN_TYPE_TRUTHTABLE) kind.fate = Fate::kStates;
+    if (kind.type == KVN_TYPE_NOISY_MAX) kind.fate = Fate::kBlank;
+    if (kind.type == KVN_TYPE_NOISY_ADDER) kind.fate = Fate::kRefused;
+  }
+  return made;
+}
+
 const std::vector<FormatCapacity>& Table() {
   static const std::vector<FormatCapacity> table = {
       Native(),
@@ -104,8 +130,9 @@ const std::vector<FormatCapacity>& Table() {
       PlainTables(KVN_FORMAT_HUGIN, kNodeName | kNodeProperties | kPosition, Fate::kRefused),
       PlainTables(KVN_FORMAT_MICROSOFT, kNetworkName | kNodeName | kPosition | kOrigin,
                   Fate::kRefused),
-      PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable),
+      Xmlbif(),
       ChanceOnly(),
+      Netica(),
   };
   return table;
 }
