@@ -29,7 +29,8 @@ class Solved {
     for (const auto& [known, worth] : tree.GetBranches(decision)) {
       for (std::size_t k = 0; k < worth.size(); k++) {
         if (std::isnan(worth[k])) continue;  // the alternative is impossible
-        largest = std::max(largest, std::fabs(Cell(decision, known, static_cast<int>(k)) - worth[k]));
+        largest =
+            std::max(largest, std::fabs(Cell(decision, known, static_cast<int>(k)) - worth[k]));
       }
     }
     return largest;
@@ -57,8 +58,8 @@ class Solved {
     const KVN_Dmatrix& matrix = MatrixOf(network, decision);
     int index = alternative;
     for (int i = 0; i < value.GetIndexingParents().GetNumItems(); i++) {
-      const auto place = std::find(tree.GetOrder().begin(), tree.GetOrder().end(),
-                                   value.GetIndexingParents()[i]);
+      const auto place =
+          std::find(tree.GetOrder().begin(), tree.GetOrder().end(), value.GetIndexingParents()[i]);
       index += matrix.GetMultipliers()[i] *
                known[static_cast<std::size_t>(place - tree.GetOrder().begin())];
     }
@@ -86,6 +87,7 @@ TEST(RandomDiagrams, EveryTableIsThatOfTheDecisionTree) {
     FillRandomDiagram(network, seed);
     const std::vector<int> order = PolicyNodesOf(network);
     const DecisionTree tree(network, order);
+    (void)network.UserProperties().AddProperty("KVN_POLICY_EFFORT", "1");
     ASSERT_EQ(network.UpdateBeliefs(), 0);
     const Solved solved(network, tree);
     bool differs = false;

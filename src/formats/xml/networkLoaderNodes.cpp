@@ -1,13 +1,17 @@
 // Node elements: the node at the start, its arcs, states and numbers at the end.
 
+#include <algorithm>
+
 #include "definitions/cast.h"
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
 #include "definitions/mau.h"
+#include "definitions/mauExpressionTable.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
 #include "definitions/truthTable.h"
+#include "expressions/expression.h"
 #include "formats/xml/networkLoader.h"
 #include "foundation/resultCodes.h"
 #include "network/extraDefinition.h"
@@ -135,11 +139,7 @@ void XmlNetLoader::EndNode(const Kind& kind) {
 /// A large table that the list doesn't fill is refused before it is built, in the words that the
 /// count would get afterwards.
 bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
-  if (kind.type == KVN_TYPE_MAU) {
-    if (MayFill(CountWeights(), weights.GetNumItems())) return true;
-    Abort("SetWeights failed");
-    return false;
-  }
+  if (kind.type == KVN_TYPE_MAU) return IsMauPlausible(kind);
   const bool hasRows = kind.type == KVN_TYPE_TRUTHTABLE;
   if (!hasRows && kind.type != KVN_TYPE_CPT && kind.type != KVN_TYPE_TABLE) return true;
   const std::int64_t count = CountCells(kind.type == KVN_TYPE_CPT ? stateIds.GetNumItems() : 1);
@@ -150,6 +150,21 @@ bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
   } else {
     Abort(kind.type == KVN_TYPE_CPT ? "SetProbabilities failed" : "SetUtilities failed");
   }
+  return false;
+}
+
+bool XmlNetLoader::IsMauPlausible(const Kind& kind) {
+  std::int64_t others = 0;
+  const std::int64_t choices = CountChoices(others);
+  const bool hasFormulas = kind.finish == &XmlNetLoader::FinishMauFormulas;
+  if (!hasFormulas) {
+    if (MayFill(choices * std::max(others, std::int64_t{1}), weights.GetNumItems())) return true;
+    Abort("SetWeights failed");
+    return false;
+  }
+  if (MayFill(choices, static_cast<int>(formulas.size()))) return true;
+  AbortWith("Invalid number of expressions: %d, expected %lld", static_cast<int>(formulas.size()),
+            static_cast<long long>(choices));
   return false;
 }
 
@@ -200,6 +215,34 @@ void XmlNetLoader::FinishMau() {
   const KVN_doubleArray& list = Used(weights);
   if (list.GetNumItems() != definition->GetSize() || definition->SetDefinition(list) != 0) {
     Abort("SetWeights failed");
+  }
+}
+
+void XmlNetLoader::FinishMauFormulas() {
+  KVN_mau& mau = *static_cast<KVN_mau*>(definition);
+  const int count = static_cast<int>(formulas.size());
+  const int expected = mau.CountExpressions();
+  if (count != expected) {
+    AbortWith("Invalid number of expressions: %d, expected %d", count, expected);
+    return;
+  }
+  KVN_intArray shape;
+  for (int parent : parents) {
+    if (network.TypeOf(parent) != KVN_TYPE_LIST) continue;
+    if (shape.Add(network.DefinitionOf(parent)->GetNumberOfOutcomes()) != 0) {
+      return Abort("Unexpected error");
+    }
+  }
+  if (shape.GetNumItems() == 0 && shape.Add(1) != 0) return Abort("Unexpected error");
+  KVN_mauExpressionTable table;
+  if (table.Setup(shape) != 0) return Abort("Unexpected error");
+  for (int i = 0; i < count; ++i) {
+    table.SetItem(i, formulas[static_cast<std::size_t>(i)].release());
+    if (table.GetItem(i) == nullptr) return Abort("Unexpected error");
+  }
+  std::string message;
+  if (mau.SetExpressions(&table, &message) != 0) {
+    AbortWith("SetExpressions failed: '%s'", message.c_str());
   }
 }
 
