@@ -77,22 +77,26 @@ TEST_F(Formulas, AreRefusedWithTheReason) {
   AddArcs(network, {m}, top);
   ASSERT_EQ(Set({2}, {"a", "a+1"}), 0);
   const std::string kind = ": only non-descendant utility/ALU/MAU nodes are allowed";
-  const struct {
+  const std::string at = "Invalid expression at index ";
+  struct Case {
     std::vector<int> shape;
     Texts formulas;
     int result;
     std::string message;
-  } cases[] = {
-      {{1},    {"a"},                KVN_REFUSED, "Wrong matrix dimensions"                       },
-      {{2, 3}, {"a"},                KVN_REFUSED, "Wrong matrix dimensions"                       },
-      {{2},    {"b", "m"},           KVN_FAILURE, "Invalid expression at index 1: self-references not allowed"},
-      {{2},    {"top", "m"},         KVN_FAILURE, "Invalid expression at index 0" + kind          },
-      {{2},    {"a", "chance"},      KVN_FAILURE, "Invalid expression at index 1" + kind          },
-      {{2},    {"a+d", "a"},         KVN_FAILURE, "Invalid expression at index 0" + kind          },
-      {{2},    {"a", "a+x+m"},       KVN_FAILURE, "Invalid expression at index 1: unknown identifier"},
-      {{2},    {"a", "Uniform(0,x)"}, KVN_FAILURE, "Invalid expression at index 1: Distributions not allowed"},
-      {{2},    {"a"},                KVN_FAILURE, "Invalid expression at index 1: no expression"  },
   };
+  // clang-format off
+  const Case cases[] = {
+      {{1}, {"a"}, KVN_REFUSED, "Wrong matrix dimensions"},
+      {{2, 3}, {"a"}, KVN_REFUSED, "Wrong matrix dimensions"},
+      {{2}, {"b", "m"}, KVN_FAILURE, at + "1: self-references not allowed"},
+      {{2}, {"top", "m"}, KVN_FAILURE, at + "0" + kind},
+      {{2}, {"a", "chance"}, KVN_FAILURE, at + "1" + kind},
+      {{2}, {"a+d", "a"}, KVN_FAILURE, at + "0" + kind},
+      {{2}, {"a", "a+x+m"}, KVN_FAILURE, at + "1: unknown identifier"},
+      {{2}, {"a", "Uniform(0,x)"}, KVN_FAILURE, at + "1: Distributions not allowed"},
+      {{2}, {"a"}, KVN_FAILURE, at + "1: no expression"},
+  };
+  // clang-format on
   for (const auto& test : cases) {
     SCOPED_TRACE(test.message);
     EXPECT_EQ(Set(test.shape, test.formulas), test.result);

@@ -44,6 +44,7 @@ enum Feature : std::uint64_t {
   kSoftEvidence = 1ull << 35,
   kChoiceValues = 1ull << 36,
   kOrigin = 1ull << 37,  // where the whole drawing stands, as against the places in it
+  kUtilityFormulas = 1ull << 38,
 };
 
 /// What becomes of a definition in a file of the format.

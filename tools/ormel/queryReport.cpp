@@ -12,6 +12,7 @@
 #include "foundation/idArray.h"
 #include "network/network.h"
 #include "network/node.h"
+#include "ormel/reportText.h"
 #include "ormel/text.h"
 #include "values/nodeValue.h"
 
@@ -21,23 +22,6 @@ constexpr int kBarWidth = 40;
 constexpr int kDefaultTableDigits = 4;
 constexpr const char* kBold = "\x1b[1m";
 constexpr const char* kPlain = "\x1b[0m";
-
-std::string Fixed(double value, int digits) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(digits) << value;
-  return text.str();
-}
-
-double Rounded(double value, int digits) {
-  return digits < 0 ? value : std::strtod(Fixed(value, digits).c_str(), nullptr);
-}
-
-std::string CsvField(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-  return quoted + "\"";
-}
 
 }  // namespace
 

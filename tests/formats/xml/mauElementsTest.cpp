@@ -60,8 +60,9 @@ const std::string kMaux =
     "</expression><expression>U*V</expression></maux>";
 
 TEST(MauElements, WeightsComeBack) {
-  Read read("<mau id='M'><weights>0.5 -2 3 1e-9</weights><parents>V D U</parents></mau>"
-            "<mau id='Top'><parents>M</parents><weights>7</weights></mau>");
+  Read read(
+      "<mau id='M'><weights>0.5 -2 3 1e-9</weights><parents>V D U</parents></mau>"
+      "<mau id='Top'><parents>M</parents><weights>7</weights></mau>");
   EXPECT_EQ(read.message, "");
   const std::string written = Written(read.network, "a.xkvn");
   EXPECT_NE(written.find("<mau id=\"M\">\n\t\t\t<parents>V D U</parents>\n\t\t\t<weights>0.5 -2 3 "
@@ -99,9 +100,11 @@ TEST(MauElements, AreRefusedWithAMessage) {
   const auto maux = [](const std::string& parents, const std::string& expressions) {
     return "<maux id='M'><parents>" + parents + "</parents>" + expressions + "</maux>";
   };
-  const struct {
+  struct Case {
     std::string nodes, message;
-  } cases[] = {
+  };
+  // clang-format off
+  const Case cases[] = {
       {"<mau id='M'><parents>D U</parents><weights>1</weights></mau>", "SetWeights failed"},
       {"<mau id='M'><parents>U</parents><weights>1 2</weights></mau>", "SetWeights failed"},
       {"<mau id='M'><parents>U</parents><weights>x</weights></mau>",
@@ -119,6 +122,7 @@ TEST(MauElements, AreRefusedWithAMessage) {
        "SetExpressions failed: 'Invalid expression at index 0: only non-descendant "
        "utility/ALU/MAU nodes are allowed'"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(c.nodes);
     EXPECT_EQ(Read(c.nodes).message, c.message);
