@@ -46,6 +46,7 @@ std::unique_ptr<Command> MakeCheckCommand();
 std::unique_ptr<Command> MakeConvertCommand();
 std::unique_ptr<Command> MakeQueryCommand();
 std::unique_ptr<Command> MakeEvalCommand();
+std::unique_ptr<Command> MakeSolveCommand();
 
 /// All commands, in the order of the help.
 std::vector<std::unique_ptr<Command>> MakeCommands();

@@ -7,5 +7,6 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
   commands.push_back(MakeConvertCommand());
   commands.push_back(MakeQueryCommand());
   commands.push_back(MakeEvalCommand());
+  commands.push_back(MakeSolveCommand());
   return commands;
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "definitions/mau.h"
 #include "definitions/nodeDefinition.h"
 #include "network/algorithmParameters.h"
 #include "network/extraDefinition.h"
@@ -274,27 +275,33 @@ bool HasChoiceValues(KVN_network& n, int handle) {
          definition->GetDefinition(values) == 0 && UsedCount(*values) > 0;
 }
 
+bool HasUtilityFormulas(KVN_network& n, int handle) {
+  return n.TypeOf(handle) == KVN_TYPE_MAU &&
+         static_cast<const KVN_mau&>(*n.DefinitionOf(handle)).GetExpressions() != nullptr;
+}
+
 const NodeCheck kNodeChecks[] = {
-    {kSubmodels,        "submodel",        IsInSubmodel     },
-    {kNodeName,         "name",            IsNodeNamed      },
-    {kNodeComment,      "comment",         IsNodeCommented  },
-    {kNodeProperties,   "properties",      HasNodeProperties},
-    {kNodeDocuments,    "documents",       HasNodeDocuments },
-    {kPosition,         "position",        HasPosition      },
-    {kAppearance,       "appearance",      HasAppearance    },
-    {kTargets,          "target mark",     IsTarget         },
-    {kDiagnosis,        "diagnosis type",  HasType          },
-    {kDiagnosisTexts,   "diagnosis texts", HasTexts         },
-    {kFaultsOfTables,   "faults",          HasFaultsOfTable },
-    {kFaultsOfGates,    "faults",          HasFaultsOfGate  },
-    {kDefaultsOfStates, "default outcome", HasDefaultOfState},
-    {kOtherDefaults,    "default outcome", HasOtherDefault  },
-    {kCostsByParents,   "costs",           HasCostParents   },
-    {kPlainCosts,       "costs",           HasPlainCost     },
-    {kEvidence,         "evidence",        HasEvidence      },
-    {kSoftEvidence,     "soft evidence",   HasSoftEvidence  },
-    {kTemporal,         "temporal kind",   IsTemporal       },
-    {kChoiceValues,     "choice values",   HasChoiceValues  },
+    {kSubmodels,        "submodel",        IsInSubmodel      },
+    {kNodeName,         "name",            IsNodeNamed       },
+    {kNodeComment,      "comment",         IsNodeCommented   },
+    {kNodeProperties,   "properties",      HasNodeProperties },
+    {kNodeDocuments,    "documents",       HasNodeDocuments  },
+    {kPosition,         "position",        HasPosition       },
+    {kAppearance,       "appearance",      HasAppearance     },
+    {kTargets,          "target mark",     IsTarget          },
+    {kDiagnosis,        "diagnosis type",  HasType           },
+    {kDiagnosisTexts,   "diagnosis texts", HasTexts          },
+    {kFaultsOfTables,   "faults",          HasFaultsOfTable  },
+    {kFaultsOfGates,    "faults",          HasFaultsOfGate   },
+    {kDefaultsOfStates, "default outcome", HasDefaultOfState },
+    {kOtherDefaults,    "default outcome", HasOtherDefault   },
+    {kCostsByParents,   "costs",           HasCostParents    },
+    {kPlainCosts,       "costs",           HasPlainCost      },
+    {kEvidence,         "evidence",        HasEvidence       },
+    {kSoftEvidence,     "soft evidence",   HasSoftEvidence   },
+    {kTemporal,         "temporal kind",   IsTemporal        },
+    {kChoiceValues,     "choice values",   HasChoiceValues   },
+    {kUtilityFormulas,  "formulas",        HasUtilityFormulas},
 };
 
 }  // namespace

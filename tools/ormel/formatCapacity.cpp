@@ -32,7 +32,8 @@ constexpr std::uint64_t kOfTheSession = kAlgorithms | kSolver | kUpdateFlags | k
 FormatCapacity Native() {
   FormatCapacity made;
   made.format = KVN_FORMAT_KVN;
-  made.features = kAllFeatures & ~(kOfTheSession | kDiscretization | kEpis | kCases | kTemporal);
+  made.features = kAllFeatures & ~(kOfTheSession | kDiscretization | kEpis | kCases | kTemporal |
+                                   kUtilityFormulas);
   for (int type : {KVN_TYPE_CPT, KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST, KVN_TYPE_TABLE, KVN_TYPE_CAST,
                    KVN_TYPE_NOISY_MAX, KVN_TYPE_MAU}) {
     made.kinds.push_back({type, Fate::kOwn});
@@ -51,7 +52,7 @@ FormatCapacity NativeXml() {
   made.format = KVN_FORMAT_XKVN;
   made.features = kNetworkIdentifier | kNetworkProperties | kSamples | kDiscretization | kEpis |
                   kCases | kTemporal | kNodeProperties | kTargets | kDiagnosis | kFaultsOfTables |
-                  kDefaultsOfStates | kCostsByParents | kOrigin;
+                  kDefaultsOfStates | kCostsByParents | kOrigin | kUtilityFormulas;
   for (int type : {KVN_TYPE_CPT, KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST, KVN_TYPE_TABLE, KVN_TYPE_CAST,
                    KVN_TYPE_DEMORGAN, KVN_TYPE_NOISY_MAX, KVN_TYPE_NOISY_ADDER, KVN_TYPE_MAU,
                    KVN_TYPE_EQUATION}) {

@@ -45,6 +45,7 @@ enum Feature : std::uint64_t {
   kChoiceValues = 1ull << 36,
   kOrigin = 1ull << 37,   // where the whole drawing stands, as against the places in it
   kCreator = 1ull << 38,  // kCreation is the two dates
+  kUtilityFormulas = 1ull << 39,
 };
 
 /// What becomes of a definition in a file of the format.
