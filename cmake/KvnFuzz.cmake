@@ -1,11 +1,11 @@
-# kvn_fuzz(<name> <source>)
-#   Program `fuzz_<name>` from a source that defines LLVMFuzzerTestOneInput. In a fuzz build
+# kvn_fuzz(<name> <source> ...)
+#   Program `fuzz_<name>` from sources, one of which defines LLVMFuzzerTestOneInput. In a fuzz build
 #   libFuzzer drives it; in every other build a plain main() feeds it the files of the corpus. Both
 #   ways the ctest `fuzz_<name>` replays tests/fuzz/corpus/<name>.
-function(kvn_fuzz name source)
+function(kvn_fuzz name)
   set(target fuzz_${name})
   set(corpus ${PROJECT_SOURCE_DIR}/tests/fuzz/corpus/${name})
-  add_executable(${target} ${source})
+  add_executable(${target} ${ARGN})
   target_compile_options(${target} PRIVATE ${KVN_WARNINGS})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${target} PRIVATE callormel)

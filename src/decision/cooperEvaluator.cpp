@@ -36,6 +36,13 @@ class NoAutomaticUpdate {
   int bit;
 };
 
+bool AsksForEffort(KVN_network& network) {
+  const KVN_userProperties& properties = network.UserProperties();
+  const int position = properties.FindProperty("KVN_POLICY_EFFORT");
+  int effort = 0;
+  return position >= 0 && TextToInt(properties.GetValue(position), effort) == 0 && effort > 0;
+}
+
 KVN_Dmatrix* MatrixOf(KVN_network& network, int handle) {
   KVN_Dmatrix* matrix = nullptr;
   KVN_nodeValue* value = network.ValueOf(handle);
@@ -80,6 +87,7 @@ CooperEvaluator::~CooperEvaluator() { DropMainUtility(); }
 
 int CooperEvaluator::Evaluate(KVN_network& network) {
   model = &network;
+  hasEffort = AsksForEffort(network);
   const NoAutomaticUpdate quiet(network);
   if (int result = FindMainUtility(); result < 0) {
     (void)LogError(result, "Utilities not specified. Policies cannot be evaluated");

@@ -16,6 +16,12 @@ class KVN_nodeValue;
 /// decision to the first gives the policy (Raiffa, "Decision Analysis", 1968: averaging out and
 /// folding back).
 ///
+/// An observation or decision is enumerated when the utility depends on it, all others being known.
+/// That leaves out one that matters only through a later observation: what a forecast says of the
+/// weather, where the weather itself is seen before the last decision. The policy is then not the
+/// best one. With the network's user property KVN_POLICY_EFFORT, a decimal integer above 0, these
+/// nodes are enumerated too and the policy is exact, at the price of more updates.
+///
 /// One object per evaluation; docs/decisions.md says how to read the results.
 class CooperEvaluator {
  public:
@@ -40,8 +46,13 @@ class CooperEvaluator {
 
   // What depends on what (scenarioRelevance.cpp).
   int FindRelevantScenarios();
+  int ProbeMainUtility();
+  int CompleteScenarios();
   int ProbeResults();
   int ProbePolicyNodes();
+  KVN_intArray ScenarioNodesBefore(int policyNode) const;
+  bool DependsOn(int handle, int policyNode);
+  void Observe(const KVN_intArray& observed);
   void Forget(int handle);
   void Restore(int handle);
   void KeepSoftEvidence();
@@ -68,6 +79,7 @@ class CooperEvaluator {
   int mainUtility = -1;          // the utility that sums up the diagram
   bool mainUtilityCreated = false;
   bool computePolicy = true;
+  bool hasEffort = false;                                         // KVN_POLICY_EFFORT
   KVN_intArray addedArcs;                                         // pairs of handles
   std::vector<bool> stored;                                       // by handle: a result was written
   std::vector<std::pair<int, std::vector<double>>> softEvidence;  // of policyNodes

@@ -68,72 +68,152 @@ void CooperEvaluator::RestoreSoftEvidence(int handle) {
 int CooperEvaluator::FindRelevantScenarios() {
   const int mask = working.GetChangeMask();
   const int flags = working.GetUpdateFlags();
-  working.SetChangeMask(0);
   KeepSoftEvidence();
-  for (int handle : policyNodes) (void)working.ValueOf(handle)->SetEvidence(0);
   // Changes are followed; nothing is concluded from them, and nothing is computed.
   working.SetUpdateFlags((flags | KVN_UPDATE_TRACK_CHANGES) & ~KVN_UPDATE_PROPAGATE_EVIDENCE);
   working.SetChangeMask(KVN_HOOK_EVIDENCE_SET | KVN_HOOK_EVIDENCE_CLEARED);
-  int result = ProbeResults();
+  Observe(policyNodes);
+  int result = ProbeMainUtility();
+  if (result == 0 && hasEffort) result = CompleteScenarios();
+  if (result == 0) result = ProbeResults();
   if (result == 0) result = ProbePolicyNodes();
-  working.SetChangeMask(0);
-  for (int handle : policyNodes) {
-    Forget(handle);
-    RestoreSoftEvidence(handle);
-  }
+  Observe(KVN_intArray());
+  for (int handle : policyNodes) RestoreSoftEvidence(handle);
   working.SetUpdateFlags(flags);
   working.SetChangeMask(mask);
   return result;
 }
 
-/// Indexes the main utility by every policy node that it depends on, given all the others, and each
-/// other result by those of these that it depends on. All values are watched at once, so that the
-/// walks are as many as the policy nodes.
+/// Gives evidence to these policy nodes and to no others, without notice.
+void CooperEvaluator::Observe(const KVN_intArray& observed) {
+  const int mask = working.GetChangeMask();
+  working.SetChangeMask(0);
+  for (int handle : policyNodes) {
+    KVN_nodeValue& value = *working.ValueOf(handle);
+    const bool isWanted = observed.IsInList(handle);
+    if (isWanted == value.IsEvidence()) continue;
+    (void)(isWanted ? value.SetEvidence(0) : value.ClearEvidence());
+  }
+  working.SetChangeMask(mask);
+}
+
+/// Whether what is believed of `handle` changes with the outcome of `policyNode`, which has
+/// evidence.
+bool CooperEvaluator::DependsOn(int handle, int policyNode) {
+  KVN_nodeValue& value = *working.ValueOf(handle);
+  value.SetValueValid();
+  Forget(policyNode);
+  const bool depends = !value.IsValueValid();
+  Restore(policyNode);
+  return depends;
+}
+
+/// What the main utility depends on, given all other policy nodes.
+int CooperEvaluator::ProbeMainUtility() {
+  for (int policyNode : policyNodes) {
+    if (!DependsOn(mainUtility, policyNode)) continue;
+    if (int result = scenarioNodes.Add(policyNode); result < 0) return result;
+  }
+  return KVN_SUCCESS;
+}
+
+/// An observation may say nothing about the utility once a later one is known, and yet a decision
+/// in between wants it: a weather forecast, before the weather itself is seen. Likewise a decision
+/// may act on the utility through a later observation alone. Adds both kinds until all chance nodes
+/// of `scenarioNodes` depend on nothing else that comes before them.
+int CooperEvaluator::CompleteScenarios() {
+  bool isComplete = false;
+  while (!isComplete) {
+    isComplete = true;
+    const KVN_intArray known(scenarioNodes);
+    for (int handle : known) {
+      if (model->TypeOf(handle) == KVN_TYPE_LIST) continue;
+      const KVN_intArray before = ScenarioNodesBefore(handle);
+      bool decided = false;  // whether a decision that matters comes between the two
+      for (int i = policyNodes.FindPosition(handle) - 1; i >= 0; i--) {
+        const bool isDecision = model->TypeOf(policyNodes[i]) == KVN_TYPE_LIST;
+        if (scenarioNodes.IsInList(policyNodes[i])) {
+          decided = decided || isDecision;
+          continue;
+        }
+        if (!decided && !isDecision) continue;
+        KVN_intArray observed(before);
+        if (int result = observed.Add(policyNodes[i]); result < 0) return result;
+        Observe(observed);
+        if (!DependsOn(handle, policyNodes[i])) continue;
+        if (int result = scenarioNodes.Add(policyNodes[i]); result < 0) return result;
+        isComplete = false;
+        break;  // the next round starts from what is known now
+      }
+      if (!isComplete) break;
+    }
+  }
+  KVN_intArray sorted;
+  for (int handle : policyNodes) {
+    if (!scenarioNodes.IsInList(handle)) continue;
+    if (int result = sorted.Add(handle); result < 0) return result;
+  }
+  scenarioNodes.Swap(sorted);
+  return KVN_SUCCESS;
+}
+
+KVN_intArray CooperEvaluator::ScenarioNodesBefore(int policyNode) const {
+  KVN_intArray before;
+  for (int handle : policyNodes) {
+    if (handle == policyNode) break;
+    if (scenarioNodes.IsInList(handle) && before.Add(handle) < 0) break;
+  }
+  return before;
+}
+
+/// Indexes the main utility by what is enumerated, and each other result by those of these nodes
+/// that it depends on. All values are watched at once, so that the walks are as many as the nodes.
 int CooperEvaluator::ProbeResults() {
+  Observe(hasEffort ? scenarioNodes : policyNodes);
   KVN_intArray watched;
-  if (int result = watched.Add(mainUtility); result < 0) return result;
   for (int handle : working.GetOrderOfNodes()) {
     const KVN_nodeValue* value = working.ValueOf(handle);
     if (handle == mainUtility || value == nullptr || value->HasEvidence()) continue;
     if (int result = watched.Add(handle); result < 0) return result;
   }
   std::vector<KVN_intArray> dependsOn(static_cast<std::size_t>(watched.GetNumItems()));
-  for (int policyNode : policyNodes) {
+  for (int node : scenarioNodes) {
     for (int handle : watched) working.ValueOf(handle)->SetValueValid();
-    Forget(policyNode);
+    Forget(node);
     for (int i = 0; i < watched.GetNumItems(); i++) {
       if (working.ValueOf(watched[i])->IsValueValid()) continue;
-      // What is of no concern to the main utility isn't enumerated, so nothing is indexed by it.
-      if (i > 0 && !dependsOn[0].IsInList(policyNode)) continue;
-      if (int result = dependsOn[i].Add(policyNode); result < 0) return result;
+      if (int result = dependsOn[static_cast<std::size_t>(i)].Add(node); result < 0) return result;
     }
-    Restore(policyNode);
+    Restore(node);
   }
-  if (int result = scenarioNodes.Assign(dependsOn[0]); result < 0) return result;
+  if (int result = IndexBy(*model, mainUtility, scenarioNodes); result < 0) return result;
+  FillWithMark(*model, mainUtility);
   for (int i = 0; i < watched.GetNumItems(); i++) {
-    if (int result = IndexBy(*model, watched[i], dependsOn[i]); result < 0) return result;
+    const KVN_intArray& by = dependsOn[static_cast<std::size_t>(i)];
+    if (int result = IndexBy(*model, watched[i], by); result < 0) return result;
     FillWithMark(*model, watched[i]);
   }
   return KVN_SUCCESS;
 }
 
 /// Indexes each policy node by what stands before it: its own probabilities depend on that alone.
+/// The later ones count as known here, which makes for more dependences or, where one of them
+/// stands between the two, for fewer; with effort they don't.
 int CooperEvaluator::ProbePolicyNodes() {
   for (int i = policyNodes.GetNumItems() - 1; i >= 0; i--) {
     const int handle = policyNodes[i];
-    KVN_nodeValue& value = *working.ValueOf(handle);
+    const bool isEnumerated = scenarioNodes.IsInList(handle);
+    if (hasEffort && !isEnumerated) continue;  // among the results
+    const KVN_intArray before = ScenarioNodesBefore(handle);
+    if (hasEffort) Observe(before);
+    const bool wasObserved = working.ValueOf(handle)->IsEvidence();
+    if (wasObserved) Forget(handle);
     KVN_intArray dependsOn;
-    Forget(handle);
-    for (int k = 0; k < i; k++) {
-      if (!scenarioNodes.IsInList(policyNodes[k])) continue;
-      value.SetValueValid();
-      Forget(policyNodes[k]);
-      const bool depends = !value.IsValueValid();
-      Restore(policyNodes[k]);
-      if (!depends) continue;
-      if (int result = dependsOn.Add(policyNodes[k]); result < 0) return result;
+    for (int node : before) {
+      if (!DependsOn(handle, node)) continue;
+      if (int result = dependsOn.Add(node); result < 0) return result;
     }
-    Restore(handle);
+    if (wasObserved) Restore(handle);
     if (int result = IndexBy(*model, handle, dependsOn); result < 0) return result;
   }
   return KVN_SUCCESS;

@@ -12,9 +12,10 @@ class KVN_mauExpressionTable;
 /// Multi-attribute utility: a utility node that combines the utilities of other nodes, by weights
 /// or by formulas.
 ///
-/// With weights it is the weighted sum of its utility parents. Layout of `weights`: a dimension for each decision parent, in the order of the network's list,
-/// and a last one over the utility parents, in the same order. So each run is the vector of weights
-/// that holds for one choice of the decisions. Decisions D(2), E(3), utilities U, V:
+/// With weights it is the weighted sum of its utility parents. Layout of `weights`: a dimension for
+/// each decision parent, in the order of the network's list, and a last one over the utility
+/// parents, in the same order. So each run is the vector of weights that holds for one choice of
+/// the decisions. Decisions D(2), E(3), utilities U, V:
 ///
 ///     flat index    0    1    2    3  ...   10   11
 ///     (D,E,.)      00U  00V  01U  01V ...  12U  12V
@@ -95,8 +96,9 @@ class KVN_mau : public KVN_nodeDefinition {
   /// ((a + b) + c), or the constant 0 for no names.
   static KVN_expression* MakeSum(const std::vector<std::string>& ids);
 
-  /// Whether weights and formulas have the shape that the parents ask for. They haven't after the type of a
-  /// parent was changed between decision and utility, or after an unchecked SetDefinition.
+  /// Whether weights and formulas have the shape that the parents ask for. They haven't after the
+  /// type of a parent was changed between decision and utility, or after an unchecked
+  /// SetDefinition.
   bool NumbersFit() const;
 
   /// One multiplier for each decision parent: the sum of alternative times multiplier says where

@@ -7,6 +7,7 @@
 #include "formats/text/huginSpeaker.h"
 #include "formats/text/kvnSpeaker.h"
 #include "formats/text/microsoftSpeaker.h"
+#include "formats/text/neticaSpeaker.h"
 #include "formats/text/xmlSpeaker.h"
 #include "formats/xml/xkvnSpeaker.h"
 #include "network/fileSpeaker.h"
@@ -22,6 +23,7 @@ KVN_fileSpeaker* Make(KVN_network& network) {
 
 const KVN_formatRow theFileFormats[] = {
     {KVN_FORMAT_ERGO,      Make<KVN_ergoSpeaker>     },
+    {KVN_FORMAT_NETICA,    Make<KVN_neticaSpeaker>   },
     {KVN_FORMAT_MICROSOFT, Make<KVN_microsoftSpeaker>},
     {KVN_FORMAT_KVN,       Make<KVN_kvnSpeaker>      },
     {KVN_FORMAT_HUGIN,     Make<KVN_huginSpeaker>    },

@@ -9,9 +9,9 @@ struct RandomDiagramOptions {
   int maxDecisions = 3;
   int maxChance = 6;
   int maxUtilities = 2;
-  double zeroShare = 0.2;      // of the probabilities
-  bool evidence = true;        // on some nodes that no decision to make lies above
-  bool combine = true;         // now and then a multi-attribute node on top
+  double zeroShare = 0.2;        // of the probabilities
+  bool evidence = true;          // on some nodes that no decision to make lies above
+  bool combine = true;           // now and then a multi-attribute node on top
   bool everyOrderGiven = false;  // an arc from each decision to the next
 };
 

@@ -45,6 +45,8 @@ std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeCheckCommand();
 std::unique_ptr<Command> MakeConvertCommand();
 std::unique_ptr<Command> MakeQueryCommand();
+std::unique_ptr<Command> MakeEvalCommand();
+std::unique_ptr<Command> MakeSolveCommand();
 
 /// All commands, in the order of the help.
 std::vector<std::unique_ptr<Command>> MakeCommands();

@@ -6,5 +6,7 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
   commands.push_back(MakeCheckCommand());
   commands.push_back(MakeConvertCommand());
   commands.push_back(MakeQueryCommand());
+  commands.push_back(MakeEvalCommand());
+  commands.push_back(MakeSolveCommand());
   return commands;
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "definitions/mau.h"
 #include "definitions/nodeDefinition.h"
 #include "network/algorithmParameters.h"
 #include "network/extraDefinition.h"
@@ -124,10 +125,11 @@ bool HasLayout(KVN_network& n) {
          own.GetWindowColor() != usual.GetWindowColor();
 }
 
-bool HasCreation(KVN_network& n) {
-  const KVN_creation& c = n.Creation();
-  return IsSet(c.GetCreator()) || IsSet(c.GetCreated()) || IsSet(c.GetModified());
+bool HasDates(KVN_network& n) {
+  return IsSet(n.Creation().GetCreated()) || IsSet(n.Creation().GetModified());
 }
+
+bool HasCreator(KVN_network& n) { return IsSet(n.Creation().GetCreator()); }
 
 bool HasSamples(KVN_network& n) {
   return n.GetNumberOfSamples() != UsualNetwork().GetNumberOfSamples();
@@ -164,7 +166,8 @@ const NetworkCheck kNetworkChecks[] = {
     {kNetworkLayout,     "layout",                          HasLayout        },
     {kNetworkName,       "name",                            IsNamed          },
     {kNetworkComment,    "comment",                         IsCommented      },
-    {kCreation,          "creation",                        HasCreation      },
+    {kCreation,          "creation",                        HasDates         },
+    {kCreator,           "creation",                        HasCreator       },
     {kNetworkProperties, "properties",                      HasProperties    },
     {kNetworkDocuments,  "documents",                       HasDocuments     },
     {kSamples,           "number of samples",               HasSamples       },
@@ -272,27 +275,33 @@ bool HasChoiceValues(KVN_network& n, int handle) {
          definition->GetDefinition(values) == 0 && UsedCount(*values) > 0;
 }
 
+bool HasUtilityFormulas(KVN_network& n, int handle) {
+  return n.TypeOf(handle) == KVN_TYPE_MAU &&
+         static_cast<const KVN_mau&>(*n.DefinitionOf(handle)).GetExpressions() != nullptr;
+}
+
 const NodeCheck kNodeChecks[] = {
-    {kSubmodels,        "submodel",        IsInSubmodel     },
-    {kNodeName,         "name",            IsNodeNamed      },
-    {kNodeComment,      "comment",         IsNodeCommented  },
-    {kNodeProperties,   "properties",      HasNodeProperties},
-    {kNodeDocuments,    "documents",       HasNodeDocuments },
-    {kPosition,         "position",        HasPosition      },
-    {kAppearance,       "appearance",      HasAppearance    },
-    {kTargets,          "target mark",     IsTarget         },
-    {kDiagnosis,        "diagnosis type",  HasType          },
-    {kDiagnosisTexts,   "diagnosis texts", HasTexts         },
-    {kFaultsOfTables,   "faults",          HasFaultsOfTable },
-    {kFaultsOfGates,    "faults",          HasFaultsOfGate  },
-    {kDefaultsOfStates, "default outcome", HasDefaultOfState},
-    {kOtherDefaults,    "default outcome", HasOtherDefault  },
-    {kCostsByParents,   "costs",           HasCostParents   },
-    {kPlainCosts,       "costs",           HasPlainCost     },
-    {kEvidence,         "evidence",        HasEvidence      },
-    {kSoftEvidence,     "soft evidence",   HasSoftEvidence  },
-    {kTemporal,         "temporal kind",   IsTemporal       },
-    {kChoiceValues,     "choice values",   HasChoiceValues  },
+    {kSubmodels,        "submodel",        IsInSubmodel      },
+    {kNodeName,         "name",            IsNodeNamed       },
+    {kNodeComment,      "comment",         IsNodeCommented   },
+    {kNodeProperties,   "properties",      HasNodeProperties },
+    {kNodeDocuments,    "documents",       HasNodeDocuments  },
+    {kPosition,         "position",        HasPosition       },
+    {kAppearance,       "appearance",      HasAppearance     },
+    {kTargets,          "target mark",     IsTarget          },
+    {kDiagnosis,        "diagnosis type",  HasType           },
+    {kDiagnosisTexts,   "diagnosis texts", HasTexts          },
+    {kFaultsOfTables,   "faults",          HasFaultsOfTable  },
+    {kFaultsOfGates,    "faults",          HasFaultsOfGate   },
+    {kDefaultsOfStates, "default outcome", HasDefaultOfState },
+    {kOtherDefaults,    "default outcome", HasOtherDefault   },
+    {kCostsByParents,   "costs",           HasCostParents    },
+    {kPlainCosts,       "costs",           HasPlainCost      },
+    {kEvidence,         "evidence",        HasEvidence       },
+    {kSoftEvidence,     "soft evidence",   HasSoftEvidence   },
+    {kTemporal,         "temporal kind",   IsTemporal        },
+    {kChoiceValues,     "choice values",   HasChoiceValues   },
+    {kUtilityFormulas,  "formulas",        HasUtilityFormulas},
 };
 
 }  // namespace

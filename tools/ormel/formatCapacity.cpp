@@ -32,7 +32,8 @@ constexpr std::uint64_t kOfTheSession = kAlgorithms | kSolver | kUpdateFlags | k
 FormatCapacity Native() {
   FormatCapacity made;
   made.format = KVN_FORMAT_KVN;
-  made.features = kAllFeatures & ~(kOfTheSession | kDiscretization | kEpis | kCases | kTemporal);
+  made.features = kAllFeatures & ~(kOfTheSession | kDiscretization | kEpis | kCases | kTemporal |
+                                   kUtilityFormulas);
   for (int type : {KVN_TYPE_CPT, KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST, KVN_TYPE_TABLE, KVN_TYPE_CAST,
                    KVN_TYPE_NOISY_MAX, KVN_TYPE_MAU}) {
     made.kinds.push_back({type, Fate::kOwn});
@@ -51,7 +52,7 @@ FormatCapacity NativeXml() {
   made.format = KVN_FORMAT_XKVN;
   made.features = kNetworkIdentifier | kNetworkProperties | kSamples | kDiscretization | kEpis |
                   kCases | kTemporal | kNodeProperties | kTargets | kDiagnosis | kFaultsOfTables |
-                  kDefaultsOfStates | kCostsByParents | kOrigin;
+                  kDefaultsOfStates | kCostsByParents | kOrigin | kUtilityFormulas;
   for (int type : {KVN_TYPE_CPT, KVN_TYPE_TRUTHTABLE, KVN_TYPE_LIST, KVN_TYPE_TABLE, KVN_TYPE_CAST,
                    KVN_TYPE_DEMORGAN, KVN_TYPE_NOISY_MAX, KVN_TYPE_NOISY_ADDER, KVN_TYPE_MAU,
                    KVN_TYPE_EQUATION}) {
@@ -81,9 +82,20 @@ FormatCapacity PlainTables(int format, std::uint64_t features, Fate others) {
       {KVN_TYPE_CAST,        others        },
       {KVN_TYPE_DEMORGAN,    others        },
       {KVN_TYPE_MAU,         Fate::kRefused},
+      {KVN_TYPE_EQUATION,    Fate::kRefused},
   };
   made.numberKept = KeepEightDecimals;
   made.longestText = kLongestPiece;
+  return made;
+}
+
+/// A format that writes every node as one of three classes, and refuses none.
+FormatCapacity Xmlbif() {
+  FormatCapacity made = PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable);
+  for (KindFate& kind : made.kinds) {
+    if (kind.type == KVN_TYPE_MAU) kind.fate = Fate::kBlank;
+    if (kind.type == KVN_TYPE_EQUATION) kind.fate = Fate::kGone;
+  }
   return made;
 }
 
@@ -97,6 +109,21 @@ FormatCapacity ChanceOnly() {
   return made;
 }
 
+/// The numbers of two kinds are written and not read.
+FormatCapacity Netica() {
+  FormatCapacity made =
+      PlainTables(KVN_FORMAT_NETICA,
+                  kNetworkIdentifier | kNetworkName | kNetworkComment | kCreator | kNodeName |
+                      kNodeComment | kNodeProperties | kPosition | kOrigin,
+                  Fate::kRefused);
+  for (KindFate& kind : made.kinds) {
+    if (kind.type == KVN_TYPE_TRUTHTABLE) kind.fate = Fate::kStates;
+    if (kind.type == KVN_TYPE_NOISY_MAX) kind.fate = Fate::kBlank;
+    if (kind.type == KVN_TYPE_NOISY_ADDER) kind.fate = Fate::kRefused;
+  }
+  return made;
+}
+
 const std::vector<FormatCapacity>& Table() {
   static const std::vector<FormatCapacity> table = {
       Native(),
@@ -104,8 +131,9 @@ const std::vector<FormatCapacity>& Table() {
       PlainTables(KVN_FORMAT_HUGIN, kNodeName | kNodeProperties | kPosition, Fate::kRefused),
       PlainTables(KVN_FORMAT_MICROSOFT, kNetworkName | kNodeName | kPosition | kOrigin,
                   Fate::kRefused),
-      PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable),
+      Xmlbif(),
       ChanceOnly(),
+      Netica(),
   };
   return table;
 }

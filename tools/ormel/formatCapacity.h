@@ -43,7 +43,9 @@ enum Feature : std::uint64_t {
   kEvidence = 1ull << 34,
   kSoftEvidence = 1ull << 35,
   kChoiceValues = 1ull << 36,
-  kOrigin = 1ull << 37,  // where the whole drawing stands, as against the places in it
+  kOrigin = 1ull << 37,   // where the whole drawing stands, as against the places in it
+  kCreator = 1ull << 38,  // kCreation is the two dates
+  kUtilityFormulas = 1ull << 39,
 };
 
 /// What becomes of a definition in a file of the format.
@@ -51,6 +53,8 @@ enum class Fate {
   kOwn,       // comes back as it was
   kTable,     // its numbers come back as a plain table of the same content
   kKindOnly,  // comes back with the numbers and outcomes of a new definition of its kind
+  kStates,    // comes back with its outcomes and the numbers of a new definition of its kind
+  kBlank,     // comes back as a new plain table
   kGone,      // the node doesn't come back
   kRefused,   // the format refuses a network that has such a node
 };

@@ -148,8 +148,8 @@ class Finder {
   void CheckSubmodels() {
     KVN_submodelHandler& submodels = network.Submodels();
     CheckTexts(*submodels.GetSubmodel(KVN_ROOT_SUBMODEL));
+    if (capacity.Carries(kCreator)) CheckText("creation", network.Creation().GetCreator());
     if (capacity.Carries(kCreation)) {
-      CheckText("creation", network.Creation().GetCreator());
       CheckText("creation", network.Creation().GetCreated());
       CheckText("creation", network.Creation().GetModified());
     }
@@ -263,6 +263,8 @@ class Finder {
         outlook.reason = std::string("the format has no ") + definition->GetTypeName();
       } else if (outlook.fate == Fate::kKindOnly) {
         outlook.outcomesBack = OutcomesOfNew(definition->GetType());
+      } else if (outlook.fate == Fate::kBlank) {
+        outlook.outcomesBack = OutcomesOfNew(KindBack(definition->GetType(), Fate::kBlank));
       }
     }
   }
@@ -308,6 +310,10 @@ class Finder {
         return CheckNumbers("digits", NumbersOf(definition, /*asTable=*/true));
       case Fate::kKindOnly:
         return Add("numbers", "the format has no statement for those of " + kind);
+      case Fate::kStates:
+        return Add("numbers", "no reader of the format takes those of " + kind);
+      case Fate::kBlank:
+        return Add("kind", kind + " becomes an empty plain table");
       case Fate::kRefused:
         return Add("node", "the format refuses networks with a node of the kind " + kind);
       default:
@@ -353,7 +359,7 @@ class Finder {
       if (outlooks[parent].fate == Fate::kGone) {
         Add("parents", "node " + id + " isn't in the file");
         changed = "without node " + id + " the table has another shape";
-      } else if (!IsReadableArc(network.TypeOf(parent), type)) {
+      } else if (!IsReadableArc(network.TypeOf(parent), KindBack(type, outlook.fate))) {
         Add("parents", "no reader takes " + id + ", whose kind is no parent of this one's");
         changed = "without node " + id + " the table has another shape";
       } else if (outlooks[parent].outcomesBack != OutcomesOf(parent)) {
@@ -362,8 +368,16 @@ class Finder {
                   std::to_string(OutcomesOf(parent));
       }
     }
-    const bool hasNumbers = type != KVN_TYPE_LIST && outlook.fate != Fate::kKindOnly;
+    const bool hasNumbers =
+        type != KVN_TYPE_LIST && (outlook.fate == Fate::kOwn || outlook.fate == Fate::kTable ||
+                                  outlook.fate == Fate::kRefused);
     if (hasNumbers && !changed.empty()) Add("numbers", changed);
+  }
+
+  /// Kind of the node that comes back, where it takes other parents than the one that went.
+  static int KindBack(int type, Fate fate) {
+    if (fate != Fate::kBlank) return type;
+    return type == KVN_TYPE_MAU ? KVN_TYPE_TABLE : KVN_TYPE_CPT;
   }
 
   /// The rule by which definitions take parents.
@@ -386,10 +400,12 @@ class Finder {
 
   void CheckOwnOutcomes(KVN_node& node, const Outlook& outlook) {
     const KVN_idArray* names = node.Definition()->GetOutcomesNames();
-    if (outlook.fate != Fate::kKindOnly || names == nullptr) return;
+    const bool isBlank = outlook.fate == Fate::kBlank;
+    if ((outlook.fate != Fate::kKindOnly && !isBlank) || names == nullptr) return;
     const int count = OutcomesOf(node.Handle());
     KVN_network scratch;
-    const KVN_nodeDefinition* fresh = scratch.DefinitionOf(scratch.AddNode(node.GetType(), "x"));
+    const int type = KindBack(node.GetType(), outlook.fate);
+    const KVN_nodeDefinition* fresh = scratch.DefinitionOf(scratch.AddNode(type, "x"));
     bool differ = count != outlook.outcomesBack;
     for (int i = 0; i < count && !differ; i++) {
       differ = std::strcmp(OrEmpty(names->GetString(i)),

@@ -75,7 +75,7 @@ int KVN_ergoSpeaker::ReadFile(const char* fileName) {
   if (int result = OpenLexer(fileName, KVN_LEXICAL_ERGO); result < 0) return result;
   std::error_code failed;
   const auto bytes = std::filesystem::file_size(fileName, failed);
-  if (!failed) fileSize = static_cast<std::int64_t>(bytes);
+  if (!failed) statesLeft = static_cast<std::int64_t>(bytes);
   nodes.CleanUp();
   const int result = ReadNetwork();
   CloseLexer();
@@ -125,11 +125,12 @@ int KVN_ergoSpeaker::ReadNodes(int count) {
 int KVN_ergoSpeaker::AddNode() {
   int states = 0;
   if (int result = RequireInteger(states); result < 0) return result;
-  // No file says anything of more states than it has bytes.
-  if (states < 2 || states > fileSize) {
+  // No file says anything of more states than it has bytes, and two cost next to nothing.
+  if (states < 2 || (states > 2 && states > statesLeft)) {
     (void)ReportText(KVN_REFUSED, "ERROR: '%s' : Invalid number of states", tokenText);
     states = 2;
   }
+  if (states > 2) statesLeft -= states;
   const int handle = network->AddNode(KVN_TYPE_NOISY_MAX, nullptr);
   if (handle < 0) return ReportError(handle, "ERROR: Couldn't Create Node");
   if (int result = nodes.Add(handle); result < 0) return ReportError(result, nullptr);

@@ -52,7 +52,7 @@ class KVN_ergoSpeaker : public KVN_fileFormat {
   int ReadWord(std::string& word);
 
   // Writing, ergoSpeakerWriter.cpp.
-  void WriteStructure();
+  int WriteStructure();
   void WriteProbabilities();
   void WriteNames();
   void WriteLabels();
@@ -61,6 +61,7 @@ class KVN_ergoSpeaker : public KVN_fileFormat {
   void PutCell(const char* text);
   void PutInt(int value, const char* behind);
 
-  KVN_intArray nodes;                                       // handles in the order of the file
-  std::int64_t fileSize = std::numeric_limits<int>::max();  // in bytes, where that can be told
+  KVN_intArray nodes;  // handles in the order of the file
+  /// That the nodes still to come may have: the bytes of the file, where they can be told.
+  std::int64_t statesLeft = std::numeric_limits<int>::max();
 };

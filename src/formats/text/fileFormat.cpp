@@ -84,10 +84,10 @@ KVN_fileFormat::~KVN_fileFormat() {
   CloseLexer();
 }
 
-int KVN_fileFormat::OpenLexer(const char* fileName, int table) {
+int KVN_fileFormat::OpenLexer(const char* fileName, int table, bool returnsEndLines) {
   lexer.reset(new (std::nothrow) KVN_lexicalAnalizer(table));
   if (lexer == nullptr) return KVN_NO_MEMORY;
-  const int result = lexer->OpenFile(fileName);
+  const int result = lexer->OpenFile(fileName, returnsEndLines);
   if (result < 0) CloseLexer();
   return result;
 }

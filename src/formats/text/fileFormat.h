@@ -7,6 +7,7 @@
 #include "formats/text/textFile.h"
 #include "network/fileSpeaker.h"
 
+class KVN_Dmatrix;
 class KVN_doubleArray;
 class KVN_intArray;
 class KVN_network;
@@ -114,7 +115,7 @@ class KVN_fileFormat : public KVN_fileSpeaker {
 
   /// Makes the lexer with a table of KVN_lexicalTableNumber and opens the file. KVN_NO_MEMORY, or
   /// KVN_FILE_IO with "OPEN FILE FAILED" in the log; then there is no lexer.
-  [[nodiscard]] int OpenLexer(const char* fileName, int table);
+  [[nodiscard]] int OpenLexer(const char* fileName, int table, bool returnsEndLines = false);
   void CloseLexer() { lexer.reset(); }
 
   /// Takes the next token into hand (tokenType, tokenText, tokenLength) and leaves it unconsumed.
@@ -173,6 +174,11 @@ class KVN_fileFormat : public KVN_fileSpeaker {
   /// Text, or a number as DoubleToText gives it, where the line stands and without word wrap.
   int PutText(const char* text);
   int PutNumber(double value);
+  /// A table as nested lists, a row per line with the separator behind it; `column` is where the
+  /// first one begins, counted from the indentation. The cells of the last `innerDimensions`
+  /// dimensions make a row, which goes out through WriteDoubleList. KVN_NO_MEMORY.
+  [[nodiscard]] int WriteNestedList(const KVN_Dmatrix& table, int innerDimensions, int column,
+                                    const char* separator);
   /// A backslash pair for tab, line feed, carriage return, double quote and backslash. The
   /// destination must hold twice the length of the source and a NUL.
   static void EscapeString(const char* source, char* destination);

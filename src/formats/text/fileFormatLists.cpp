@@ -1,9 +1,11 @@
 // The lists of the text formats: "(a, b, c)".
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
 #include "formats/text/fileFormat.h"
+#include "foundation/dmatrix.h"
 #include "foundation/doubleArray.h"
 #include "foundation/intArray.h"
 #include "foundation/numberText.h"
@@ -164,4 +166,41 @@ int KVN_fileFormat::WriteDoubleListStatement(const char* name, const KVN_doubleA
 
 int KVN_fileFormat::WriteIntListStatement(const char* name, const KVN_intArray& list, bool whole) {
   return WriteListStatement(name, [&] { return WriteIntList(list, whole); });
+}
+
+/// One bracket per dimension but the last `innerDimensions`, whose cells make a row. A list of
+/// level d begins where all later outer dimensions are at their first index, so at every row number
+/// that is a multiple of the rows in it.
+int KVN_fileFormat::WriteNestedList(const KVN_Dmatrix& table, int innerDimensions, int column,
+                                    const char* separator) {
+  const int levels = std::max(table.GetNumberOfDimensions() - innerDimensions, 0);
+  const int rowSize = levels == 0 ? table.GetSize() : table.GetMultipliers()[levels - 1];
+  const int rows = rowSize == 0 ? 0 : table.GetSize() / rowSize;
+  KVN_intArray rowsOfList;  // by level
+  for (int level = 0; level < levels; ++level) {
+    const int cells = level == 0 ? table.GetSize() : table.GetMultipliers()[level - 1];
+    if (int result = rowsOfList.Add(cells / rowSize); result < 0) return result;
+  }
+  KVN_doubleArray row;
+  if (int result = row.SetSize(rowSize); result < 0) return result;
+  row.UseAsList(rowSize);
+  for (int i = 0; i < rows; ++i) {
+    const auto lists = [&](int at) {
+      return std::count_if(rowsOfList.begin(), rowsOfList.end(),
+                           [at](int size) { return at % size == 0; });
+    };
+    const int opened = static_cast<int>(lists(i));
+    if (i > 0) {
+      PutText(separator);
+      PutText("\n");
+      outputFile.WriteIndent();
+      const int blanks = column + levels - opened;
+      for (int k = 0; k < blanks; ++k) PutText(" ");
+    }
+    for (int k = 0; k < opened; ++k) PutText("(");
+    std::copy_n(table.GetData() + i * rowSize, rowSize, row.begin());
+    (void)WriteDoubleList(row, /*whole=*/false);
+    for (int k = static_cast<int>(lists(i + 1)); k > 0; --k) PutText(")");
+  }
+  return 0;
 }

@@ -2,8 +2,6 @@
 
 #include "formats/text/blankListFormat.h"
 
-class KVN_Dmatrix;
-
 /// The Hugin format, extension "net": a block `net`, a block per node, and a `potential` per node
 /// with its parents and numbers. "%" starts a comment. docs/formats.md holds the grammar.
 ///
@@ -63,7 +61,6 @@ class KVN_huginSpeaker : public KVN_blankListFormat {
   void WriteNode(int handle, long long top);
   void WriteProperties(KVN_node& node);
   int WritePotential(int handle);
-  int WriteNestedList(const KVN_Dmatrix& table, int innerDimensions);
 
   /// The number from which each y is subtracted.
   long long TopEdge() const;

@@ -25,6 +25,13 @@ int TokenTypeOf(int state) {
   }
 }
 
+/// -1 for a character that is none.
+int HexDigit(char character) {
+  if (character >= '0' && character <= '9') return character - '0';
+  if (character >= 'A' && character <= 'F') return character - 'A' + 10;
+  return character >= 'a' && character <= 'f' ? character - 'a' + 10 : -1;
+}
+
 bool IsBlankOrTab(char character) { return character == ' ' || character == '\t'; }
 
 }  // namespace
@@ -46,13 +53,14 @@ int KVN_lexicalAnalizer::CheckReadiness(int /*deep*/) {
   return IsReady() ? 0 : KVN_NOT_READY;
 }
 
-int KVN_lexicalAnalizer::OpenFile(const char* name) {
+int KVN_lexicalAnalizer::OpenFile(const char* name, bool returnsEndLines) {
   if (!IsReady()) return KVN_NO_MEMORY;
   flags = 0;
   historyCount = 0;
   historyPosition = -1;
   buffer[0] = '\0';
   tokenStart = scanPosition = lineEnd = buffer.get();
+  inputFile.SetReturnsEndLines(returnsEndLines);
   if (int result = inputFile.Open(name, KVN_OPEN_TO_READ); result < 0) return result;
   flags = kFromFile;
   const int result = ReadNextLine();
@@ -275,8 +283,14 @@ int KVN_lexicalAnalizer::ScanEscape(bool& skipping) {
       break;
     case '|':
       break;
-    default:
-      return 0;
+    default: {
+      const int high = hasHexEscapes ? HexDigit(second) : -1;
+      const int low = high < 0 ? -1 : HexDigit(scanPosition[2]);
+      if (low < 0) return 0;
+      Append(static_cast<char>(16 * high + low));
+      ++scanPosition;
+      break;
+    }
   }
   scanPosition += 2;
   return 1;

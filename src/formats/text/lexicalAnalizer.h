@@ -62,9 +62,12 @@ class KVN_lexicalAnalizer : public KVN_object {
   int CheckReadiness(int deep) override;
   ~KVN_lexicalAnalizer() override;
 
+  /// With `returnsEndLines` a carriage return alone ends a line, as the files of old machines have
+  /// it.
+  ///
   /// Starts on a file, dropping all tokens of an earlier one. An empty file opens well and has no
   /// tokens. KVN_FILE_IO with "OPEN FILE FAILED" in the log; KVN_NO_MEMORY.
-  [[nodiscard]] int OpenFile(const char* name);
+  [[nodiscard]] int OpenFile(const char* name, bool returnsEndLines = false);
 
   /// The next token, which stays the next one until ConsumeToken. A result below 0 leaves `token`
   /// as it was, but for an unknown character, which becomes a token of class KVN_TOKEN_UNKNOWN.
@@ -85,6 +88,9 @@ class KVN_lexicalAnalizer : public KVN_object {
   [[nodiscard]] int ReadWord(std::string& word);
   /// Whether `text` stands next, behind blanks; consumes nothing but them.
   [[nodiscard]] bool IsNext(const char* text);
+
+  /// From now on a backslash and two hexadecimal digits in a string stand for a byte.
+  void AcceptHexEscapes() { hasHexEscapes = true; }
 
   /// Characters to skip ahead of a token, besides blank, tab and line feed. They still are what
   /// they are inside and right behind one.
@@ -143,6 +149,7 @@ class KVN_lexicalAnalizer : public KVN_object {
   unsigned flags = 0;
 
   bool whitespace[256] = {};  // never the NUL
+  bool hasHexEscapes = false;
 
   std::unique_ptr<Slot[]> slots;  // kHistorySize + 1, used in a circle
   int spareSlot = 0;              // the records are the historyCount slots before this one

@@ -43,13 +43,13 @@ std::string ResolveLinks(const char* name) {
 }
 
 /// Next character, with a carriage return before a line feed or the end of the file left out.
-int NextCharacter(std::FILE* file) {
+int NextCharacter(std::FILE* file, bool returnsEndLines) {
   const int character = getc_unlocked(file);
   if (character != '\r') return character;
   const int next = getc_unlocked(file);
   if (next == '\n' || next == EOF) return next;
   ungetc(next, file);
-  return character;
+  return returnsEndLines ? '\n' : character;
 }
 
 }  // namespace
@@ -144,7 +144,7 @@ int KVN_textFile::ReadLine(char* buffer, int size) {
   int length = 0;
   int character = 0;
   while (length < size - 1 && character != '\n') {
-    character = NextCharacter(file);
+    character = NextCharacter(file, returnsEndLines);
     if (character == EOF) break;
     buffer[length++] = static_cast<char>(character);
   }

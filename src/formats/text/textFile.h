@@ -31,6 +31,8 @@ class KVN_textFile : public KVN_object {
   /// `mode` is KVN_OPEN_TO_READ or KVN_OPEN_TO_WRITE. Closes what was open. KVN_FILE_IO with "OPEN
   /// FILE FAILED" in the log, also for a folder; KVN_REFUSED for another mode.
   [[nodiscard]] int Open(const char* name, int mode);
+  /// Whether a carriage return that no line feed follows ends a line; for the files opened next.
+  void SetReturnsEndLines(bool endLines) { returnsEndLines = endLines; }
   /// 0, or KVN_FILE_IO when something could not be written since Open; then the target is as it was
   /// before. 0 when nothing is open.
   int Close();
@@ -115,6 +117,7 @@ class KVN_textFile : public KVN_object {
   int lineLength = 0;
   bool lineComplete = true;
   bool isWriting = false;
+  bool returnsEndLines = false;
   bool hasFailed = false;     // a write since Open
   std::string targetName;     // the file that Close renames to
   std::string temporaryName;  // empty when the target is written directly

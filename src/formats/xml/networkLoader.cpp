@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "expressions/expression.h"
 #include "foundation/episParameters.h"
 #include "foundation/resultCodes.h"
 #include "network/header.h"
@@ -34,6 +35,10 @@ std::int64_t LongestListOf(const char* fileName) {
 bool LoadXmlNetwork(const char* fileName, KVN_network& network, std::intptr_t loadOptions) {
   return XmlNetLoader(network).Load(fileName, loadOptions);
 }
+
+// Here, where the classes of what is owned are known.
+XmlNetLoader::XmlNetLoader(KVN_network& target) : network(target) {}
+XmlNetLoader::~XmlNetLoader() = default;
 
 bool XmlNetLoader::Load(const char* fileName, std::intptr_t loadOptions) {
   network.SetNumberOfSamples(kDefaultSamples);

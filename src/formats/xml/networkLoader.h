@@ -15,6 +15,7 @@
 #include "foundation/intArray.h"
 #include "foundation/stringArray.h"
 
+class KVN_expression;
 class KVN_network;
 class KVN_nodeDefinition;
 
@@ -57,7 +58,8 @@ IXmlVustaLoader* NewVustaLoader(IXmlReader& reader, KVN_network& network,
 /// the model, ends the load with a message.
 class XmlNetLoader : public XmlReader, public XmlErrorHandler {
  public:
-  explicit XmlNetLoader(KVN_network& target) : network(target) {}
+  explicit XmlNetLoader(KVN_network& target);
+  ~XmlNetLoader() override;
 
   bool Load(const char* fileName, std::intptr_t loadOptions);
 
@@ -132,12 +134,14 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   bool IsCountPlausible(const Kind& kind);
   bool AreRowsPlausible();
   bool IsGatePlausible(const Kind& kind);
+  bool IsMauPlausible(const Kind& kind);
   /// A few parents are enough to ask for a table of gigabytes: whether a list of `listed` words may
   /// be the numbers of `cells` cells. Small tables are left to the model.
   static bool MayFill(std::int64_t cells, int listed);
   void FinishCpt();
   void FinishUtility();
   void FinishMau();
+  void FinishMauFormulas();
   void FinishTruthTable();
   void FinishCast();
   void FinishDemorgan();
@@ -166,6 +170,7 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   void AddIntegerWord();
   void AddTypeWord();
   void AddResultingState();
+  void EndExpression();
   void EndBaseline();
   void EndPriorBelief();
   void AddDouble(KVN_doubleArray& list);
@@ -173,8 +178,9 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   std::int64_t CountCells(std::int64_t own) const;
   /// Cells of the parameters of a gate over the parents read so far, with `own` outcomes.
   std::int64_t CountParameters(std::int64_t own) const;
-  /// Cells of a multi-attribute utility with these parents.
-  std::int64_t CountWeights() const;
+  /// Combinations of alternatives of the decisions among the parents read so far, and the number of
+  /// other parents.
+  std::int64_t CountChoices(std::int64_t& others) const;
 
   KVN_network& network;
   std::vector<std::unique_ptr<XmlBinding>> bindings;
@@ -207,6 +213,7 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   bool hasStrengths = false;
   double baseline = -1.0;
   double priorBelief = -1.0;
+  std::vector<std::unique_ptr<KVN_expression>> formulas;
   std::unordered_map<std::string, int> resultIndex;  // distinct names of resulting states
   KVN_stringArray resultNames;                       // the same by first occurrence
   KVN_intArray results;                              // positions among the names, row by row

@@ -4,6 +4,8 @@
 #include <cstring>
 
 #include "definitions/demorgan.h"
+#include "expressions/expression.h"
+#include "expressions/expressionParser.h"
 #include "formats/xml/networkLoader.h"
 #include "formats/xml/xmlText.h"
 #include "foundation/numberText.h"
@@ -40,6 +42,7 @@ void XmlNetLoader::ResetWork() {
   hasStrengths = false;
   baseline = -1.0;
   priorBelief = -1.0;
+  formulas.clear();
   resultIndex.clear();
   resultNames.CleanUp(/*deep=*/1);
   results.Flush();
@@ -81,17 +84,16 @@ std::int64_t XmlNetLoader::CountParameters(std::int64_t own) const {
   return std::min(rows, kManyCells) * own;
 }
 
-std::int64_t XmlNetLoader::CountWeights() const {
-  std::int64_t rows = 1;
-  std::int64_t utilities = 0;
+std::int64_t XmlNetLoader::CountChoices(std::int64_t& others) const {
+  std::int64_t choices = 1;
   for (int parent : parents) {
     if (network.TypeOf(parent) == KVN_TYPE_LIST) {
-      rows = std::min(rows * network.DefinitionOf(parent)->GetNumberOfOutcomes(), kManyCells);
+      choices = std::min(choices * network.DefinitionOf(parent)->GetNumberOfOutcomes(), kManyCells);
     } else {
-      ++utilities;
+      ++others;
     }
   }
-  return std::min(rows * std::max(utilities, std::int64_t{1}), kManyCells);
+  return choices;
 }
 
 bool XmlNetLoader::MayFill(std::int64_t cells, int listed) {
@@ -142,6 +144,11 @@ void XmlNetLoader::AddResultingState() {
   if ((isNew && resultNames.Add(GetText()) != 0) || results.Add(name->second) != 0) {
     Abort("SetResultingStates failed");  // no memory
   }
+}
+
+void XmlNetLoader::EndExpression() {
+  formulas.emplace_back(ParseExpression(GetText(), nullptr, nullptr));
+  if (formulas.back() == nullptr) AbortWith("Invalid expression: %s", GetText());
 }
 
 void XmlNetLoader::EndBaseline() {

@@ -1,13 +1,17 @@
 // Node elements: the node at the start, its arcs, states and numbers at the end.
 
+#include <algorithm>
+
 #include "definitions/cast.h"
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
 #include "definitions/mau.h"
+#include "definitions/mauExpressionTable.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
 #include "definitions/truthTable.h"
+#include "expressions/expression.h"
 #include "formats/xml/networkLoader.h"
 #include "foundation/resultCodes.h"
 #include "network/extraDefinition.h"
@@ -152,9 +156,7 @@ bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
       Abort("SetUtilities failed");
       return false;
     case KVN_TYPE_MAU:
-      if (MayFill(CountWeights(), weights.GetNumItems())) return true;
-      Abort("SetWeights failed");
-      return false;
+      return IsMauPlausible(kind);
     case KVN_TYPE_TRUTHTABLE:
       return AreRowsPlausible();
     case KVN_TYPE_NOISY_MAX:
@@ -189,6 +191,21 @@ bool XmlNetLoader::IsGatePlausible(const Kind& kind) {
   } else {
     Abort("SetNumberOfOutcomes failed");
   }
+  return false;
+}
+
+bool XmlNetLoader::IsMauPlausible(const Kind& kind) {
+  std::int64_t others = 0;
+  const std::int64_t choices = CountChoices(others);
+  const bool hasFormulas = kind.finish == &XmlNetLoader::FinishMauFormulas;
+  if (!hasFormulas) {
+    if (MayFill(choices * std::max(others, std::int64_t{1}), weights.GetNumItems())) return true;
+    Abort("SetWeights failed");
+    return false;
+  }
+  if (MayFill(choices, static_cast<int>(formulas.size()))) return true;
+  AbortWith("Invalid number of expressions: %d, expected %lld", static_cast<int>(formulas.size()),
+            static_cast<long long>(choices));
   return false;
 }
 
@@ -253,6 +270,34 @@ void XmlNetLoader::FinishMau() {
   const KVN_doubleArray& list = Used(weights);
   if (list.GetNumItems() != definition->GetSize() || definition->SetDefinition(list) != 0) {
     Abort("SetWeights failed");
+  }
+}
+
+void XmlNetLoader::FinishMauFormulas() {
+  KVN_mau& mau = *static_cast<KVN_mau*>(definition);
+  const int count = static_cast<int>(formulas.size());
+  const int expected = mau.CountExpressions();
+  if (count != expected) {
+    AbortWith("Invalid number of expressions: %d, expected %d", count, expected);
+    return;
+  }
+  KVN_intArray shape;
+  for (int parent : parents) {
+    if (network.TypeOf(parent) != KVN_TYPE_LIST) continue;
+    if (shape.Add(network.DefinitionOf(parent)->GetNumberOfOutcomes()) != 0) {
+      return Abort("Unexpected error");
+    }
+  }
+  if (shape.GetNumItems() == 0 && shape.Add(1) != 0) return Abort("Unexpected error");
+  KVN_mauExpressionTable table;
+  if (table.Setup(shape) != 0) return Abort("Unexpected error");
+  for (int i = 0; i < count; ++i) {
+    table.SetItem(i, formulas[static_cast<std::size_t>(i)].release());
+    if (table.GetItem(i) == nullptr) return Abort("Unexpected error");
+  }
+  std::string message;
+  if (mau.SetExpressions(&table, &message) != 0) {
+    AbortWith("SetExpressions failed: '%s'", message.c_str());
   }
 }
 

@@ -1,17 +1,20 @@
 #include "formats/xml/networkSaver.h"
 
 #include <memory>
+#include <string>
 
 #include "definitions/cast.h"
 #include "definitions/cpt.h"
 #include "definitions/demorgan.h"
 #include "definitions/list.h"
 #include "definitions/mau.h"
+#include "definitions/mauExpressionTable.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "definitions/table.h"
 #include "definitions/truthTable.h"
 #include "expressions/equation.h"
+#include "expressions/expression.h"
 #include "formats/xml/networkLoader.h"
 #include "foundation/episParameters.h"
 #include "foundation/errorLog.h"
@@ -229,9 +232,19 @@ void XmlNetworkSaver::VisitTable(KVN_table& definition) {
 }
 
 void XmlNetworkSaver::VisitMau(KVN_mau& definition) {
+  if (definition.GetExpressions() != nullptr) return SaveFormulas(definition);
   OpenNode("mau", definition, /*hasStates=*/false);
   KVN_Dmatrix* weights = nullptr;
   if (definition.GetDefinition(weights) == 0) SaveMatrix("weights", *weights);
+}
+
+void XmlNetworkSaver::SaveFormulas(KVN_mau& definition) {
+  OpenNode("maux", definition, /*hasStates=*/false);
+  for (int i = 0; i < definition.GetExpressions()->GetSize(); ++i) {
+    std::string text;
+    PrintSigned(*definition.GetExpression(i), text);
+    WriteElement("expression", text.c_str(), /*escaped=*/false);
+  }
 }
 
 void XmlNetworkSaver::VisitList(KVN_list& definition) {

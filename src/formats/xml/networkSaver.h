@@ -45,6 +45,7 @@ class XmlNetworkSaver : public XmlWriter, private NodeDefVisitor {
   void VisitTruthTable(KVN_truthTable& definition) override;
   void VisitCpt(KVN_cpt& definition) override;
 
+  void SaveFormulas(KVN_mau& definition);
   void SaveNetwork();
   void SaveProperties(const KVN_userProperties& properties);
   void SaveAlgorithms();

@@ -68,7 +68,7 @@ void Learn(SampleNet& net, KVN_random& random) {
   }
 }
 
-int SampleAdaptively(SampleNet& net) {
+int SampleAdaptively(SampleNet& net, int /*rounds*/) {
   if (int result = net.PrepareTables(); result < 0) return result;
   KVN_random& random = KVN_adaptiveSamplerRandom();
   random.Seed(NewAdaptiveSeed());
@@ -80,4 +80,4 @@ int SampleAdaptively(SampleNet& net) {
 
 }  // namespace
 
-int RunAisSampling(KVN_network& network) { return RunOnParts(network, SampleAdaptively); }
+int RunAisSampling(KVN_network& network) { return RunOnParts(network, SampleAdaptively, 0); }

@@ -10,7 +10,9 @@ class BatchRecorder {
   [[nodiscard]] int Setup(int cells, int samples);
 
   /// Of each sample that counts.
-  void AddWeight(double weight) { squares += weight * weight; }
+  void AddWeight(double weight) {
+    if (IsActive()) AddSquare(weight);
+  }
   /// Whether `done` samples end a batch; call CloseBatch then.
   bool IsBatchEnd(int done) const { return done == nextEnd; }
   /// `accumulated` and `total` as they stand, from the start of the run.
@@ -23,6 +25,7 @@ class BatchRecorder {
   bool IsActive() const { return batchCount > 0; }
 
  private:
+  void AddSquare(double weight);
   double WeightIn(int batch, int cell) const;
   double TotalIn(int batch) const;
 
@@ -31,7 +34,8 @@ class BatchRecorder {
   int batchCount = 0;  // 0: inactive
   int closed = 0;
   int nextEnd = -1;        // samples after which the open batch ends
-  double squares = 0.0;    // of the weights
+  double largest = 0.0;    // weight
+  double squares = 0.0;    // of the weights over the largest: much evidence makes them tiny
   KVN_doubleArray sums;    // by batch and cell, accumulated from the start
   KVN_doubleArray totals;  // by batch, likewise
 };

@@ -16,8 +16,10 @@ namespace {
 int FindDepth(KVN_network& network) {
   KVN_intArray depths;  // by handle
   if (int result = depths.SetSize(network.GetSize()); result < 0) return result;
+  const KVN_intArray& order = network.GetOrderOfNodes();
+  if (order.GetNumItems() < network.GetNumberOfNodes()) return KVN_NO_MEMORY;  // it was cut short
   int depth = 0;
-  for (int handle : network.GetOrderOfNodes()) {
+  for (int handle : order) {
     for (int parent : network.GetParents(handle)) {
       depths[handle] = std::max(depths[handle], depths[parent] + 1);
     }
@@ -67,20 +69,23 @@ int PrepareImportance(SampleNet& net, int rounds, const EpisParameters& settings
   return 0;
 }
 
-int SampleWithPropagation(SampleNet& net) {
+int SampleWithPropagation(SampleNet& net, int rounds) {
   if (int result = net.PrepareTables(); result < 0) return result;
   KVN_network& network = net.View().GetNetwork();
   KVN_random& random = KVN_adaptiveSamplerRandom();
   random.Seed(NewAdaptiveSeed());
   net.ClearBeliefs();
-  const int depth = FindDepth(network);
-  if (depth < 0) return depth;
-  const EpisParameters& settings = network.GetEpisParams();
-  const int rounds = std::min(settings.proplen, depth);
-  if (int result = PrepareImportance(net, rounds, settings); result < 0) return result;
+  if (int result = PrepareImportance(net, rounds, network.GetEpisParams()); result < 0) {
+    return result;
+  }
   return RunSamplingPhase(net, network.GetNumberOfSamples(), random);
 }
 
 }  // namespace
 
-int RunEpisSampling(KVN_network& network) { return RunOnParts(network, SampleWithPropagation); }
+int RunEpisSampling(KVN_network& network) {
+  const int depth = FindDepth(network);  // of the whole, so once for all parts
+  if (depth < 0) return depth;
+  return RunOnParts(network, SampleWithPropagation,
+                    std::min(network.GetEpisParams().proplen, depth));
+}

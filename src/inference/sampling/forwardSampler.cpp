@@ -46,10 +46,13 @@ void Take(ForwardSampler& sampler, Job& job, int part, int s, KVN_random& random
   samples.EndSample(s + 1);
 }
 
-/// All parts are finished, and the last one's result stands for all (intended).
+/// All parts are finished, and whether the last one has useful samples stands for all (intended).
 int FinishAll(Job& job) {
   int result = 0;
-  for (int i = 0; i < job.count; ++i) result = job.samples[i].Finish();
+  for (int i = 0; i < job.count; ++i) {
+    result = job.samples[i].Finish();
+    if (result < 0 && result != KVN_NO_USEFUL_SAMPLES) return result;
+  }
   return result;
 }
 

@@ -16,10 +16,9 @@ int WriteNumbers(const SampleNode& node, KVN_nodeValue& value) {
   return value.SetValue(posterior);
 }
 
-int Propagate(SampleNet& net) {
+int Propagate(SampleNet& net, int rounds) {
   MessagePropagation messages(net);
   if (int result = messages.Build(); result < 0) return result;
-  const int rounds = net.View().GetNetwork().GetEpisParams().proplen;
   if (int result = messages.RunWithBeliefs(rounds); result < 0) return result;
   for (int i = 0; i < net.GetCount(); ++i) {
     SampleNode& node = net[i];
@@ -34,4 +33,6 @@ int Propagate(SampleNet& net) {
 
 }  // namespace
 
-int RunLoopyPropagation(KVN_network& network) { return RunOnParts(network, Propagate); }
+int RunLoopyPropagation(KVN_network& network) {
+  return RunOnParts(network, Propagate, network.GetEpisParams().proplen);
+}

@@ -93,7 +93,7 @@ int PartSamples::NoteQuality() const {
   KVN_doubleArray errors;
   for (int i = 0; i < count; ++i) {
     const PartSampleRecord& record = records[i];
-    if (record.node == nullptr) continue;
+    if (record.node == nullptr || record.HasEvidence()) continue;
     if (int result = errors.SetSize(record.outcomes); result < 0) return result;
     const int start = static_cast<int>(record.weights - weights.GetItems());
     batches.ComputeErrors(start, record.outcomes, errors.GetItems());

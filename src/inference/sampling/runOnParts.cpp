@@ -6,7 +6,7 @@
 #include "inference/sampling/samplingFailure.h"
 #include "network/network.h"
 
-int RunOnParts(KVN_network& network, int (*algorithm)(SampleNet& net)) {
+int RunOnParts(KVN_network& network, int (*algorithm)(SampleNet& net, int rounds), int rounds) {
   (void)network.InvalidateAllBeliefs();
   int result = 0;
   std::unique_ptr<RelevanceParts> parts =
@@ -15,7 +15,7 @@ int RunOnParts(KVN_network& network, int (*algorithm)(SampleNet& net)) {
   for (int i = 0; i < parts->GetCount(); ++i) {
     SampleNet net((*parts)[i]);
     result = net.Build();
-    if (result == 0) result = algorithm(net);
+    if (result == 0) result = algorithm(net, rounds);
     if (result == KVN_NO_MEMORY || result == KVN_REFUSED) return result;
     if (result < 0) return FailForWantOfSamples();
     parts->Free(i);

@@ -1,11 +1,13 @@
 // Self-importance counts the ratio of table to importance twice, so its posteriors aren't those of
 // the network: it is held against a plain rendering of the estimator, on the same stream.
 
+#include <algorithm>
 #include <cmath>
 
 #include "tests/inference/sampling/samplers.h"
 #include "tests/support/builders.h"
 #include "tests/support/networkBuilder.h"
+#include "tests/support/randomNetwork.h"
 
 namespace {
 
@@ -46,7 +48,7 @@ class PlainSelfImportance {
         nodes[i].weights[states[i]] += weight;
         nodes[i].score[Configuration(i)][states[i]] += weight;
       }
-      if (s == 100 || s == 200 || s == 300) {
+      if (s > 0 && s % 100 == 0) {
         Revise();
         revisions++;
       }
@@ -109,8 +111,29 @@ Row Flat(const Table& table) {
   return cells;
 }
 
+void ExpectEstimates(const std::vector<PlainNode>& plain, int samples, std::uint32_t seed) {
+  PlainSelfImportance expected;
+  expected.nodes = plain;
+  expected.Run(samples, seed);
+  KVN_network network;
+  for (const PlainNode& node : plain) {
+    AddCpt(network, nullptr, static_cast<int>(node.table[0].size()), node.parents,
+           Flat(node.table));
+  }
+  const int count = static_cast<int>(plain.size());
+  for (int i = 0; i < count; i++) {
+    if (plain[i].evidence < 0) continue;
+    ASSERT_EQ(network.ValueOf(i)->SetEvidence(plain[i].evidence), 0);
+  }
+  ASSERT_EQ(RunSampler(network, KVN_ALG_SELF_IMPORTANCE, samples, seed), 0);
+  for (int i = 0; i < count; i++) {
+    for (double& weight : expected.nodes[i].weights) weight /= expected.total;
+    EXPECT_TRUE(CellsNear(MatrixOf(network, i), expected.nodes[i].weights, 1e-12)) << i;
+  }
+  EXPECT_EQ(expected.revisions > 0, samples > 100) << "else this shows less than it says";
+}
+
 TEST(SelfImportance, FollowsItsEstimator) {
-  constexpr std::uint32_t kSeed = 18;
   const std::vector<PlainNode> plain = {
       {-1, {},  {{0.2, 0.8}},                                                      {}, {}, {}},
       {-1, {},  {{0.5, 0.3, 0.2}},                                                 {}, {}, {}},
@@ -126,24 +149,39 @@ TEST(SelfImportance, FollowsItsEstimator) {
   // 100 samples end before the first revision, 101 with it; 350 have seen three if all counted.
   for (int samples : {100, 101, 350}) {
     SCOPED_TRACE(samples);
-    PlainSelfImportance expected;
-    expected.nodes = plain;
-    expected.Run(samples, kSeed);
-    KVN_network network;
-    for (const PlainNode& node : plain) {
-      AddCpt(network, nullptr, static_cast<int>(node.table[0].size()), node.parents,
-             Flat(node.table));
+    ExpectEstimates(plain, samples, 18);
+  }
+}
+
+/// One part, of which the reduction takes nothing: each node has a parent or a child, no table has
+/// zeros, and only nodes without children are observed.
+std::vector<PlainNode> MakePlainNodes(RandomSource& random, bool observe) {
+  constexpr int kNodes = 7;
+  std::vector<PlainNode> nodes(kNodes);
+  std::vector<int> outcomes(kNodes);
+  std::vector<bool> isLeaf(kNodes, true);
+  for (int i = 0; i < kNodes; i++) {
+    outcomes[i] = random.Between(2, 4);
+    const std::vector<int> order = random.Permutation(i);
+    nodes[i].parents.assign(order.begin(), order.begin() + std::min(i, random.Between(1, 2)));
+    int rows = 1;
+    for (int parent : nodes[i].parents) {
+      rows *= outcomes[parent];
+      isLeaf[parent] = false;
     }
-    for (int i = 0; i < 5; i++) {
-      if (plain[i].evidence < 0) continue;
-      ASSERT_EQ(network.ValueOf(i)->SetEvidence(plain[i].evidence), 0);
-    }
-    ASSERT_EQ(RunSampler(network, KVN_ALG_SELF_IMPORTANCE, samples, kSeed), 0);
-    for (int i = 0; i < 5; i++) {
-      for (double& weight : expected.nodes[i].weights) weight /= expected.total;
-      EXPECT_TRUE(CellsNear(MatrixOf(network, i), expected.nodes[i].weights, 1e-12)) << i;
-    }
-    EXPECT_EQ(expected.revisions > 0, samples > 100) << "else this shows less than it says";
+    for (int j = 0; j < rows; j++) nodes[i].table.push_back(random.Distribution(outcomes[i], 0.0));
+  }
+  for (int i = 0; i < kNodes; i++) {
+    nodes[i].evidence = observe && isLeaf[i] ? random.Below(outcomes[i]) : -1;
+  }
+  return nodes;
+}
+
+TEST(SelfImportance, FollowsItsEstimatorInRandomNetworks) {
+  for (std::uint32_t seed = 0; seed < 12; seed++) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RandomSource random(seed);
+    ExpectEstimates(MakePlainNodes(random, /*observe=*/seed % 2 == 1), 1000, seed);
   }
 }
 

@@ -1,0 +1,404 @@
+// The node blocks of a Netica file.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "definitions/nodeDefinition.h"
+#include "definitions/truthTable.h"
+#include "formats/text/neticaSpeaker.h"
+#include "foundation/numberText.h"
+#include "foundation/resultCodes.h"
+#include "network/header.h"
+#include "network/network.h"
+#include "network/node.h"
+#include "network/nodeInfo.h"
+#include "network/userProperties.h"
+
+namespace {
+
+constexpr int kBitChance = 2;
+constexpr int kBitDeterministic = 4;
+
+// The last ones come from later versions of the program.
+const char* const kNodeWords[] = {
+    "measure",       "units",     "inputs",   "numcases", "fading",     "delays",
+    "persist",       "position",  "evidcost", "author",   "whochanged", "whenchanged",
+    "locked",        "value",     "evidence", "belief",   "children",   "statetitles",
+    "statecomments", "ExperBase", "EqnDirty", "Disabled", nullptr};
+
+/// A row of nothing but impossible cells belongs to states of the parents that can't meet: any
+/// distribution will do, and an even one is consistent.
+void EvenOutImpossible(KVN_doubleArray& numbers, const std::vector<int>& impossible, int states) {
+  for (std::size_t i = 0; i + states <= impossible.size(); ++i) {
+    const int first = impossible[i];
+    if (first % states != 0 || impossible[i + states - 1] != first + states - 1) continue;
+    for (int k = 0; k < states; ++k) numbers[first + k] = 1.0 / states;
+  }
+}
+
+/// Rows of one number less than there are states get the one that is missing.
+int CompleteRows(KVN_doubleArray& numbers, int states) {
+  KVN_doubleArray whole;
+  const int rows = numbers.GetNumItems() / (states - 1);
+  for (int row = 0; row < rows; ++row) {
+    double rest = 1.0;
+    for (int k = 0; k < states - 1; ++k) {
+      const double number = numbers[row * (states - 1) + k];
+      rest -= number;
+      if (int result = whole.Add(number); result < 0) return result;
+    }
+    if (int result = whole.Add(std::max(rest, 0.0)); result < 0) return result;
+  }
+  numbers = whole;
+  return 0;
+}
+
+}  // namespace
+
+int KVN_neticaSpeaker::ReadNode() {
+  if (int result = RequireToken(KVN_TOKEN_IDENTIFIER, nullptr); result < 0) return result;
+  const int handle = network->AddNode(KVN_TYPE_NONE, tokenText);
+  if (handle < 0) return ReportText(handle, "ERROR: Couldn't Create Node (\"%s\")", tokenText);
+  inHand = std::make_unique<NodeInHand>();
+  inHand->handle = handle;
+  nodeKind = KVN_TYPE_CPT;
+  int result = RequireToken(KVN_TOKEN_PUNCTUATOR, "{");
+  if (result == 0) result = ReadBlockBody([this] { return ReadNodeStatement(); });
+  FinishNode();
+  return result;
+}
+
+const char* KVN_neticaSpeaker::IdOf(int handle) const {
+  const KVN_node* const node = network->GetNode(handle);
+  return node == nullptr || node->GetId() == nullptr ? "_Unnamed_Node_" : node->GetId();
+}
+
+int KVN_neticaSpeaker::ReadNodeStatement() {
+  KVN_node& node = *network->GetNode(inHand->handle);
+  if (AcceptToken(KVN_TOKEN_IDENTIFIER, "user") == 0) {
+    return ReadNamedBlock([this] { return ReadUserStatement(); });
+  }
+  if (AcceptToken(KVN_TOKEN_IDENTIFIER, "visual") == 0) {
+    return ReadNamedBlock([&] { return ReadVisualNodeStatement(node); });
+  }
+  int result = ReadKind();
+  if (result == KVN_NOT_THIS_STATEMENT) result = ReadDiscrete();
+  if (result == KVN_NOT_THIS_STATEMENT) result = ReadChance();
+  if (result == KVN_NOT_THIS_STATEMENT) {
+    result = ReadStatement("title", KVN_TOKEN_STRING);
+    if (result == 0) return ReportError(node.SetName(tokenText), nullptr);
+  }
+  if (result == KVN_NOT_THIS_STATEMENT) {
+    result = ReadStatement("comment", KVN_TOKEN_STRING);
+    if (result == 0) return ReportError(node.SetComment(tokenText), nullptr);
+  }
+  if (result == KVN_NOT_THIS_STATEMENT) result = ReadNumberOfStates();
+  if (result == KVN_NOT_THIS_STATEMENT) result = ReadDefinitionStatement();
+  return result;
+}
+
+/// A statement that changes the kind behind the first use of the definition converts that.
+int KVN_neticaSpeaker::FollowKind() {
+  KVN_node& node = *network->GetNode(inHand->handle);
+  if (node.Definition() == nullptr || inHand->isRefused) return 0;
+  return ReportError(node.ChangeType(nodeKind), nullptr);
+}
+
+int KVN_neticaSpeaker::ReadKind() {
+  if (int result = ReadStatement("kind", KVN_TOKEN_IDENTIFIER); result != 0) return result;
+  if (TokenIs("NATURE") == 1) {
+    nodeKind &= ~(KVN_TYPE_BIT_DECISION | KVN_TYPE_BIT_UTILITY);
+  } else if (TokenIs("DECISION") == 1) {
+    nodeKind &= ~(kBitChance | kBitDeterministic | KVN_TYPE_BIT_UTILITY);
+    nodeKind |= KVN_TYPE_BIT_DECISION;
+  } else if (TokenIs("UTILITY") == 1) {
+    nodeKind = KVN_TYPE_TABLE;
+  } else if (TokenIs("ASSUME") == 1) {
+    nodeKind = KVN_TYPE_CPT;
+    (void)ReportError(KVN_REFUSED, "ERROR: nodes of type ASSUME not supported (yet)");
+  } else {
+    // A constant, or a cut-off parent: as a chance node it would say what nobody said.
+    inHand->isRefused = true;
+    return ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Unknown Node Type", tokenText);
+  }
+  return FollowKind();
+}
+
+/// Of a utility all other statements about the kind are passed over.
+int KVN_neticaSpeaker::ReadDiscrete() {
+  int isDiscrete = 0;
+  if (int result = ReadBoolStatement("discrete", isDiscrete); result != 0) return result;
+  if (nodeKind == KVN_TYPE_TABLE) return 0;
+  nodeKind &= ~KVN_TYPE_BIT_DISCRETE;
+  if (isDiscrete != 0) nodeKind |= KVN_TYPE_BIT_DISCRETE;
+  return FollowKind();
+}
+
+int KVN_neticaSpeaker::ReadChance() {
+  if (int result = ReadStatement("chance", KVN_TOKEN_IDENTIFIER); result != 0) return result;
+  if ((nodeKind & (kBitChance | kBitDeterministic)) == 0) return 0;
+  const bool isChance = TokenIs("CHANCE") == 1;
+  if (!isChance && TokenIs("DETERMIN") == 0) {
+    return ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Unknown Node Type", tokenText);
+  }
+  nodeKind &= ~(kBitChance | kBitDeterministic);
+  nodeKind |= isChance ? kBitChance : kBitDeterministic;
+  return FollowKind();
+}
+
+/// Of use where the states have no names.
+int KVN_neticaSpeaker::ReadNumberOfStates() {
+  return ReadIntStatement("numstates", inHand->statesWanted);
+}
+
+int KVN_neticaSpeaker::ReadUserStatement() {
+  if (int result = RequireToken(KVN_TOKEN_IDENTIFIER, nullptr); result < 0) return result;
+  const std::string key = tokenText;
+  if (int result = RequireToken(KVN_TOKEN_PUNCTUATOR, "="); result < 0) return result;
+  if (int result = RequireToken(KVN_TOKEN_STRING, nullptr); result < 0) return result;
+  KVN_userProperties& properties = network->GetNode(inHand->handle)->Info().UserProperties();
+  return ReportError(std::min(properties.AddProperty(key.c_str(), tokenText), 0), nullptr);
+}
+
+int KVN_neticaSpeaker::ReadDefinitionStatement() {
+  const struct {
+    const char* word;
+    int (KVN_neticaSpeaker::*read)();
+  } statements[] = {
+      {"parents",   &KVN_neticaSpeaker::ReadParents      },
+      {"states",    &KVN_neticaSpeaker::ReadStates       },
+      {"probs",     &KVN_neticaSpeaker::ReadProbabilities},
+      {"functable", &KVN_neticaSpeaker::ReadFunctionTable},
+      {"levels",    &KVN_neticaSpeaker::ReadLevels       },
+      {"equation",  &KVN_neticaSpeaker::ReadEquation     },
+  };
+  for (const auto& statement : statements) {
+    if (AcceptToken(KVN_TOKEN_IDENTIFIER, statement.word) != 0) continue;
+    if (int result = RequireToken(KVN_TOKEN_PUNCTUATOR, "="); result < 0) return result;
+    // Of a node without a definition that was told already.
+    return NeedDefinition() < 0 ? SkipKnown() : (this->*statement.read)();
+  }
+  if (PeekInList(kNodeWords) == 1) return SkipKnown();
+  return ReportToken("ERROR: '%s' : Unknown Node Statement");
+}
+
+/// Makes the definition that the kind asks for, at the first statement that needs it.
+int KVN_neticaSpeaker::NeedDefinition() {
+  if (inHand->isRefused) return KVN_REFUSED;
+  KVN_node& node = *network->GetNode(inHand->handle);
+  if (node.Definition() != nullptr) return 0;
+  if (nodeKind == kBitChance) nodeKind = KVN_TYPE_EQUATION;
+  // Of the types that the engine has this format has words for five.
+  const bool isKnown = nodeKind == KVN_TYPE_TABLE || nodeKind == KVN_TYPE_LIST ||
+                       nodeKind == KVN_TYPE_CPT || nodeKind == KVN_TYPE_TRUTHTABLE ||
+                       nodeKind == KVN_TYPE_EQUATION;
+  if (isKnown && node.ChangeType(nodeKind) == 0 && node.Definition() != nullptr) return 0;
+  inHand->isRefused = true;
+  return ReportText(KVN_REFUSED, "ERROR: Type of node [%s] unsupported", IdOf(inHand->handle));
+}
+
+// Statements of the definition.
+
+int KVN_neticaSpeaker::ReadParents() {
+  if (int result = ReadIdentifierList(inHand->parents); result < 0) return result;
+  bool areKnown = true;
+  for (int i = 0; i < inHand->parents.GetNumItems(); ++i) {
+    areKnown = areKnown && network->FindNode(inHand->parents[i]) >= 0;
+  }
+  inHand->isDeferred = !areKnown;
+  if (areKnown) AddParents(*inHand);
+  return 0;
+}
+
+void KVN_neticaSpeaker::AddParents(NodeInHand& hand) {
+  for (int i = 0; i < hand.parents.GetNumItems(); ++i) {
+    const char* const id = hand.parents[i];
+    const int result = network->AddArc(network->FindNode(id), hand.handle, /*layer=*/0);
+    if (result == 0) continue;
+    std::snprintf(errorMessage, sizeof errorMessage,
+                  "ERROR: Couldn't add arc from node [%s] to node [%s]", id, IdOf(hand.handle));
+    (void)ReportError(result, errorMessage);
+  }
+}
+
+int KVN_neticaSpeaker::ReadStates() {
+  KVN_stringArray names;
+  if (int result = ReadIdentifierList(names); result < 0) return result;
+  KVN_nodeDefinition& definition = *network->DefinitionOf(inHand->handle);
+  const int count = names.GetNumItems();
+  if (count == 0) return ReportError(KVN_REFUSED, nullptr);
+  inHand->statesWanted = 0;
+  if (KVN_equation* equation = EquationOf(inHand->handle); equation != nullptr) {
+    return SetEvenIntervals(*equation, names);
+  }
+  if (int result = definition.SetNumberOfOutcomes(names); result < 0) {
+    return ReportError(result, nullptr);
+  }
+  if (definition.GetNumberOfOutcomes() > count) {
+    (void)ReportText(KVN_REFUSED, "ERROR: Node (\"%s\") : Two states needed, one added",
+                     IdOf(inHand->handle));
+  }
+  return 0;
+}
+
+/// "(" elements "," elements ")", nested in any way. An element is read by `int ()`, which answers
+/// KVN_NOT_THIS_STATEMENT for what is none.
+template <typename Element>
+int KVN_neticaSpeaker::ReadNested(Element readElement) {
+  int depth = 0;
+  do {
+    if (AcceptToken(KVN_TOKEN_PUNCTUATOR, "(") == 0) {
+      ++depth;
+    } else if (depth > 0 && AcceptToken(KVN_TOKEN_PUNCTUATOR, ")") == 0) {
+      --depth;
+    } else if (depth == 0 || AcceptToken(KVN_TOKEN_PUNCTUATOR, ",") != 0) {
+      const int result = depth == 0 ? KVN_NOT_THIS_STATEMENT : readElement();
+      if (result == KVN_NOT_THIS_STATEMENT) return RequireToken(kNoClass, nullptr);
+      if (result < 0) return result;
+    }
+  } while (depth > 0);
+  return 0;
+}
+
+int KVN_neticaSpeaker::ReadNumbers(KVN_doubleArray& numbers) {
+  std::vector<int> impossible;
+  return ReadNested([&] { return ReadNumber(numbers, impossible); });
+}
+
+/// A number, or `@imposs` for a cell that no states of the parents lead to.
+int KVN_neticaSpeaker::ReadNumber(KVN_doubleArray& numbers, std::vector<int>& impossible) {
+  double value = 0.0;
+  if (ReadDouble(value) != 0) {
+    if (AcceptToken(KVN_TOKEN_PUNCTUATOR, "@") != 0 ||
+        AcceptToken(KVN_TOKEN_IDENTIFIER, "imposs") != 0) {
+      return KVN_NOT_THIS_STATEMENT;
+    }
+    impossible.push_back(numbers.GetNumItems());
+  }
+  return ReportError(numbers.Add(value), nullptr);
+}
+
+int KVN_neticaSpeaker::ReadNames(KVN_stringArray& names) {
+  return ReadNested([&] {
+    if (AcceptToken(KVN_TOKEN_IDENTIFIER, nullptr) != 0) return KVN_NOT_THIS_STATEMENT;
+    return ReportError(names.Add(tokenText), nullptr);
+  });
+}
+
+int KVN_neticaSpeaker::ReadProbabilities() {
+  if (nodeKind == KVN_TYPE_EQUATION) return SkipKnown();  // the formula stands for them
+  std::vector<int> impossible;
+  UseNumberOfStates();
+  inHand->numbers.CleanUp();
+  if (int result = ReadNested([&] { return ReadNumber(inHand->numbers, impossible); });
+      result < 0) {
+    return result;
+  }
+  const int states = network->DefinitionOf(inHand->handle)->GetNumberOfOutcomes();
+  if (states > 0) EvenOutImpossible(inHand->numbers, impossible, states);
+  inHand->hasNumbers = inHand->hasTable = true;
+  if (!inHand->isDeferred) StoreNumbers(*inHand);
+  return 0;
+}
+
+/// Where a file tells how many states there are, and not their names. What it asks for is held
+/// against its size: no file says anything of more states than it has bytes.
+void KVN_neticaSpeaker::UseNumberOfStates() {
+  const int count = std::exchange(inHand->statesWanted, 0);
+  KVN_nodeDefinition& definition = *network->DefinitionOf(inHand->handle);
+  if (count == 0 || count == definition.GetNumberOfOutcomes()) return;
+  if ((nodeKind & KVN_TYPE_BIT_DISCRETE) == 0) return;
+  if (count < 2 || count > statesLeft) {
+    (void)ReportNumber(KVN_REFUSED, "ERROR: '%d' : Invalid number of states", count);
+    return;
+  }
+  statesLeft -= count;
+  (void)ReportError(definition.SetNumberOfOutcomes(count), nullptr);
+}
+
+/// A decision's table is the policy that somebody has computed once.
+int KVN_neticaSpeaker::ReadFunctionTable() {
+  if ((nodeKind & KVN_TYPE_BIT_DECISION) != 0) return SkipKnown();
+  UseNumberOfStates();
+  int result = 0;
+  if ((nodeKind & KVN_TYPE_BIT_DISCRETE) != 0) {
+    inHand->results.CleanUp(/*deep=*/1);
+    result = ReadNames(inHand->results);
+    inHand->hasResults = result == 0;
+  } else {
+    inHand->numbers.CleanUp();
+    result = ReadNumbers(inHand->numbers);
+    inHand->hasNumbers = result == 0;
+  }
+  if (result < 0) return result;
+  inHand->hasTable = true;
+  if (!inHand->isDeferred) StoreNumbers(*inHand);
+  return 0;
+}
+
+/// Numbers that are too few or too many are worse than none: it isn't known where they belong.
+void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
+  KVN_nodeDefinition& definition = *network->DefinitionOf(hand.handle);
+  if (hand.hasResults) {
+    (void)ReportError(definition.SetDefinition(hand.results), nullptr);
+    hand.hasResults = false;
+  }
+  if (!hand.hasNumbers) return;
+  hand.hasNumbers = false;
+  const int expected = std::max(definition.GetSize(), 0);
+  const int states = definition.GetNumberOfOutcomes();
+  int count = hand.numbers.GetNumItems();
+  if (states > 1 && count == expected / states * (states - 1)) {
+    if (int result = CompleteRows(hand.numbers, states); result < 0) {
+      (void)ReportError(result, nullptr);
+      return;
+    }
+    count = hand.numbers.GetNumItems();
+  }
+  if (count != expected) {
+    std::snprintf(errorMessage, sizeof errorMessage,
+                  "ERROR: Node (\"%s\") : %d numbers found, %d expected", IdOf(hand.handle), count,
+                  expected);
+    (void)ReportError(KVN_REFUSED, errorMessage);
+    return;
+  }
+  (void)ReportError(definition.SetDefinition(hand.numbers), nullptr);
+}
+
+/// At the end of a node's block.
+void KVN_neticaSpeaker::FinishNode() {
+  const bool isWhole = NeedDefinition() == 0 && network->DefinitionOf(inHand->handle)->IsReady();
+  if (!isWhole) {
+    (void)ReportText(KVN_NOT_READY, "ERROR: Node not ready (valid). Node (\"%s\") deleted",
+                     IdOf(inHand->handle));
+    (void)network->DeleteNode(inHand->handle);
+    inHand.reset();
+    return;
+  }
+  UseNumberOfStates();
+  TellWhatIsMissing(EquationOf(inHand->handle) != nullptr);
+  if (inHand->isDeferred) deferred.push_back(std::move(inHand));
+  inHand.reset();
+}
+
+/// A node of which the file says what the engine doesn't take, and nothing else.
+void KVN_neticaSpeaker::TellWhatIsMissing(bool isEquation) {
+  const char* message = nullptr;
+  if (isEquation && !inHand->hasEquation) message = "ERROR: Node (\"%s\") : No equation";
+  if (!isEquation && inHand->hasEquation && !inHand->hasTable) {
+    message = "ERROR: Node (\"%s\") : Equation without a table";
+  }
+  if (message != nullptr) (void)ReportText(KVN_NOT_APPLICABLE, message, IdOf(inHand->handle));
+}
+
+/// The nodes whose parents stand behind them.
+void KVN_neticaSpeaker::FinishDeferred() {
+  for (const std::unique_ptr<NodeInHand>& hand : deferred) {
+    AddParents(*hand);
+    StoreNumbers(*hand);
+    StoreEquation(*hand);
+  }
+  deferred.clear();
+}
