@@ -84,7 +84,7 @@ TEST(EquationXml, RefusedContentEndsTheLoadWithTheReason) {
       {EquationElement("y",                                "y = 1", kIntervals), "SetDiscIntervals failed: ''"},
       {EquationElement("y",                                                  "y = 1",                                                      "", " lower='x'"),
        "Floating point value expected for attribute 'lower'"},
-      {"<equation id='y'/>",                                       "Required element 'definition' not present in element 'equation'"                               },
+      {"<equation id='y'/>",                                       "SetEquation failed: 'Equation cannot be empty.'"                               },
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.nodes);
