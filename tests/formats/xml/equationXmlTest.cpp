@@ -77,14 +77,16 @@ TEST(EquationXml, RefusedContentEndsTheLoadWithTheReason) {
     std::string nodes;
     const char* message;
   } cases[] = {
-      {EquationElement("y",                                "y = 1 +"),             "SetEquation failed: 'Factor expected'"},
-      {EquationElement("y",                                                  ""),                                                      "SetEquation failed: 'Equation cannot be empty.'"},
-      {EquationElement("y", "y"),"SetEquation failed: 'Toplevel '=' sign missing in equation'"},
-      {EquationElement("y",                                              "y = z"),                                      "SetEquation failed: 'Unknown node identifier: z'"},
-      {EquationElement("y",                                "y = 1", kIntervals), "SetDiscIntervals failed: ''"},
-      {EquationElement("y",                                                  "y = 1",                                                      "", " lower='x'"),
+      // clang-format off
+      {EquationElement("y", "y = 1 +"), "SetEquation failed: 'Factor expected'"},
+      {EquationElement("y", ""),        "SetEquation failed: 'Equation cannot be empty.'"},
+      {EquationElement("y", "y"),       "SetEquation failed: 'Toplevel '=' sign missing in equation'"},
+      {EquationElement("y", "y = z"),   "SetEquation failed: 'Unknown node identifier: z'"},
+      {EquationElement("y", "y = 1", kIntervals), "SetDiscIntervals failed: ''"},
+      {EquationElement("y", "y = 1", "", " lower='x'"),
        "Floating point value expected for attribute 'lower'"},
-      {"<equation id='y'/>",                                       "SetEquation failed: 'Equation cannot be empty.'"                               },
+      {"<equation id='y'/>",            "SetEquation failed: 'Equation cannot be empty.'"},
+      // clang-format on
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.nodes);
