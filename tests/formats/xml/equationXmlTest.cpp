@@ -73,11 +73,11 @@ TEST(EquationXml, ReadsRangeFormulaAndIntervals) {
 }
 
 TEST(EquationXml, RefusedContentEndsTheLoadWithTheReason) {
+  // clang-format off
   const struct {
     std::string nodes;
     const char* message;
   } cases[] = {
-      // clang-format off
       {EquationElement("y", "y = 1 +"), "SetEquation failed: 'Factor expected'"},
       {EquationElement("y", ""),        "SetEquation failed: 'Equation cannot be empty.'"},
       {EquationElement("y", "y"),       "SetEquation failed: 'Toplevel '=' sign missing in equation'"},
@@ -86,8 +86,8 @@ TEST(EquationXml, RefusedContentEndsTheLoadWithTheReason) {
       {EquationElement("y", "y = 1", "", " lower='x'"),
        "Floating point value expected for attribute 'lower'"},
       {"<equation id='y'/>",            "SetEquation failed: 'Equation cannot be empty.'"},
-      // clang-format on
   };
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(c.nodes);
     const Loaded net(c.nodes);
