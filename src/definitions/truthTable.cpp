@@ -16,9 +16,10 @@ int KVN_truthTable::CheckConsistency(int deep) {
 
 int KVN_truthTable::ReCreate() {
   if (int result = KVN_cpt::ReCreate(); result < 0) return result;
-  const int rows = GetNumberOfRows();
   table.FillWith(0.0);
-  for (int row = 0; row < rows; row++) table[row * numberOfOutcomes] = 1.0;
+  // By cells, not by rows: where memory was short for a parent, the last dimension needn't be the
+  // outcomes.
+  for (int cell = 0; cell < table.GetSize(); cell += numberOfOutcomes) table[cell] = 1.0;
   return KVN_SUCCESS;
 }
 
