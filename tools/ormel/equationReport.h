@@ -54,7 +54,8 @@ void CollectValues(const KVN_network& network, const std::vector<int>& targets,
                    EquationReport& report);
 
 /// For people: each node with its numbers and a histogram, or its intervals with a bar each.
-/// Numbers have six significant digits, or `digits` decimals when that is 0 or more.
+/// Numbers have six significant digits, those of the histogram four, or `digits` decimals when that
+/// is 0 or more.
 void PrintEquationTable(const EquationReport& report, int digits, bool colour,
                         std::ostream& stream);
 /// What has not been computed, and what is no number, is null.

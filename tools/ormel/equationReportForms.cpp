@@ -18,11 +18,12 @@ using Range = EquationReport::Range;
 
 constexpr int kProbabilityDigits = 4;
 constexpr int kSignificantDigits = 6;
+constexpr int kBarEndDigits = 4;
 
-std::string NumberText(double number, int digits) {
+std::string NumberText(double number, int digits, int significant = kSignificantDigits) {
   if (digits >= 0) return Fixed(number, digits);
   char text[64];
-  std::snprintf(text, sizeof text, "%.*g", kSignificantDigits, number);
+  std::snprintf(text, sizeof text, "%.*g", significant, number);
   return text;
 }
 
@@ -35,9 +36,11 @@ void PrintRanges(const std::vector<Range>& ranges, int digits, std::ostream& str
   std::vector<std::string> labels;
   std::size_t width = 0;
   for (const Range& range : ranges) {
-    const std::string name = range.id.empty() ? "" : ToPrintable(range.id.c_str()) + "  ";
-    labels.push_back(name + NumberText(range.lower, digits) + " to " +
-                     NumberText(range.upper, digits));
+    const bool isBar = range.id.empty();
+    const std::string name = isBar ? "" : ToPrintable(range.id.c_str()) + "  ";
+    const int significant = isBar ? kBarEndDigits : kSignificantDigits;
+    labels.push_back(name + NumberText(range.lower, digits, significant) + " to " +
+                     NumberText(range.upper, digits, significant));
     width = std::max(width, labels.back().size());
   }
   for (std::size_t i = 0; i < ranges.size(); i++) {

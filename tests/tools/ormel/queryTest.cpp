@@ -165,7 +165,8 @@ TEST(QueryCommand, ReadsEvidenceFiles) {
       {"object.json", "{\"Dyspnea\": \"yes\", \"VisitToAsia\": 0}",     kExitDone,     ""           },
       {"bad.txt",     "Dyspnea=yes\nVisitToAsia\n",                     kExitBadFile,  "bad.txt:2:" },
       {"bad.json",    "{\"Dyspnea\":\n yes}",                           kExitBadFile,  "bad.json:2:"},
-      {"real.json",   "{\"Dyspnea\": 0.5}",                             kExitBadFile,  "index"      },
+      {"real.json",   "{\"Dyspnea\": 0.5}",                             kExitBadUsage, "'0.5'"      },
+      {"null.json",   "{\"Dyspnea\": null}",                            kExitBadFile,  "a number"   },
       {"list.json",   "[1]",                                            kExitBadFile,  "NODE=STATE" },
       {"node.txt",    "Dispnea=yes\n",                                  kExitBadUsage, "'Dyspnea'?" },
   };
