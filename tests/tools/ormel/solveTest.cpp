@@ -24,9 +24,7 @@ struct ToolRun {
   std::string messages;
 };
 
-ToolRun Solve(const std::string& file, const std::vector<std::string>& arguments) {
-  std::vector<std::string> all = {"solve", file};
-  all.insert(all.end(), arguments.begin(), arguments.end());
+ToolRun RunTool(const std::vector<std::string>& all) {
   std::ostringstream data;
   std::ostringstream messages;
   Output output(data, messages);
@@ -35,6 +33,12 @@ ToolRun Solve(const std::string& file, const std::vector<std::string>& arguments
   run.data = data.str();
   run.messages = messages.str();
   return run;
+}
+
+ToolRun Solve(const std::string& file, const std::vector<std::string>& arguments) {
+  std::vector<std::string> all = {"solve", file};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  return RunTool(all);
 }
 
 std::string Example(const std::string& name) { return std::string(KVN_EXAMPLES "/") + name; }
@@ -245,6 +249,21 @@ potential (Joy | Weather Place) { data = ((10 4)(0 5)); }
   EXPECT_EQ(answer["decisions"]["Place"]["given"], Json({"Weather"}));
   EXPECT_EQ(answer["decisions"]["Place"]["best"], Json({"out", "in"}));
   EXPECT_NEAR(answer["expected_utility"].get<double>(), 6.25, 1e-12);
+}
+
+/// Formats of other programs that know decisions and utilities carry what the answer needs.
+TEST(SolveCommand, SolvesAnExampleInOtherFormats) {
+  const ScratchFolder folder;
+  for (const char* extension : {"net", "xml03", "dsc", "dne"}) {
+    SCOPED_TRACE(extension);
+    const std::string file = folder.Path(std::string("oil.") + extension);
+    ASSERT_EQ(RunTool({"convert", Example("oil-wildcatter.xkvn"), file}).code, kExitDone);
+    const ToolRun run = Solve(file, {"--output", "json"});
+    ASSERT_EQ(run.code, kExitDone) << run.messages;
+    const Json answer = Json::parse(run.data);
+    EXPECT_NEAR(answer["expected_utility"].get<double>(), 22.5, kEightDecimals);
+    EXPECT_EQ(answer["decisions"]["Drill"]["best"][0], Json({"dont", "drill", "drill", nullptr}));
+  }
 }
 
 }  // namespace
