@@ -60,7 +60,7 @@ const XmlNetLoader::Kind XmlNetLoader::kKinds[] = {
      KVN_TYPE_MAU,                       false,
      false,                                                         &XmlNetLoader::FinishMauFormulas,
      {{"expression", KVN_XML_ONE_OR_MORE, nullptr, &XmlNetLoader::EndExpression, nullptr}}              },
-    {"equation",      KVN_TYPE_EQUATION, false,              false, &XmlNetLoader::FinishEquation,   {}},
+    {"equation",      KVN_TYPE_EQUATION, false,              false, &XmlNetLoader::FinishEquation,    {}},
     {"cast",
      KVN_TYPE_CAST,                      false,
      false,                                                         &XmlNetLoader::FinishCast,
