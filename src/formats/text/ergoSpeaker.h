@@ -52,7 +52,7 @@ class KVN_ergoSpeaker : public KVN_fileFormat {
   int ReadWord(std::string& word);
 
   // Writing, ergoSpeakerWriter.cpp.
-  void WriteStructure();
+  int WriteStructure();
   void WriteProbabilities();
   void WriteNames();
   void WriteLabels();

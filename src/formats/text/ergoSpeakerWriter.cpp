@@ -15,6 +15,9 @@ constexpr int kUsualMargin = 70;
 
 int KVN_ergoSpeaker::WriteFile(const char* fileName) {
   nodes = network->GetOrderOfNodes();
+  if (nodes.GetNumItems() != network->GetNumberOfNodes()) {
+    return ReportError(KVN_NO_MEMORY, nullptr);
+  }
   for (int handle : nodes) {
     const int type = network->TypeOf(handle);
     if (type == KVN_TYPE_CPT || type == KVN_TYPE_TRUTHTABLE) continue;
@@ -22,7 +25,10 @@ int KVN_ergoSpeaker::WriteFile(const char* fileName) {
   }
   if (int result = outputFile.Open(fileName, KVN_OPEN_TO_WRITE); result < 0) return result;
   (void)SetRightMargin(kWideMargin);  // cut to the widest that there is
-  WriteStructure();
+  if (int result = WriteStructure(); result < 0) {
+    outputFile.Discard();
+    return ReportError(result, nullptr);
+  }
   (void)SetRightMargin(kUsualMargin);
   WriteProbabilities();
   WriteNames();
@@ -48,9 +54,9 @@ void KVN_ergoSpeaker::PutInt(int value, const char* behind) {
   WriteText(behind);
 }
 
-void KVN_ergoSpeaker::WriteStructure() {
+int KVN_ergoSpeaker::WriteStructure() {
   KVN_intArray positions;  // by handle, from 1
-  (void)positions.SetSize(network->GetSize());
+  if (int result = positions.SetSize(network->GetSize()); result < 0) return result;
   PutInt(nodes.GetNumItems(), "\n\n");
   int position = 0;
   for (int handle : nodes) {
@@ -66,7 +72,7 @@ void KVN_ergoSpeaker::WriteStructure() {
     }
     PutText("\n");
   }
-  PutText("\n\n");
+  return PutText("\n\n");
 }
 
 void KVN_ergoSpeaker::WriteProbabilities() {

@@ -88,7 +88,7 @@ class KVN_xmlSpeaker : public KVN_fileFormat {
   void WriteElement(const char* name, const char* text);
   void WriteTag(const char* before, const char* name);
   void WriteVariable(int handle);
-  void WriteDefinition(int handle);
+  int WriteDefinition(int handle);
   const char* TypeWordOf(int handle);
 
   Tag tag;                    // the one that was read last

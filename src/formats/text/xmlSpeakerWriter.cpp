@@ -2,6 +2,7 @@
 #include "formats/text/xmlSpeaker.h"
 #include "foundation/doubleArray.h"
 #include "foundation/numberText.h"
+#include "foundation/resultCodes.h"
 #include "network/header.h"
 #include "network/network.h"
 #include "network/node.h"
@@ -45,7 +46,12 @@ int KVN_xmlSpeaker::WriteFile(const char* fileName) {
   WriteElement("NAME", Or(network->Header().GetId(), "Unnamed"));
   const KVN_intArray& order = network->GetOrderOfNodes();
   for (int handle : order) WriteVariable(handle);
-  for (int handle : order) WriteDefinition(handle);
+  for (int handle : order) {
+    if (int result = WriteDefinition(handle); result < 0) {
+      outputFile.Discard();
+      return ReportError(result, nullptr);
+    }
+  }
   (void)outputFile.DecreaseIndent();
   WriteTag("</", "NETWORK");
   WriteTag("</", "BIF");
@@ -105,7 +111,8 @@ void KVN_xmlSpeaker::WriteVariable(int handle) {
   WriteTag("</", "VARIABLE");
 }
 
-void KVN_xmlSpeaker::WriteDefinition(int handle) {
+/// A definition without a table has none in the file; a gate may lack the memory to build it.
+int KVN_xmlSpeaker::WriteDefinition(int handle) {
   WriteTag("<", "DEFINITION");
   (void)outputFile.IncreaseIndent();
   WriteElement("FOR", IdOf(handle));
@@ -115,7 +122,9 @@ void KVN_xmlSpeaker::WriteDefinition(int handle) {
   }
   KVN_nodeDefinition* const definition = network->DefinitionOf(handle);
   KVN_Dmatrix* table = nullptr;
-  if (definition != nullptr && definition->GetDefinition(table) == 0) {
+  const int result = definition != nullptr ? definition->GetDefinition(table) : KVN_NOT_APPLICABLE;
+  if (result < 0 && result != KVN_NOT_APPLICABLE) return result;
+  if (result == 0) {
     WriteTag("<", "TABLE");
     (void)outputFile.IncreaseIndent();
     outputFile.WriteIndent();
@@ -126,4 +135,5 @@ void KVN_xmlSpeaker::WriteDefinition(int handle) {
   }
   (void)outputFile.DecreaseIndent();
   WriteTag("</", "DEFINITION");
+  return 0;
 }
