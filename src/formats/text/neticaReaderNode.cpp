@@ -23,10 +23,10 @@ constexpr int kBitDeterministic = 4;
 
 // The last ones come from later versions of the program.
 const char* const kNodeWords[] = {
-    "measure",     "levels",        "units",     "inputs",   "numcases", "fading",
-    "delays",      "persist",       "position",  "evidcost", "author",   "whochanged",
-    "whenchanged", "locked",        "value",     "evidence", "belief",   "children",
-    "statetitles", "statecomments", "ExperBase", "EqnDirty", "Disabled", nullptr};
+    "measure",       "units",     "inputs",   "numcases", "fading",     "delays",
+    "persist",       "position",  "evidcost", "author",   "whochanged", "whenchanged",
+    "locked",        "value",     "evidence", "belief",   "children",   "statetitles",
+    "statecomments", "ExperBase", "EqnDirty", "Disabled", nullptr};
 
 /// A row of nothing but impossible cells belongs to states of the parents that can't meet: any
 /// distribution will do, and an even one is consistent.
@@ -171,16 +171,14 @@ int KVN_neticaSpeaker::ReadDefinitionStatement() {
       {"states",    &KVN_neticaSpeaker::ReadStates       },
       {"probs",     &KVN_neticaSpeaker::ReadProbabilities},
       {"functable", &KVN_neticaSpeaker::ReadFunctionTable},
+      {"levels",    &KVN_neticaSpeaker::ReadLevels       },
+      {"equation",  &KVN_neticaSpeaker::ReadEquation     },
   };
   for (const auto& statement : statements) {
     if (AcceptToken(KVN_TOKEN_IDENTIFIER, statement.word) != 0) continue;
     if (int result = RequireToken(KVN_TOKEN_PUNCTUATOR, "="); result < 0) return result;
     // Of a node without a definition that was told already.
     return NeedDefinition() < 0 ? SkipKnown() : (this->*statement.read)();
-  }
-  if (PeekIs("equation") == 1) {
-    inHand->hasEquation = true;
-    return SkipKnown();
   }
   if (PeekInList(kNodeWords) == 1) return SkipKnown();
   return ReportToken("ERROR: '%s' : Unknown Node Statement");
@@ -194,7 +192,8 @@ int KVN_neticaSpeaker::NeedDefinition() {
   if (nodeKind == kBitChance) nodeKind = KVN_TYPE_EQUATION;
   // Of the types that the engine has this format has words for five.
   const bool isKnown = nodeKind == KVN_TYPE_TABLE || nodeKind == KVN_TYPE_LIST ||
-                       nodeKind == KVN_TYPE_CPT || nodeKind == KVN_TYPE_TRUTHTABLE;
+                       nodeKind == KVN_TYPE_CPT || nodeKind == KVN_TYPE_TRUTHTABLE ||
+                       nodeKind == KVN_TYPE_EQUATION;
   if (isKnown && node.ChangeType(nodeKind) == 0 && node.Definition() != nullptr) return 0;
   inHand->isRefused = true;
   return ReportText(KVN_REFUSED, "ERROR: Type of node [%s] unsupported", IdOf(inHand->handle));
@@ -231,6 +230,9 @@ int KVN_neticaSpeaker::ReadStates() {
   const int count = names.GetNumItems();
   if (count == 0) return ReportError(KVN_REFUSED, nullptr);
   inHand->statesWanted = 0;
+  if (KVN_equation* equation = EquationOf(inHand->handle); equation != nullptr) {
+    return SetEvenIntervals(*equation, names);
+  }
   if (int result = definition.SetNumberOfOutcomes(names); result < 0) {
     return ReportError(result, nullptr);
   }
@@ -286,6 +288,7 @@ int KVN_neticaSpeaker::ReadNames(KVN_stringArray& names) {
 }
 
 int KVN_neticaSpeaker::ReadProbabilities() {
+  if (nodeKind == KVN_TYPE_EQUATION) return SkipKnown();  // the formula stands for them
   std::vector<int> impossible;
   UseNumberOfStates();
   inHand->numbers.CleanUp();
@@ -335,13 +338,36 @@ int KVN_neticaSpeaker::ReadFunctionTable() {
   return 0;
 }
 
+/// A state for each configuration of the parents, all of them states of the node.
+void KVN_neticaSpeaker::StoreResults(NodeInHand& hand) {
+  hand.hasResults = false;
+  KVN_nodeDefinition& definition = *network->DefinitionOf(hand.handle);
+  const KVN_idArray* const states = definition.GetOutcomesNames();
+  const int count = hand.results.GetNumItems();
+  for (int i = 0; states != nullptr && i < count; ++i) {
+    if (states->IsInList(hand.results[i])) continue;
+    (void)ReportText(KVN_REFUSED, "ERROR: '%s' : Unknown state", hand.results[i]);
+    return;
+  }
+  const int expected = definition.GetSize() / std::max(definition.GetNumberOfOutcomes(), 1);
+  if (count == expected) {
+    (void)ReportError(definition.SetDefinition(hand.results), nullptr);
+  } else {
+    ReportCount("ERROR: Node (\"%s\") : %d states found, %d expected", hand.handle, count,
+                expected);
+  }
+}
+
+/// `format` takes the node, what was found and what was expected.
+void KVN_neticaSpeaker::ReportCount(const char* format, int handle, int found, int expected) {
+  std::snprintf(errorMessage, sizeof errorMessage, format, IdOf(handle), found, expected);
+  (void)ReportError(KVN_REFUSED, errorMessage);
+}
+
 /// Numbers that are too few or too many are worse than none: it isn't known where they belong.
 void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
   KVN_nodeDefinition& definition = *network->DefinitionOf(hand.handle);
-  if (hand.hasResults) {
-    (void)ReportError(definition.SetDefinition(hand.results), nullptr);
-    hand.hasResults = false;
-  }
+  if (hand.hasResults) StoreResults(hand);
   if (!hand.hasNumbers) return;
   hand.hasNumbers = false;
   const int expected = std::max(definition.GetSize(), 0);
@@ -355,11 +381,8 @@ void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
     count = hand.numbers.GetNumItems();
   }
   if (count != expected) {
-    std::snprintf(errorMessage, sizeof errorMessage,
-                  "ERROR: Node (\"%s\") : %d numbers found, %d expected", IdOf(hand.handle), count,
-                  expected);
-    (void)ReportError(KVN_REFUSED, errorMessage);
-    return;
+    return ReportCount("ERROR: Node (\"%s\") : %d numbers found, %d expected", hand.handle, count,
+                       expected);
   }
   (void)ReportError(definition.SetDefinition(hand.numbers), nullptr);
 }
@@ -375,12 +398,19 @@ void KVN_neticaSpeaker::FinishNode() {
     return;
   }
   UseNumberOfStates();
-  if (inHand->hasEquation && !inHand->hasTable) {
-    (void)ReportText(KVN_NOT_APPLICABLE, "ERROR: Node (\"%s\") : Equation without a table",
-                     IdOf(inHand->handle));
-  }
+  TellWhatIsMissing(EquationOf(inHand->handle) != nullptr);
   if (inHand->isDeferred) deferred.push_back(std::move(inHand));
   inHand.reset();
+}
+
+/// A node of which the file says what the engine doesn't take, and nothing else.
+void KVN_neticaSpeaker::TellWhatIsMissing(bool isEquation) {
+  const char* message = nullptr;
+  if (isEquation && !inHand->hasEquation) message = "ERROR: Node (\"%s\") : No equation";
+  if (!isEquation && inHand->hasEquation && !inHand->hasTable) {
+    message = "ERROR: Node (\"%s\") : Equation without a table";
+  }
+  if (message != nullptr) (void)ReportText(KVN_NOT_APPLICABLE, message, IdOf(inHand->handle));
 }
 
 /// The nodes whose parents stand behind them.
@@ -388,6 +418,7 @@ void KVN_neticaSpeaker::FinishDeferred() {
   for (const std::unique_ptr<NodeInHand>& hand : deferred) {
     AddParents(*hand);
     StoreNumbers(*hand);
+    StoreEquation(*hand);
   }
   deferred.clear();
 }

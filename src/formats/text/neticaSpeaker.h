@@ -11,6 +11,7 @@
 #include "foundation/stringArray.h"
 
 class KVN_Dmatrix;
+class KVN_equation;
 class KVN_node;
 class KVN_nodeDefinition;
 struct KVN_rectangle;
@@ -19,8 +20,9 @@ struct KVN_rectangle;
 /// nodes, properties and layout. docs/formats.md holds the grammar.
 ///
 /// Carried are discrete chance nodes, decisions and utilities, with names, comments, properties and
-/// positions. A node is made when its block begins, without a definition: its kind follows from
-/// several statements, and the definition is made when the first one needs it.
+/// positions. Equation nodes are read, their formulas translated, and can't be written. A node is
+/// made when its block begins, without a definition: its kind follows from several statements, and
+/// the definition is made when the first one needs it.
 ///
 /// Lists of numbers may be nested in any way or not at all, and may leave out the last number of
 /// each row. Parents may stand behind their children in the file: the arcs and numbers of such a
@@ -57,6 +59,7 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
     KVN_doubleArray numbers;
     bool hasResults = false;
     KVN_stringArray results;
+    std::string equation;  // still to be stored; empty afterwards
   };
 
   // Reading: neticaSpeaker.cpp has the network and its layout, neticaReaderNode.cpp the nodes.
@@ -100,10 +103,21 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
   int FollowKind();
   void UseNumberOfStates();
   void AddParents(NodeInHand& hand);
+  void StoreResults(NodeInHand& hand);
+  void ReportCount(const char* format, int handle, int found, int expected);
   void StoreNumbers(NodeInHand& hand);
+  void TellWhatIsMissing(bool isEquation);
   void FinishNode();
   void FinishDeferred();
   const char* IdOf(int handle) const;
+
+  // Equation nodes, neticaReaderEquation.cpp.
+  KVN_equation* EquationOf(int handle) const;
+  int SetEvenIntervals(KVN_equation& equation, const KVN_stringArray& names);
+  int ReportIntervals(int result);
+  int ReadLevels();
+  int ReadEquation();
+  void StoreEquation(NodeInHand& hand);
 
   // Writing, neticaSpeakerWriter.cpp.
   void WriteHeader();

@@ -1,0 +1,75 @@
+// The statements of equation nodes in a Netica file.
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "expressions/equation.h"
+#include "formats/text/neticaExpressionParser.h"
+#include "formats/text/neticaSpeaker.h"
+#include "foundation/resultCodes.h"
+#include "network/network.h"
+
+/// Null for a node of another kind.
+KVN_equation* KVN_neticaSpeaker::EquationOf(int handle) const {
+  const bool isEquation = network->TypeOf(handle) == KVN_TYPE_EQUATION;
+  return isEquation ? static_cast<KVN_equation*>(network->DefinitionOf(handle)) : nullptr;
+}
+
+/// The names of the states become those of intervals of one width.
+int KVN_neticaSpeaker::SetEvenIntervals(KVN_equation& equation, const KVN_stringArray& names) {
+  const int count = names.GetNumItems();
+  const double lower = equation.GetLowerBound();
+  const double width = equation.GetUpperBound() - lower;
+  std::vector<KVN_discInterval> intervals;
+  for (int i = 0; i < count; ++i) {
+    intervals.push_back({names[i], lower + (i + 1) * width / count});
+  }
+  return ReportIntervals(equation.SetDiscIntervals(intervals));
+}
+
+int KVN_neticaSpeaker::ReportIntervals(int result) {
+  if (result == 0) return 0;
+  return ReportText(result, "ERROR: Node (\"%s\") : Invalid intervals", IdOf(inHand->handle));
+}
+
+/// The bounds of the intervals, one more than there are, which keep the names that they have.
+int KVN_neticaSpeaker::ReadLevels() {
+  KVN_equation* const equation = EquationOf(inHand->handle);
+  if (equation == nullptr) return SkipKnown();
+  KVN_doubleArray levels;
+  if (int result = ReadNumbers(levels); result < 0) return result;
+  const int count = levels.GetNumItems() - 1;
+  const std::vector<KVN_discInterval>& named = equation->GetDiscIntervals();
+  std::vector<KVN_discInterval> intervals;
+  for (int i = 0; i < count; ++i) {
+    const bool hasName = i < static_cast<int>(named.size());
+    intervals.push_back({hasName ? named[i].id : "State" + std::to_string(i), levels[i + 1]});
+  }
+  const double lower = equation->GetLowerBound();
+  const double upper = equation->GetUpperBound();
+  if (count >= 1) equation->SetBounds(levels[0], levels[count]);
+  const int result = count < 1 ? KVN_REFUSED : equation->SetDiscIntervals(intervals);
+  if (result < 0) equation->SetBounds(lower, upper);
+  return ReportIntervals(result);
+}
+
+/// The text is kept until the end of the file where a parent stands behind the node.
+int KVN_neticaSpeaker::ReadEquation() {
+  if (int result = RequireToken(KVN_TOKEN_STRING, nullptr); result < 0) return result;
+  inHand->hasEquation = true;
+  inHand->equation = tokenText;
+  if (!inHand->isDeferred) StoreEquation(*inHand);
+  return 0;
+}
+
+void KVN_neticaSpeaker::StoreEquation(NodeInHand& hand) {
+  KVN_equation* const equation = EquationOf(hand.handle);
+  if (equation == nullptr || hand.equation.empty()) return;
+  std::string error;
+  const std::string text = TranslateNeticaEquation(hand.equation.c_str(), IdOf(hand.handle), error);
+  if (text.empty() || equation->SetEquation(text, nullptr, &error) < 0) {
+    (void)ReportText(KVN_REFUSED, "%s", error.c_str());
+  }
+  hand.equation.clear();
+}
