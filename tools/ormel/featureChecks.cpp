@@ -90,7 +90,18 @@ bool IsSameScreen(const KVN_screenInfo& a, const KVN_screenInfo& b) {
 
 // Of the network.
 
-bool IsNamed(KVN_network& n) { return HasOwnName(n.Header()); }
+/// What a network is called that was read from a file without a place for it.
+const char* GeneratedIdentifier() {
+  static KVN_network cleared;
+  static const int result = cleared.Submodels().Clear();
+  return result == 0 ? cleared.Header().GetId() : nullptr;
+}
+
+bool IsNamed(KVN_network& n) {
+  const char* const usual = GeneratedIdentifier();
+  return HasOwnName(n.Header()) &&
+         (usual == nullptr || std::strcmp(n.Header().GetName(), usual) != 0);
+}
 bool IsCommented(KVN_network& n) { return IsSet(n.Header().GetComment()); }
 bool HasProperties(KVN_network& n) { return n.UserProperties().GetCount() > 0; }
 bool HasDocuments(KVN_network& n) { return n.Documentation().GetCount() > 0; }
@@ -101,8 +112,11 @@ bool HasCases(KVN_network& n) { return n.Cases() != nullptr; }
 bool HasTimeSlices(KVN_network& n) { return n.Temporal() != nullptr; }
 
 bool HasIdentifier(KVN_network& n) {
-  const char* const usual = UsualNetwork().Header().GetId();
-  return IsSet(n.Header().GetId()) && std::strcmp(n.Header().GetId(), usual) != 0;
+  const char* const id = n.Header().GetId();
+  for (const char* usual : {UsualNetwork().Header().GetId(), GeneratedIdentifier()}) {
+    if (usual != nullptr && IsSet(id) && std::strcmp(id, usual) == 0) return false;
+  }
+  return IsSet(id);
 }
 
 bool HasLayout(KVN_network& n) {

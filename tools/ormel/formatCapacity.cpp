@@ -81,9 +81,27 @@ FormatCapacity PlainTables(int format, std::uint64_t features, Fate others) {
       {KVN_TYPE_CAST,        others        },
       {KVN_TYPE_DEMORGAN,    others        },
       {KVN_TYPE_MAU,         Fate::kRefused},
+      {KVN_TYPE_EQUATION,    Fate::kRefused},
   };
   made.numberKept = KeepEightDecimals;
   made.longestText = kLongestPiece;
+  return made;
+}
+
+FormatCapacity Hugin() {
+  FormatCapacity made =
+      PlainTables(KVN_FORMAT_HUGIN, kNodeName | kNodeProperties | kPosition, Fate::kRefused);
+  made.normalizesRows = true;
+  return made;
+}
+
+/// A format that writes every node as one of three classes, and refuses none.
+FormatCapacity Xmlbif() {
+  FormatCapacity made = PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable);
+  for (KindFate& kind : made.kinds) {
+    if (kind.type == KVN_TYPE_MAU) kind.fate = Fate::kBlank;
+    if (kind.type == KVN_TYPE_EQUATION) kind.fate = Fate::kGone;
+  }
   return made;
 }
 
@@ -116,10 +134,10 @@ const std::vector<FormatCapacity>& Table() {
   static const std::vector<FormatCapacity> table = {
       Native(),
       NativeXml(),
-      PlainTables(KVN_FORMAT_HUGIN, kNodeName | kNodeProperties | kPosition, Fate::kRefused),
+      Hugin(),
       PlainTables(KVN_FORMAT_MICROSOFT, kNetworkName | kNodeName | kPosition | kOrigin,
                   Fate::kRefused),
-      PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable),
+      Xmlbif(),
       ChanceOnly(),
       Netica(),
   };
