@@ -235,7 +235,7 @@ TEST(SolveCommand, SaysWhyThereIsNoAnswer) {
 TEST(SolveCommand, SolvesAHuginDiagram) {
   const ScratchFolder folder;
   const std::string file = folder.Write("party.net", R"(
-net { name = "Party"; }
+net { }
 node Weather { states = ("sun" "rain"); }
 decision Place { states = ("out" "in"); }
 utility Joy { }
