@@ -53,10 +53,9 @@ class Solved {
 
 bool IsDecision(KVN_network& network, int node) { return network.TypeOf(node) == KVN_TYPE_LIST; }
 
-/// Whether a utility depends on the node: if not, a decision's table is left at zeros.
+/// Whether a result depends on the node: if not, a decision's table is left at zeros.
 bool IsEnumerated(KVN_network& network, int node) {
   for (int h = network.GetFirstNode(); h >= 0; h = network.GetNextNode(h)) {
-    if ((network.TypeOf(h) & KVN_TYPE_BIT_UTILITY) == 0) continue;
     if (network.ValueOf(h)->GetIndexingParents().IsInList(node)) return true;
   }
   return false;
@@ -68,8 +67,7 @@ double LargestErrorOf(KVN_network& network, const DecisionTree& tree) {
   double largest = 0.0;
   for (int node : tree.GetOrder()) {
     if (!IsDecision(network, node)) continue;
-    if (network.ValueOf(node)->GetIndexingParents().GetNumItems() > 0 ||
-        IsEnumerated(network, node)) {
+    if (IsEnumerated(network, node)) {
       largest = std::max(largest, Solved(network, tree).LargestError(node));
       continue;
     }
