@@ -14,7 +14,7 @@ class KVN_Dmatrix;
 class KVN_equation;
 class KVN_node;
 class KVN_nodeDefinition;
-struct KVN_rectangle;
+class KVN_rectangle;
 
 /// The Netica text format, extension "dne": `bnet`, blocks of statements, and in them blocks for
 /// nodes, properties and layout. docs/formats.md holds the grammar.
