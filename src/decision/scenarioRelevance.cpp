@@ -174,6 +174,7 @@ int CooperEvaluator::ProbeResults() {
   for (int handle : working.GetOrderOfNodes()) {
     const KVN_nodeValue* value = working.ValueOf(handle);
     if (handle == mainUtility || value == nullptr || value->HasEvidence()) continue;
+    if (model->TypeOf(handle) == KVN_TYPE_LIST) continue;  // nothing is stored for a decision
     if (int result = watched.Add(handle); result < 0) return result;
   }
   std::vector<KVN_intArray> dependsOn(static_cast<std::size_t>(watched.GetNumItems()));
@@ -203,8 +204,11 @@ int CooperEvaluator::ProbePolicyNodes() {
   for (int i = policyNodes.GetNumItems() - 1; i >= 0; i--) {
     const int handle = policyNodes[i];
     const bool isEnumerated = scenarioNodes.IsInList(handle);
-    if (hasEffort && !isEnumerated) continue;  // among the results
-    const KVN_intArray before = ScenarioNodesBefore(handle);
+    if (hasEffort && !isEnumerated && model->TypeOf(handle) != KVN_TYPE_LIST) {
+      continue;  // among the results
+    }
+    const bool isIdle = hasEffort && !isEnumerated;  // a decision that nothing depends on
+    const KVN_intArray before = isIdle ? KVN_intArray() : ScenarioNodesBefore(handle);
     if (hasEffort) Observe(before);
     const bool wasObserved = working.ValueOf(handle)->IsEvidence();
     if (wasObserved) Forget(handle);

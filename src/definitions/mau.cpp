@@ -234,7 +234,8 @@ int KVN_mau::ReorderParents(const KVN_intArray& order) {
     for (int k = 0; oldParents[k] != parent; k++) place += KindOf(oldParents[k]) == kind ? 1 : 0;
     if (int result = places[kind == Kind::kUtility ? 1 : 0].Add(place); result < 0) return result;
   }
-  auto& [decisions, utilities] = places;
+  KVN_intArray& decisions = places[0];
+  const KVN_intArray& utilities = places[1];
   if (utilities.GetNumItems() > 0) {
     const int last = weights.GetNumberOfDimensions() - 1;
     if (int result = weights.ChangeOrderWithinDimension(last, utilities); result < 0) return result;

@@ -33,8 +33,8 @@ constexpr int KVN_KIND_CONDITIONAL = 15;
 /// A node owns its children, and a tree has one owner; Clone is the way to share. Variables hold
 /// the value they were assigned, so a tree is never evaluated from two places at once.
 ///
-/// No operation needs stack in proportion to the depth of the tree. All but Evaluate take trees
-/// with null children, which a failed parse leaves behind.
+/// No operation needs stack in proportion to the depth of the tree. A failed parse leaves null
+/// children behind for a moment; Evaluate, Simplify and Isolate need every child.
 class KVN_expression {
  public:
   KVN_expression() = default;
@@ -67,8 +67,8 @@ class KVN_expression {
   virtual bool Isolate(const std::string& variable, KVN_expression*& lhs, KVN_expression*& rhs);
   /// Rewrites the tree by one step at each place where a rule applies, from the root down, not
   /// going below a place that changed. `self` is the owner's pointer to this node, which may delete
-  /// itself and leave a replacement there. True when the tree changed; SimplifyFully repeats it. No
-  /// child may be null. docs/expressions.md tells the rules that change a value; one of them looks
+  /// itself and leave a replacement there. True when the tree changed; SimplifyFully repeats it.
+  /// docs/expressions.md tells the rules that change a value; one of them looks
   /// at the values that variables have now, so give them values first, or NaN for a tree that is to
   /// hold for all values.
   virtual bool Simplify(KVN_expression*& self);

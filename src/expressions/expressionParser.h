@@ -15,7 +15,7 @@ constexpr int KVN_MAX_NESTING = 256;
 /// variable and what a function; grammar and messages stay the same. docs/expressions.md has the
 /// grammar.
 ///
-///     expression  level0 { "?" expression ":" expression }
+///     expression  level0 { "?" expression ":" level0 }
 ///     level0      level1 { ("=" | "<>") level1 }
 ///     level1      level2 { ("<=" | "<" | ">=" | ">") level2 }
 ///     level2      level3 { ("+" | "-") level3 }

@@ -131,12 +131,7 @@ TEST(NoisyMAX, StrengthsSayWhichOutcomeARowBelongsTo) {
   EXPECT_TRUE(CellsNear(gate.Table(), {0.7, 0.3, 0, 1}, kRounding));
   ASSERT_EQ(gate->SetParentOutcomeStrengths(0, IntsOf({1, 0})), 0);
   EXPECT_TRUE(CellsNear(gate.Table(), {0, 1, 0.7, 0.3}, kRounding));
-  const Ints bads[] = {
-      Ints{0},
-      Ints{   0,  0},
-      Ints{   0, 2},
-      Ints{ 0, 1, 2}
-  };
+  const std::vector<Ints> bads = {Ints{0}, Ints{0, 0}, Ints{0, 2}, Ints{0, 1, 2}};
   for (const Ints& bad : bads) {
     EXPECT_EQ(gate->SetParentOutcomeStrengths(0, IntsOf(bad)), KVN_REFUSED);
   }

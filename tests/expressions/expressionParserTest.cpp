@@ -9,6 +9,7 @@
 #include "expressions/expressionWalk.h"
 #include "expressions/function.h"
 #include "tests/expressions/expressionTools.h"
+#include "tests/support/failingAllocation.h"
 
 namespace {
 
@@ -160,6 +161,29 @@ TEST(ExpressionParser, TakesNullForEveryPointer) {
   EXPECT_EQ(ParseExpression(nullptr, nullptr, &message), nullptr);
   EXPECT_EQ(message, "Empty expression");
   EXPECT_EQ(ParseExpression("1+", nullptr, nullptr), nullptr);
+}
+
+TEST(ExpressionParser, WithoutMemoryThereIsAnErrorAndNoLeak) {
+  const char* text = "-(a+b*2)^c < 1 ? Max(x,y,Pi()) : Normal(d,e/f)";
+  const int failures = FailEachAllocation([&](int n) {
+    std::string message;
+    FailingAllocation failing(n);
+    const Tree tree(ParseExpression(text, nullptr, &message));
+    EXPECT_EQ(tree == nullptr, failing.HasFailed());
+    EXPECT_EQ(message.empty(), !failing.HasFailed());
+    return failing.HasFailed();
+  });
+  EXPECT_EQ(failures, CountNodes(Parsed(text).get()));
+}
+
+TEST(ExpressionParser, WithoutMemoryThereIsNoCopy) {
+  const Tree tree = Parsed("-(a+b*2)^c < 1 ? Max(x,y,Pi()) : Normal(d,e/f)");
+  FailEachAllocation([&](int n) {
+    FailingAllocation failing(n);
+    const Tree copy(tree->Clone());
+    EXPECT_EQ(copy == nullptr, failing.HasFailed());
+    return failing.HasFailed();
+  });
 }
 
 /// A language of its own: names that begin with x, a function Twice, and no Sqrt of a constant.

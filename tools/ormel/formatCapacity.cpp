@@ -89,6 +89,13 @@ FormatCapacity PlainTables(int format, std::uint64_t features, Fate others) {
   return made;
 }
 
+FormatCapacity Hugin() {
+  FormatCapacity made =
+      PlainTables(KVN_FORMAT_HUGIN, kNodeName | kNodeProperties | kPosition, Fate::kRefused);
+  made.normalizesRows = true;
+  return made;
+}
+
 /// A format that writes every node as one of three classes, and refuses none.
 FormatCapacity Xmlbif() {
   FormatCapacity made = PlainTables(KVN_FORMAT_XMLBIF, kNetworkIdentifier, Fate::kTable);
@@ -128,7 +135,7 @@ const std::vector<FormatCapacity>& Table() {
   static const std::vector<FormatCapacity> table = {
       Native(),
       NativeXml(),
-      PlainTables(KVN_FORMAT_HUGIN, kNodeName | kNodeProperties | kPosition, Fate::kRefused),
+      Hugin(),
       PlainTables(KVN_FORMAT_MICROSOFT, kNetworkName | kNodeName | kPosition | kOrigin,
                   Fate::kRefused),
       Xmlbif(),

@@ -71,6 +71,7 @@ struct FormatCapacity {
   std::uint64_t features = 0;              // that it carries
   std::vector<KindFate> kinds;             // other kinds are kGone
   double (*numberKept)(double) = nullptr;  // a number after writing and reading
+  bool normalizesRows = false;             // its reader does, but for utilities
   bool keepsNonFinite = false;             // also NaN and infinity
   bool dropsCarriageReturns = false;
   bool refusesControls = false;   // to read texts with control characters that are no white space

@@ -1,5 +1,6 @@
 #include "ormel/losses.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -97,6 +98,17 @@ Rows RowsOf(KVN_nodeDefinition& definition) {
     if (ones > 1 || others > 0) worst = Rows::kInexact;
   }
   return worst;
+}
+
+/// Whether each row gives its first state, as those of a new deterministic definition do.
+bool HasFirstStates(KVN_nodeDefinition& definition) {
+  KVN_Dmatrix* table = nullptr;
+  const int outcomes = definition.GetNumberOfOutcomes();
+  if (definition.GetDefinition(table) != 0 || outcomes < 1) return false;
+  for (int i = 0; i < table->GetSize(); i++) {
+    if ((*table)[i] != (i % outcomes == 0 ? 1.0 : 0.0)) return false;
+  }
+  return true;
 }
 
 /// One list of losses in the making.
@@ -307,10 +319,12 @@ class Finder {
     switch (outlook.fate) {
       case Fate::kTable:
         Add("kind", kind + " becomes a plain table");
-        return CheckNumbers("digits", NumbersOf(definition, /*asTable=*/true));
+        return CheckNumbers("digits", NumbersOf(definition, /*asTable=*/true),
+                            RowSizeOf(definition));
       case Fate::kKindOnly:
         return Add("numbers", "the format has no statement for those of " + kind);
       case Fate::kStates:
+        if (HasFirstStates(definition)) return;
         return Add("numbers", "no reader of the format takes those of " + kind);
       case Fate::kBlank:
         return Add("kind", kind + " becomes an empty plain table");
@@ -320,7 +334,7 @@ class Finder {
         break;
     }
     if (definition.GetType() == KVN_TYPE_TRUTHTABLE) CheckRows(RowsOf(definition));
-    CheckNumbers("digits", NumbersOf(definition, /*asTable=*/false));
+    CheckNumbers("digits", NumbersOf(definition, /*asTable=*/false), RowSizeOf(definition));
   }
 
   void CheckRows(Rows rows) {
@@ -333,8 +347,9 @@ class Finder {
 
   /// Digits that aren't kept, and numbers that can't be read at all: with such a one the whole list
   /// is refused.
-  void CheckNumbers(const char* what, const std::vector<double>& numbers) {
+  void CheckNumbers(const char* what, const std::vector<double>& numbers, int rowSize = 0) {
     double largest = 0.0;
+    const std::vector<double> kept = KeptNumbers(numbers, rowSize);
     for (std::size_t i = 0; i < numbers.size(); i++) {
       if (!std::isfinite(numbers[i])) {
         if (capacity.keepsNonFinite) continue;
@@ -342,13 +357,34 @@ class Finder {
                    "number " + std::to_string(i + 1) +
                        " isn't finite, and no list with such a number can be read back");
       }
-      largest = std::fmax(largest, std::fabs(numbers[i] - capacity.numberKept(numbers[i])));
+      largest = std::fmax(largest, std::fabs(numbers[i] - kept[i]));
     }
     if (largest == 0.0) return;
     char why[96];
     std::snprintf(why, sizeof why, "the format rounds the numbers; the largest change is %.2g",
                   largest);
     Add(what, why);
+  }
+
+  /// Length of a distribution in the table; 0 where the numbers are none.
+  static int RowSizeOf(const KVN_nodeDefinition& definition) {
+    const bool isUtility = (definition.GetType() & KVN_TYPE_BIT_UTILITY) != 0;
+    return isUtility ? 0 : std::max(definition.GetNumberOfOutcomes(), 0);
+  }
+
+  /// The numbers after writing and reading.
+  std::vector<double> KeptNumbers(const std::vector<double>& numbers, int rowSize) const {
+    std::vector<double> kept;
+    kept.reserve(numbers.size());
+    for (double number : numbers) kept.push_back(capacity.numberKept(number));
+    if (!capacity.normalizesRows || rowSize < 1) return kept;
+    KVN_Dmatrix rows;
+    const int sizes[] = {static_cast<int>(kept.size()) / rowSize, rowSize};
+    if (sizes[0] < 1 || rows.Setup(sizes, 2) < 0) return kept;
+    for (int i = 0; i < rows.GetSize(); i++) rows[i] = kept[i];
+    rows.Normalize();
+    for (int i = 0; i < rows.GetSize(); i++) kept[i] = rows[i];
+    return kept;
   }
 
   void CheckParents(int handle, const Outlook& outlook) {

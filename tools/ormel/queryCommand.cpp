@@ -205,6 +205,7 @@ class QueryCommand : public Command {
     QueryReport report;
     report.network = ToUtf8(network.Header().GetId());
     report.algorithm = algorithm;
+    report.isDiagram = HasDecisions(network);
     report.isApproximate = kind == Kind::kLoopy;
     for (const auto& [node, state] : input.findings) report.evidence.emplace_back(node, state);
     NameStates(network, report);
@@ -216,6 +217,13 @@ class QueryCommand : public Command {
     Print(report, options, output);
     TellReservations(kind, output);
     return TellInvalid(report, output);
+  }
+
+  static bool HasDecisions(const KVN_network& network) {
+    for (int h = network.GetFirstNode(); h >= 0; h = network.GetNextNode(h)) {
+      if ((network.TypeOf(h) & (KVN_TYPE_BIT_DECISION | KVN_TYPE_BIT_UTILITY)) != 0) return true;
+    }
+    return false;
   }
 
   int SetTargets(KVN_network& network, std::vector<int>& targets, Output& output) const {
@@ -287,8 +295,8 @@ class QueryCommand : public Command {
     for (const std::string& id : report.invalid) {
       list += (list.empty() ? "" : ", ") + ToPrintable(id.c_str());
     }
-    const char* const why =
-        report.evidence.empty() ? "" : "; the evidence may be impossible as a whole";
+    const char* why = report.evidence.empty() ? "" : "; the evidence may be impossible as a whole";
+    if (report.isDiagram) why = "; 'ormel solve' shows what depends on decisions";
     output.Say(Severity::kError, "no posterior for: " + list + why);
     return kExitRefused;
   }

@@ -34,6 +34,7 @@ struct QueryReport {
   std::vector<std::string> invalid;                           // those that stayed without one
   std::optional<Sampling> sampling;                           // of a sampling run only
   bool isApproximate = false;                                 // by an amount that nobody knows
+  bool isDiagram = false;                                     // it has decisions or utilities
 };
 
 /// Collects the posteriors of `targets` (handles, in order). Those of an approximate report are

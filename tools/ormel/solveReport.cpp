@@ -165,11 +165,11 @@ void PrintDecision(const SolveReport::Decision& decision, int digits, std::ostre
   }
   columns.AddRow(head);
   for (std::size_t row = 0; row < decision.best.size(); row++) {
+    if (decision.best[row] < 0) continue;
     std::vector<std::string> line = RowStates(decision, row);
     for (std::string& state : line) state = ToPrintable(state.c_str());
     if (!line.empty()) line.push_back("|");
-    if (decision.best[row] < 0) line.push_back("  can't come about");
-    for (std::size_t k = 0; decision.best[row] >= 0 && k < count; k++) {
+    for (std::size_t k = 0; k < count; k++) {
       const char* const mark = decision.best[row] == static_cast<int>(k) ? "* " : "  ";
       const double expected = decision.expected[row * count + k];
       const bool isPossible = expected != KVN_UNDEFINED_VALUE;
@@ -178,6 +178,8 @@ void PrintDecision(const SolveReport::Decision& decision, int digits, std::ostre
     columns.AddRow(line);
   }
   columns.Print(stream);
+  const auto impossible = std::count(decision.best.begin(), decision.best.end(), -1);
+  if (impossible > 0) stream << "  " << impossible << " other combinations can't come about\n";
 }
 
 }  // namespace

@@ -25,7 +25,12 @@ int KVN_neticaSpeaker::SetEvenIntervals(KVN_equation& equation, const KVN_string
   for (int i = 0; i < count; ++i) {
     intervals.push_back({names[i], lower + (i + 1) * width / count});
   }
-  return ReportError(equation.SetDiscIntervals(intervals), nullptr);
+  return ReportIntervals(equation.SetDiscIntervals(intervals));
+}
+
+int KVN_neticaSpeaker::ReportIntervals(int result) {
+  if (result == 0) return 0;
+  return ReportText(result, "ERROR: Node (\"%s\") : Invalid intervals", IdOf(inHand->handle));
 }
 
 /// The bounds of the intervals, one more than there are, which keep the names that they have.
@@ -46,7 +51,7 @@ int KVN_neticaSpeaker::ReadLevels() {
   if (count >= 1) equation->SetBounds(levels[0], levels[count]);
   const int result = count < 1 ? KVN_REFUSED : equation->SetDiscIntervals(intervals);
   if (result < 0) equation->SetBounds(lower, upper);
-  return ReportError(result, nullptr);
+  return ReportIntervals(result);
 }
 
 /// The text is kept until the end of the file where a parent stands behind the node.

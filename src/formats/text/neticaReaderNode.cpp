@@ -338,13 +338,36 @@ int KVN_neticaSpeaker::ReadFunctionTable() {
   return 0;
 }
 
+/// A state for each configuration of the parents, all of them states of the node.
+void KVN_neticaSpeaker::StoreResults(NodeInHand& hand) {
+  hand.hasResults = false;
+  KVN_nodeDefinition& definition = *network->DefinitionOf(hand.handle);
+  const KVN_idArray* const states = definition.GetOutcomesNames();
+  const int count = hand.results.GetNumItems();
+  for (int i = 0; states != nullptr && i < count; ++i) {
+    if (states->IsInList(hand.results[i])) continue;
+    (void)ReportText(KVN_REFUSED, "ERROR: '%s' : Unknown state", hand.results[i]);
+    return;
+  }
+  const int expected = definition.GetSize() / std::max(definition.GetNumberOfOutcomes(), 1);
+  if (count == expected) {
+    (void)ReportError(definition.SetDefinition(hand.results), nullptr);
+  } else {
+    ReportCount("ERROR: Node (\"%s\") : %d states found, %d expected", hand.handle, count,
+                expected);
+  }
+}
+
+/// `format` takes the node, what was found and what was expected.
+void KVN_neticaSpeaker::ReportCount(const char* format, int handle, int found, int expected) {
+  std::snprintf(errorMessage, sizeof errorMessage, format, IdOf(handle), found, expected);
+  (void)ReportError(KVN_REFUSED, errorMessage);
+}
+
 /// Numbers that are too few or too many are worse than none: it isn't known where they belong.
 void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
   KVN_nodeDefinition& definition = *network->DefinitionOf(hand.handle);
-  if (hand.hasResults) {
-    (void)ReportError(definition.SetDefinition(hand.results), nullptr);
-    hand.hasResults = false;
-  }
+  if (hand.hasResults) StoreResults(hand);
   if (!hand.hasNumbers) return;
   hand.hasNumbers = false;
   const int expected = std::max(definition.GetSize(), 0);
@@ -358,11 +381,8 @@ void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
     count = hand.numbers.GetNumItems();
   }
   if (count != expected) {
-    std::snprintf(errorMessage, sizeof errorMessage,
-                  "ERROR: Node (\"%s\") : %d numbers found, %d expected", IdOf(hand.handle), count,
-                  expected);
-    (void)ReportError(KVN_REFUSED, errorMessage);
-    return;
+    return ReportCount("ERROR: Node (\"%s\") : %d numbers found, %d expected", hand.handle, count,
+                       expected);
   }
   (void)ReportError(definition.SetDefinition(hand.numbers), nullptr);
 }

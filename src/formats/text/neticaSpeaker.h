@@ -14,7 +14,7 @@ class KVN_Dmatrix;
 class KVN_equation;
 class KVN_node;
 class KVN_nodeDefinition;
-struct KVN_rectangle;
+class KVN_rectangle;
 
 /// The Netica text format, extension "dne": `bnet`, blocks of statements, and in them blocks for
 /// nodes, properties and layout. docs/formats.md holds the grammar.
@@ -103,6 +103,8 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
   int FollowKind();
   void UseNumberOfStates();
   void AddParents(NodeInHand& hand);
+  void StoreResults(NodeInHand& hand);
+  void ReportCount(const char* format, int handle, int found, int expected);
   void StoreNumbers(NodeInHand& hand);
   void TellWhatIsMissing(bool isEquation);
   void FinishNode();
@@ -112,6 +114,7 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
   // Equation nodes, neticaReaderEquation.cpp.
   KVN_equation* EquationOf(int handle) const;
   int SetEvenIntervals(KVN_equation& equation, const KVN_stringArray& names);
+  int ReportIntervals(int result);
   int ReadLevels();
   int ReadEquation();
   void StoreEquation(NodeInHand& hand);

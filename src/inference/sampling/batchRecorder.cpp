@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -22,7 +23,7 @@ int BatchRecorder::Setup(int cellCount, int sampleCount) {
 }
 
 void BatchRecorder::CloseBatch(const double* accumulated, double total) {
-  std::copy(accumulated, accumulated + cells, sums.GetItems() + closed * cells);
+  std::copy(accumulated, accumulated + cells, sums.GetItems() + std::ptrdiff_t{closed} * cells);
   totals[closed++] = total;
   nextEnd = static_cast<int>(std::int64_t{samples} * (closed + 1) / batchCount);
 }

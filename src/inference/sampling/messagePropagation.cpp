@@ -1,6 +1,7 @@
 #include "inference/sampling/messagePropagation.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <new>
 
 #include "foundation/resultCodes.h"
@@ -35,7 +36,7 @@ int SetupOnes(KVN_doubleArray& array, int count) {
 }
 
 double* RowOf(KVN_Dmatrix& messages, int row) {
-  return messages.GetData() + row * messages.GetSizeOfDimension(1);
+  return messages.GetData() + std::ptrdiff_t{row} * messages.GetSizeOfDimension(1);
 }
 
 /// The received messages become those that were sent, and the next ones start at 1.0.

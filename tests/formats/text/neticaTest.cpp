@@ -145,7 +145,7 @@ TEST(NeticaSpeaker, TellsWhatIsWrongWithTheNetwork) {
       {"visual statement", "visual V1 { foo = 1; };\n};", 0, {"2 'foo' : Unknown Visual Net Statement"}},
       {"param", "param X { kind = DISCONNECTED; foo = 1; };\nnode A { };\n};", 1,
        {"2 'foo' : Unknown Param Statement"}},
-      {"no end", "node A { }", 1, {"2 End of File : Expecting '}'"}},
+      {"no end", "node A { }", 1, {"2 NO MORE TOKENS", "2 End of File : Expecting '}'", "2 NO MORE TOKENS"}},
   });
   // clang-format on
 }
@@ -167,7 +167,7 @@ TEST(NeticaSpeaker, TellsWhatIsWrongWithANode) {
       {"continuous nodes", "node A { discrete = FALSE; levels = (1, 2, INFINITY); probs = (1); };\n"
                            "node B { discrete = FALSE; levels = (2, 1, 0); equation = \"B\"; };\n"
                            "node C { discrete = FALSE; equation = \"C () = Foo(1)\"; };" + end, 3,
-       {"2 'INFINITY' : Unexpected", "2 Node (\"A\") : No equation", "3 XXX",
+       {"2 'INFINITY' : Unexpected", "2 Node (\"A\") : No equation", "3 Node (\"B\") : Invalid intervals",
         "3 Can't find the '=' sign in equation", "4 Unknown function: Foo"}},
       {"boolean", "node A { discrete = MAYBE; };" + end, 1, {"2 (\"MAYBE\") : Boolean Expected"}},
       {"states", "node A { states = (a); };\nnode B { states = (a, 5); };\nnode C { numstates = 1; };\n"
@@ -181,7 +181,10 @@ TEST(NeticaSpeaker, TellsWhatIsWrongWithANode) {
        {"2 Node (\"A\") : 3 numbers found, 2 expected", "3 'nan' : Unexpected", "4 '1' : Unexpected",
         "5 ';' : Unknown Node Statement"}},
       {"results", "node A { chance = DETERMIN; states = (a, b); functable = (c); };\n"
-                  "node B { functable = (a, b); };" + end, 2, {}},
+                  "node B { chance = DETERMIN; states = (a, b); parents = (A); functable = (a, b, a); };\n"
+                  "node C { functable = (State0); };" + end, 3,
+       {"2 'c' : Unknown state", "3 Node (\"B\") : 3 states found, 2 expected",
+        "4 WRONG NODE TYPE"}},
       {"utility", "node A { states = (a, b); };\nnode U { kind = UTILITY; parents = (A);\n"
                   "equation = \"U = 1\"; };" + end, 2, {"4 Node (\"U\") : Equation without a table"}},
       {"layout", "node A { visual V1 { center = (1); size = (1, 2, 3); foo = 1; link 1 { foo = 1; }; }; };" + end, 1,
@@ -208,7 +211,7 @@ const TranslationCase kTranslations[] = {
     {"x (y) = max(y, 3)",                      "x=Max(y,3)",             ""                                   },
     {"x (y) == 3",                             "",                       "Factor expected"                    },
     {"x (y)",                                  "",                       "Can't find the '=' sign in equation"},
-    {"x (y) = NormalDist(y, 1)",               "",                       "\",\" expected"                     },
+    {"x (y) = NormalDist(y, 1)",               "",                       "Too few parameters in function call"},
     {"x (y) = Foo(y)",                         "",                       "Unknown function: Foo"              },
 };
 
@@ -224,7 +227,7 @@ TEST(NeticaSpeaker, TranslatesFormulas) {
 // The second node stands before its parent; the third has its names and no bounds of its own.
 TEST(NeticaSpeaker, ReadsEquationNodes) {
   KVN_network network;
-  EXPECT_THAT(ReadText(network, "dne", R"(bnet N {
+  EXPECT_THAT(ReadText(network, "dne", R"x(bnet N {
 node y { kind = NATURE; discrete = FALSE; chance = DETERMIN; states = (low, mid, high);
   levels = (0, 1, 2.5, 10); parents = (x); equation = "y (x) = x * 2"; };
 node x { discrete = FALSE; levels = (-3, 0, 3); probs = (0.5, 0.5);
@@ -235,23 +238,23 @@ node z {
   states = (a, b, c, d);
   equation = "z () = 1";
 };
-};)"),
+};)x"),
               IsEmpty());
-const auto equationOf = [&network](const char* id) -> KVN_equation& {
-  return dynamic_cast<KVN_equation&>(*network.DefinitionOf(network.FindNode(id)));
-};
-EXPECT_THAT(ParentsOf(network, "y"), ElementsAre("x"));
-const std::vector<KVN_discInterval>& intervals = equationOf("y").GetDiscIntervals();
-ASSERT_EQ(intervals.size(), 3u);
-EXPECT_EQ(intervals[1].id, "mid");
-EXPECT_EQ(intervals[1].upper, 2.5);
-EXPECT_EQ(equationOf("y").GetLowerBound(), 0.0);
-EXPECT_EQ(equationOf("y").GetUpperBound(), 10.0);
-ASSERT_EQ(equationOf("x").GetDiscIntervals().size(), 2u);
-EXPECT_EQ(equationOf("x").GetDiscIntervals()[1].id, "State1");
-// The range is -1 to 1.
-ASSERT_EQ(equationOf("z").GetDiscIntervals().size(), 4u);
-EXPECT_EQ(equationOf("z").GetDiscIntervals()[0].upper, -0.5);
+  const auto equationOf = [&network](const char* id) -> KVN_equation& {
+    return dynamic_cast<KVN_equation&>(*network.DefinitionOf(network.FindNode(id)));
+  };
+  EXPECT_THAT(ParentsOf(network, "y"), ElementsAre("x"));
+  const std::vector<KVN_discInterval>& intervals = equationOf("y").GetDiscIntervals();
+  ASSERT_EQ(intervals.size(), 3u);
+  EXPECT_EQ(intervals[1].id, "mid");
+  EXPECT_EQ(intervals[1].upper, 2.5);
+  EXPECT_EQ(equationOf("y").GetLowerBound(), 0.0);
+  EXPECT_EQ(equationOf("y").GetUpperBound(), 10.0);
+  ASSERT_EQ(equationOf("x").GetDiscIntervals().size(), 2u);
+  EXPECT_EQ(equationOf("x").GetDiscIntervals()[1].id, "State1");
+  // The range is -1 to 1.
+  ASSERT_EQ(equationOf("z").GetDiscIntervals().size(), 4u);
+  EXPECT_EQ(equationOf("z").GetDiscIntervals()[0].upper, -0.5);
 }
 
 TEST(NeticaSpeaker, WritesItsDocument) {
@@ -275,6 +278,7 @@ bnet Net {
         kind = NATURE;
         discrete = TRUE;
         chance = CHANCE;
+        title = "A";
         parents = ();
         states = (State0, State1);
         probs = (0.25000000, 0.75000000);
@@ -301,6 +305,7 @@ bnet Net {
         kind = UTILITY;
         discrete = FALSE;
         chance = DETERMIN;
+        title = "U";
         parents = (A, D);
         functable = ((1.00000000, -2.00000000),
                      (3.00000000, 4.00000000));

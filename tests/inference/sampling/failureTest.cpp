@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "foundation/resultCodes.h"
+#include "inference/sampling/samplingQuality.h"
 #include "tests/inference/sampling/samplers.h"
 #include "tests/support/builders.h"
 #include "tests/support/failingAllocation.h"
@@ -139,6 +140,18 @@ TEST(Samplers, SettleWithoutADrawWhatTheReductionKnows) {
   }
 }
 
+/// Two parts with posteriors too long for the room inside an array.
+void BuildWideParts(KVN_network& network) {
+  constexpr int kOutcomes = 40;
+  for (const char* id : {"A", "C"}) {
+    const std::vector<double> prior(kOutcomes, 1.0 / kOutcomes);
+    const int above = AddCpt(network, id, kOutcomes, {}, prior);
+    const std::vector<double> table(std::size_t{2} * kOutcomes, 0.5);
+    const int below = AddCpt(network, nullptr, 2, {above}, table);
+    EXPECT_EQ(network.ValueOf(below)->SetEvidence(0), 0);
+  }
+}
+
 TEST(Samplers, SurviveEveryFailureOfMemory) {
   std::vector<SamplerName> all = AllSamplers();
   all.push_back({"loopy", KVN_ALG_LOOPY_PROPAGATION});
@@ -146,9 +159,12 @@ TEST(Samplers, SurviveEveryFailureOfMemory) {
     SCOPED_TRACE(sampler.name);
     const int failures = FailEachAllocation([&](int n) {
       KVN_network network;
-      BuildTwoParts(network);
+      BuildWideParts(network);
+      SamplingQuality quality;
+      SetSamplingQuality(&quality);
       const FailingAllocation failing(n);
       const int result = RunSampler(network, sampler.code, 20, 1);
+      SetSamplingQuality(nullptr);
       if (!failing.HasFailed()) {
         EXPECT_EQ(result, 0);
       } else {

@@ -92,23 +92,29 @@ TEST_F(SampleNetTest, DrawsAtTheEnds) {
   }
 }
 
-// Depth 1: more rounds than 1 change nothing. Depth 3 does hear of the second round.
+// A second round does change the messages between two causes and their two findings, but is made
+// only where the network is deep enough, be it by a chain elsewhere.
 TEST(EpisSampling, MakesNoMoreRoundsThanTheNetworkIsDeep) {
   for (bool isDeep : {false, true}) {
     SCOPED_TRACE(isDeep);
     KVN_network network;
-    int last = AddCpt(network, "A", 2, {}, {0.3, 0.7});
-    for (int i = 0; i < (isDeep ? 3 : 1); i++) {
+    const int a = AddCpt(network, "A", 2, {}, {0.3, 0.7});
+    const int b = AddCpt(network, "B", 2, {}, {0.1, 0.9});
+    for (const char* id : {"C", "D"}) {
+      const int finding = AddCpt(network, id, 2, {a, b}, {0.9, 0.1, 0.2, 0.8, 0.4, 0.6, 0.7, 0.3});
+      ASSERT_EQ(network.ValueOf(finding)->SetEvidence(0), 0);
+    }
+    int last = AddCpt(network, "E", 2, {}, {0.5, 0.5});
+    for (int i = 0; i < (isDeep ? 2 : 1); i++) {
       last = AddCpt(network, nullptr, 2, {last}, {0.9, 0.1, 0.2, 0.8});
     }
-    ASSERT_EQ(network.ValueOf(last)->SetEvidence(0), 0);
     double posteriors[2];
     for (int proplen : {1, 2}) {
       EpisParameters settings;
       settings.proplen = proplen;
       ASSERT_EQ(network.SetEpisParams(settings), 0);
       ASSERT_EQ(RunSampler(network, KVN_ALG_EPIS_SAMPLING, 500, 3), 0);
-      posteriors[proplen - 1] = MatrixOf(network, 0)[0];
+      posteriors[proplen - 1] = MatrixOf(network, a)[0];
     }
     EXPECT_EQ(posteriors[0] != posteriors[1], isDeep);
   }

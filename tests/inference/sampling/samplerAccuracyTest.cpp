@@ -174,4 +174,20 @@ TEST(Samplers, DoNotTellErrorsFromOneSample) {
   EXPECT_EQ(quality.GetEffectiveShare(x), 1.0);
 }
 
+// Without loops the messages are exact, and so are the importance tables: all samples weigh the
+// same.
+TEST(EpisSampling, DrawsFromThePosteriorWithoutLoops) {
+  KVN_network network;
+  AddCpt(network, "A", 2, {}, {0.3, 0.7});
+  AddCpt(network, "B", 3, {0}, {0.5, 0.3, 0.2, 0.4, 0.4, 0.2});
+  AddCpt(network, "E", 2, {1}, {0.1, 0.9, 0.3, 0.7, 0.9, 0.1});
+  AddCpt(network, "F", 2, {0}, {0.2, 0.8, 0.6, 0.4});
+  for (int h : {2, 3}) ASSERT_EQ(network.ValueOf(h)->SetEvidence(0), 0);
+  SamplingQuality quality;
+  SetSamplingQuality(&quality);
+  EXPECT_EQ(RunSampler(network, KVN_ALG_EPIS_SAMPLING, 1000, 3), 0);
+  SetSamplingQuality(nullptr);
+  EXPECT_GT(quality.GetEffectiveShare(0), 1.0 - 1e-12);
+}
+
 }  // namespace

@@ -13,8 +13,9 @@
 
 namespace {
 
-/// Half of the eighth decimal, twice: once for each format on the way.
-constexpr double kRounding = 1.1e-8;
+/// Half of the eighth decimal for each number. A reader that normalises lets each number of a row
+/// feel the rounding of all four.
+constexpr double kRounding = 3e-8;
 
 /// Kinds that neither format refuses.
 std::vector<int> KindsTakenByBoth(int first, int second) {
@@ -34,15 +35,19 @@ int PassThrough(KVN_network& network, int format, KVN_network& back) {
   return back.ReadFile(file.c_str(), format);
 }
 
-/// Whether the nodes still mean the same: parents, outcomes and the tables they stand for.
-/// Kinds whose numbers the format has no place for are left out of `network` by the caller.
+/// Whether the nodes still mean the same: parents, outcomes and the tables they stand for. Nodes of
+/// several utilities, of which only the format's own kind comes back, are left out.
 testing::AssertionResult MeansTheSame(KVN_network& network, KVN_network& back) {
   NetworkCompareOptions options;
   options.byTable = true;
   options.tolerance = kRounding;
   options.ignored = {"node.kind", "node.target", "node.submodel", "submodel", "text",
                      "layout",    "diagnosis",   "cost",          "setting"};
-  return NetworksEqual(network, back, options);
+  for (const NetworkDifference& difference : CompareNetworks(network, back, options)) {
+    const int handle = network.FindNode(difference.node.c_str());
+    if (network.TypeOf(handle) != KVN_TYPE_MAU) return testing::AssertionFailure() << difference;
+  }
+  return testing::AssertionSuccess();
 }
 
 TEST(FormatPairs, LoseWhatTheReportSaysAndKeepTheTables) {
@@ -57,7 +62,7 @@ TEST(FormatPairs, LoseWhatTheReportSaysAndKeepTheTables) {
         KVN_network made, network, back;
         FillRandomNetwork(made, seed, options);
         ASSERT_EQ(PassThrough(made, first, network), 0);
-        ExpectTruth(network, second, {"numbers", "outcomes"});
+        ExpectTruth(network, second, {"numbers", "outcomes", "drawing"});
         ASSERT_EQ(PassThrough(network, second, back), 0);
         // Between two formats that keep whole kinds the numbers of some may go.
         if (!AnyLoss(ListLosses(network, second), "numbers")) {
@@ -121,39 +126,40 @@ Losses With(Losses losses, const Losses& more) {
 }
 
 // The text cuts numbers to eight decimals, the XML format has no place for what people see, and the
-// formats of others have none for what only this engine knows.
+// formats of others have none for what only this engine knows. A gate's table has digits that its
+// parameters had not.
 const Losses kLostAsText = {"cost digits", "digits"};
 const Losses kLostAsXml = {
-    "appearance",      "comment",      "costs",     "creation",  "default outcome",
-    "diagnosis texts", "display mode", "documents", "layout",    "name",
-    "position",        "properties",   "submodel",  "text boxes"};
+    "appearance",      "comment",   "costs",     "creation", "default outcome",
+    "diagnosis texts", "documents", "layout",    "name",     "position",
+    "properties",      "submodel",  "text boxes"};
 const Losses kLostAsErgo = {
-    "costs", "default outcome",   "diagnosis type", "faults",     "identifier", "kind",
-    "name",  "number of samples", "properties",     "target mark"};
-const Losses kLostAsXmlbif = {"costs", "default outcome",   "diagnosis type", "faults",     "kind",
-                              "name",  "number of samples", "properties",     "target mark"};
-
-const Step kToXml = {KVN_FORMAT_XKVN, kLostAsXml};
-const Step kBackToXml = {KVN_FORMAT_XKVN, {}};
+    "costs", "default outcome",   "diagnosis type", "faults",     "identifier",
+    "kind",  "number of samples", "properties",     "target mark"};
+const Losses kLostAsXmlbif = {"costs", "default outcome",   "diagnosis type", "faults",
+                              "kind",  "number of samples", "properties",     "target mark"};
 
 TEST(FormatPairs, EveryKindTravelsToXmlbifAndBack) {
   KVN_network network;
   ASSERT_NO_FATAL_FAILURE(FillWithAllKinds(network, RandomNetworkOptions().kinds));
-  const Step toText = {KVN_FORMAT_KVN, With(kLostAsText, {"numbers", "outcomes"})};
-  ExpectJourney(network, {
-                             toText, kToXml, {KVN_FORMAT_XMLBIF, kLostAsXmlbif},
-                               kBackToXml
-  });
+  std::vector<Step> steps;
+  steps.push_back(
+      {KVN_FORMAT_KVN, With(kLostAsText, {"numbers", "outcomes", "diagnosis attributes"})});
+  steps.push_back({KVN_FORMAT_XKVN, With(kLostAsXml, {"display mode", "faults"})});
+  steps.push_back({KVN_FORMAT_XMLBIF, With(kLostAsXmlbif, {"digits", "parents"})});
+  steps.push_back({KVN_FORMAT_XKVN, {}});
+  ExpectJourney(network, steps);
 }
 
 TEST(FormatPairs, ChanceNodesTravelToErgoAndBack) {
   KVN_network network;
   ASSERT_NO_FATAL_FAILURE(FillWithAllKinds(network, {KVN_TYPE_CPT, KVN_TYPE_TRUTHTABLE}));
-  const Step toText = {KVN_FORMAT_KVN, kLostAsText};
-  ExpectJourney(network, {
-                             toText, kToXml, {KVN_FORMAT_ERGO, kLostAsErgo},
-                               kBackToXml
-  });
+  std::vector<Step> steps;
+  steps.push_back({KVN_FORMAT_KVN, kLostAsText});
+  steps.push_back({KVN_FORMAT_XKVN, kLostAsXml});
+  steps.push_back({KVN_FORMAT_ERGO, kLostAsErgo});
+  steps.push_back({KVN_FORMAT_XKVN, {}});
+  ExpectJourney(network, steps);
 }
 
 // Of each kind that Ergo has no place for the report says that the format refuses the network.
