@@ -53,8 +53,8 @@ double EvaluateAtan(const double* args, int) { return std::atan(args[0]); }
 double EvaluateAtan2(const double* args, int) { return std::atan2(args[0], args[1]); }
 
 double EvaluateCombin(const double* args, int) {
-  const double n = std::trunc(std::fabs(args[0]));
-  const double k = std::trunc(std::fabs(args[1]));
+  const auto n = static_cast<double>(TruncatedSize(args[0]));
+  const auto k = static_cast<double>(TruncatedSize(args[1]));
   return Factorial(n) / (Factorial(n - k) * Factorial(k));
 }
 

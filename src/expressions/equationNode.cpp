@@ -31,9 +31,10 @@ int CheckEquationParent(int definitionType) {
 
 void ForgetResultsFrom(KVN_network* network, int handle) {
   if (network == nullptr || !network->IsLive(handle)) return;
+  if (KVN_nodeValue* own = network->ValueOf(handle)) own->ClearValueValid();
   KVN_intArray affected;
   // Without memory the list is short; an update computes every value anew anyway.
-  if (network->GetDescendants(handle, affected) == 0) (void)affected.Add(handle);
+  (void)network->GetDescendants(handle, affected);
   for (int node : affected) {
     if (KVN_nodeValue* value = network->ValueOf(node)) value->ClearValueValid();
   }

@@ -1,6 +1,5 @@
 #include "expressions/equationSides.h"
 
-#include <map>
 #include <new>
 #include <utility>
 
@@ -43,56 +42,6 @@ void Negate(Tree& tree) { tree = Join<KVN_operatorMinus>(NewConstant(0.0), std::
 bool IsVariable(const KVN_expression& node, const std::string& name) {
   return node.GetKind() == KVN_KIND_VARIABLE && static_cast<const KVN_variable&>(node).name == name;
 }
-
-/// Levels of the sum down its left side, which is where AppendTerm makes it grow.
-int DepthOfSum(const KVN_expression* node) {
-  int depth = 1;
-  for (; node->GetKind() == KVN_KIND_PLUS; ++depth) {
-    node = static_cast<const KVN_operatorPlus*>(node)->left;
-  }
-  return depth;
-}
-
-/// Gives the variables of trees numbers that no formula makes equal or cancels, and the old values
-/// back at its end. Simplification multiplies out a product by a constant only after a look whether
-/// the present value of the other factor is 0, and with variables that have no values yet, all
-/// alike, `a-b` would be.
-class GenericValues : private KVN_variableVisitor {
- public:
-  GenericValues(KVN_expression& left, KVN_expression& right) {
-    left.Accept(*this);
-    right.Accept(*this);
-  }
-  void Restore(KVN_expression& root) {
-    isRestoring = true;
-    root.Accept(*this);
-  }
-
- private:
-  struct Values {
-    double old;
-    double generic;
-  };
-
-  void Visit(KVN_variable& variable) override {
-    if (isRestoring) {
-      const auto found = values.find(variable.name);
-      if (found != values.end()) variable.value = found->second.old;
-      return;
-    }
-    // Multiples of the golden ratio, taken modulo 1, are spread evenly and never repeat.
-    const double next = fraction + 0.6180339887498949;
-    const auto [entry, isNew] = values.insert({
-        variable.name, {variable.value, 1.0 + next}
-    });
-    if (isNew) fraction = next >= 1.0 ? next - 1.0 : next;
-    variable.value = entry->second.generic;
-  }
-
-  std::map<std::string, Values> values;
-  double fraction = 0.0;
-  bool isRestoring = false;
-};
 
 }  // namespace
 
@@ -147,7 +96,7 @@ int KVN_equationSides::AppendTerm(const std::string& name) {
     return KVN_SUCCESS;
   }
   // What is deeper could be saved, but not read again.
-  if (DepthOfSum(rhs.get()) >= KVN_MAX_TREE_DEPTH - 1) return KVN_REFUSED;
+  if (GetDepth(rhs.get()) >= KVN_MAX_TREE_DEPTH - 1) return KVN_REFUSED;
   Tree sum(new (std::nothrow) KVN_operatorPlus(rhs.get(), term.get()));
   if (sum == nullptr) return KVN_NO_MEMORY;
   (void)term.release();
@@ -173,7 +122,8 @@ void KVN_equationSides::RenameVariable(const std::string& oldName, const std::st
 
 int KVN_equationSides::Solve(const std::string& name) {
   if (!IsComplete()) return KVN_REFUSED;
-  GenericValues generic(*lhs, *rhs);
+  // The result is to hold for all values, and variables may have none yet.
+  const KVN_valueBlindScope blind;
   lhs = Join<KVN_operatorMinus>(std::move(lhs), std::move(rhs));
   rhs = NewConstant(0.0);
   if (!IsComplete()) return KVN_NO_MEMORY;
@@ -185,8 +135,6 @@ int KVN_equationSides::Solve(const std::string& name) {
     (void)SimplifyFully(root);
     rhs.reset(root);
   }
-  if (lhs != nullptr) generic.Restore(*lhs);
-  if (rhs != nullptr) generic.Restore(*rhs);
   return isSolved ? KVN_SUCCESS : KVN_REFUSED;
 }
 

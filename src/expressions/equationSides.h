@@ -24,8 +24,7 @@ class KVN_equationSides {
   /// expression, KVN_EXPRESSION_ERROR for one without "=" at the top: both sides are then null.
   /// Either pointer may be null.
   [[nodiscard]] int Parse(const std::string& text, int* errorPosition, std::string* error);
-  /// `id = names[0] + names[1] + ...`, or `id = 0` without names. A long sum is grouped, so that no
-  /// tree becomes deeper than a parsed one may be.
+  /// `id = names[0] + names[1] + ...`, or `id = 0` without names.
   void SetDefault(const std::string& id, const std::vector<std::string>& names);
   /// Adds a variable to the right side, or makes it the right side in place of a 0. KVN_REFUSED,
   /// unchanged, for a sum that is as deep as a tree may be; KVN_NO_MEMORY.

@@ -120,7 +120,7 @@ double EvaluateOnHeap(const KVN_expression& root) {
   return evaluation.Run(root);
 }
 
-/// Value of a child in its parent's eyes: the same bits as the product with the sign.
+/// Value of a child in its parent's eyes: the product with the sign.
 inline double Signed(const KVN_expression& child) {
   const double value = child.Evaluate();
   return child.sign < 0 ? -value : value;

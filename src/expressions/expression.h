@@ -69,8 +69,8 @@ class KVN_expression {
   /// going below a place that changed. `self` is the owner's pointer to this node, which may delete
   /// itself and leave a replacement there. True when the tree changed; SimplifyFully repeats it.
   /// docs/expressions.md tells the rules that change a value; one of them looks
-  /// at the values that variables have now, so give them values first, or NaN for a tree that is to
-  /// hold for all values.
+  /// at the values that variables have now, so a tree that is to hold for all values is simplified
+  /// under a KVN_valueBlindScope.
   virtual bool Simplify(KVN_expression*& self);
   /// The value without the node's own sign. Never fails: what has no value gives an infinity or a
   /// NaN. A distribution draws a sample. Allocates nothing in trees of up to 256 levels.
@@ -125,6 +125,20 @@ constexpr int KVN_MAX_SIMPLIFY_NODES = 1000000;
 /// Repeats Simplify until nothing changes, or until one of the limits above is passed; the tree has
 /// the value of the first one wherever it stops. Returns the number of passes that changed it.
 int SimplifyFully(KVN_expression*& root, long long mostNodes = KVN_MAX_SIMPLIFY_NODES);
+
+/// While one lives, simplification doesn't look at the values that variables have at the moment, nor
+/// does it draw from distributions: a product stays whose left side only happens to be 0 now, as
+/// `(x>5)*10` is before x has a value. Not guarded.
+class KVN_valueBlindScope {
+ public:
+  KVN_valueBlindScope();
+  KVN_valueBlindScope(const KVN_valueBlindScope&) = delete;
+  KVN_valueBlindScope& operator=(const KVN_valueBlindScope&) = delete;
+  ~KVN_valueBlindScope();
+
+ private:
+  bool wasBlind;
+};
 
 /// Number of nodes, and number of levels (1 for a leaf). 0 for null.
 long long CountNodes(const KVN_expression* root);

@@ -328,7 +328,9 @@ KVN_expression* KVN_expressionParser::ParseCall(const std::string& name) {
       arity < 0 ? ParseAnyArguments(*function, -arity) : ParseFixedArguments(*function, arity);
   if (!good) return nullptr;
   std::string reason;
-  KVN_function* validated = ValidateFunction(function.get(), reason);
+  // After an error in an argument the call isn't whole, and the tree is thrown away anyway.
+  KVN_function* validated =
+      errorCount == 0 ? ValidateFunction(function.get(), reason) : function.get();
   if (validated == nullptr) {
     Error(reason);
     return nullptr;

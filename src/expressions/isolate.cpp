@@ -167,7 +167,8 @@ bool KVN_function::Isolate(const std::string& variable, KVN_expression*& lhs,
     return IsolateLog(variable, lhs, rhs);
   }
   const char* inverse = InverseOf(GetName());
-  if (inverse == nullptr || args[0] == nullptr || CountVariable(*args[0], variable) == 0) {
+  if (inverse == nullptr || descriptor == &theUnknownFunctionRow || args[0] == nullptr ||
+      CountVariable(*args[0], variable) == 0) {
     return false;
   }
   KVN_function* call = NewCall(inverse, rhs);

@@ -14,6 +14,9 @@ namespace {
 
 using OwnedTree = std::unique_ptr<KVN_expression>;
 
+/// Set by KVN_valueBlindScope.
+bool isValueBlind = false;
+
 /// A constant in the form that folding gives: the stored value isn't negative.
 KVN_constant* NewFolded(double value) {
   auto* made = new (std::nothrow) KVN_constant(value < 0.0 ? -value : value);
@@ -135,6 +138,9 @@ bool MultiplyOut(KVN_expression*& self) {
 
 }  // namespace
 
+KVN_valueBlindScope::KVN_valueBlindScope() : wasBlind(isValueBlind) { isValueBlind = true; }
+KVN_valueBlindScope::~KVN_valueBlindScope() { isValueBlind = wasBlind; }
+
 bool SimplifyTree(KVN_expression*& root) {
   bool changed = false;
   WalkTree(&root, [&](KVN_expression& node, KVN_expression** slot) {
@@ -225,7 +231,9 @@ bool KVN_operatorMultiply::Rewrite(KVN_expression*& self) {
   if (Fold(self)) return true;
   const bool rightIsConstant = IsConstant(*right);
   if (IsConstantOf(*left, 0.0)) return ReplaceBy(self, NewFolded(0.0));
-  if (rightIsConstant && SignedValue(*left) == 0.0) return ReplaceBy(self, NewFolded(0.0));
+  if (rightIsConstant && !isValueBlind && SignedValue(*left) == 0.0) {
+    return ReplaceBy(self, NewFolded(0.0));
+  }
   if (IsConstantOf(*left, 1.0)) return ReplaceBy(self, Detach(right));
   if (IsConstantOf(*right, 1.0)) return ReplaceBy(self, Detach(left));
   if (IsConstantOf(*left, -1.0)) return ReplaceBy(self, DetachNegated(right));
@@ -266,5 +274,6 @@ bool KVN_operatorDivide::Rewrite(KVN_expression*& self) {
 
 bool KVN_operatorExp::Rewrite(KVN_expression*& self) {
   if (Fold(self)) return true;
-  return IsConstantOf(*right, 0.0) && ReplaceBy(self, NewFolded(sign));
+  // Meant: the sign of a power of 0 is lost, as it is where a power is folded.
+  return IsConstantOf(*right, 0.0) && ReplaceBy(self, NewFolded(1.0));
 }

@@ -46,8 +46,9 @@ class RenamingVisitor : public KVN_variableVisitor {
   void Visit(KVN_variable& variable) override;
 
  private:
-  const std::string& oldName;
-  const std::string& newName;
+  // Copies: the name to replace may be that of a variable which is renamed on the way.
+  const std::string oldName;
+  const std::string newName;
 };
 
 /// Appends each name that is not in the list yet: names in the order of their first occurrence.

@@ -58,11 +58,20 @@ const char* ScanByLibrary(const char* text, double& value) {
   return end;
 }
 
-/// Length of the part of a text that can belong to a plain decimal number.
+const char* SkipDigits(const char* text) {
+  while (IsDigit(*text)) text++;
+  return text;
+}
+
+/// Length of the plain decimal number that a text begins with. It looks no further than the number:
+/// a formula of a million terms would otherwise be read a million times.
 std::size_t DecimalLength(const char* text) {
-  const char* end = text;
-  while (IsDigit(*end) || *end == '.' || *end == 'e' || *end == 'E' || *end == '+' || *end == '-') {
-    end++;
+  const char* end = SkipDigits(text);
+  if (*end == '.') end = SkipDigits(end + 1);
+  if (*end == 'e' || *end == 'E') {
+    const char* exponent = end + 1;
+    if (*exponent == '+' || *exponent == '-') exponent++;
+    if (IsDigit(*exponent)) end = SkipDigits(exponent);
   }
   return static_cast<std::size_t>(end - text);
 }

@@ -45,7 +45,7 @@ TEST(EquationSides, TextComesBackFromTheTwoSides) {
        {"y=x+1", "y=(a=b)", "y-1=2*x", "(a=b)=c", "y=(c ? a : b)", "-y=-(a+b)"}) {
     SCOPED_TRACE(text);
     const KVN_equationSides sides = SidesOf(text);
-    EXPECT_EQ(TextOf(sides), TextOf(SidesOf(TextOf(sides))));
+    EXPECT_EQ(TextOf(sides), std::string(text) == "(a=b)=c" ? "a=b=c" : text);
   }
   EXPECT_EQ(TextOf(SidesOf("y = a - (b - c)")), "y=a-(b-c)");
   EXPECT_EQ(TextOf(SidesOf("a = b = c")), "a=b=c");
@@ -60,6 +60,8 @@ TEST(EquationSides, SolvesForOneVariable) {
       {"x = y",            3        },
       {"2*y + 1 = x",      1        },
       {"x = -(y+1)",       -4       },
+      {"y = (x>2)*10",     10       },
+      {"y = Max(0,x-2)*3", 3        },
       {"-y = x",           -3       },
       {"x - y = z",        -2       },
       {"z / y = x",        5.0 / 3.0},

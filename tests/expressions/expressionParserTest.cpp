@@ -215,6 +215,8 @@ TEST(ExpressionParser, AsksTheDerivedParser) {
   EXPECT_EQ(parser.Parse("x + y*2", &message, &position), nullptr);
   EXPECT_EQ(message, "Invalid variable 'y': not mine");
   EXPECT_EQ(position, 6);  // past the "*"
+  EXPECT_EQ(parser.Parse("Sqrt(y)", &message, &position), nullptr);  // there is no argument to see
+  EXPECT_EQ(message, "Invalid variable 'y': not mine");
   EXPECT_EQ(parser.Parse("Sqrt(4)+1", &message, &position), nullptr);
   EXPECT_EQ(message, "pointless");
   EXPECT_EQ(position, 8);

@@ -153,11 +153,10 @@ class EvalCommand : public Command {
       output.Say(Severity::kError, "out of memory");
       return kExitLimit;
     }
-    // One rule looks at values; without any the result holds for all.
-    for (const std::string& name : evaluation.variables) {
-      AssignVariable(*simplified, name, std::nan(""));
+    {
+      const KVN_valueBlindScope blind;  // the result is to hold for all values
+      SimplifyFully(simplified);
     }
-    SimplifyFully(simplified);
     const Tree owned(simplified);
     evaluation.simplified = PrintedTree(*simplified);
     for (const auto& [name, value] : evaluation.values) {
