@@ -174,6 +174,7 @@ int CooperEvaluator::ProbeResults() {
   for (int handle : working.GetOrderOfNodes()) {
     const KVN_nodeValue* value = working.ValueOf(handle);
     if (handle == mainUtility || value == nullptr || value->HasEvidence()) continue;
+    if (working.DefinitionOf(handle) == nullptr) continue;
     if (model->TypeOf(handle) == KVN_TYPE_LIST) continue;  // nothing is stored for a decision
     if (int result = watched.Add(handle); result < 0) return result;
   }

@@ -37,6 +37,12 @@ int ShachterEvaluator::Evaluate(KVN_network& network) {
   int result = BuildPolicyNodes(*model, policyNodes);
   if (result == 0) result = AddTemporalArcs(*model, policyNodes, addedArcs);
   if (result == 0) result = Prepare();
+  if (result < 0) {
+    model->SetChangeMask(mask);
+    return result;
+  }
+  result = FoldMauNodes();
+  if (result == 0) result = MergeUtilities();
   // It is meant that the mask stays at 0 when the utilities can't be merged.
   if (result < 0) return result;
   model->SetChangeMask(mask);
@@ -72,9 +78,7 @@ int ShachterEvaluator::Prepare() {
     if (model->TypeOf(handle) != KVN_TYPE_LIST || HasEvidence(*model, handle)) continue;
     if (int result = decisions.Add(handle); result < 0) return result;
   }
-  if (int result = working.Assign(*model, /*skipTemporal=*/0); result < 0) return result;
-  if (int result = FoldMauNodes(); result < 0) return result;
-  return MergeUtilities();
+  return working.Assign(*model, /*skipTemporal=*/0);
 }
 
 /// Children first, so that the weights of a node reach those below it already multiplied. The
@@ -179,7 +183,7 @@ int ShachterEvaluator::SolveDecisions() {
     outcomes = working.DefinitionOf(decisions[i])->GetNumberOfOutcomes();
     double highest = 0.0;
     for (int k = 0; k < posterior->GetSize(); k++) {
-      if ((*posterior)[k] <= highest) continue;
+      if (!((*posterior)[k] > highest)) continue;  // nor may a NaN win
       highest = (*posterior)[k];
       best = k;
     }

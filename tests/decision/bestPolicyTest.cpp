@@ -90,6 +90,7 @@ TEST(BestPolicy, RefusesWithTheReason) {
     EXPECT_EQ(unobserved.network.UpdateBeliefs(), KVN_REFUSED);
     EXPECT_THAT(log.Texts(), ElementsAre("Can't solve this network using best policy algorithm"));
   }
+  EXPECT_NE(unobserved.network.GetChangeMask(), 0);
   ASSERT_EQ(unobserved.network.ValueOf(unobserved.a)->SetEvidence(0), 0);
   EXPECT_EQ(unobserved.network.UpdateBeliefs(), 0);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include "network/network.h"
@@ -28,7 +29,9 @@ class Solved {
     for (const auto& [known, worth] : tree.GetBranches(decision)) {
       const double* cells = Row(decision, known);
       for (std::size_t k = 0; k < worth.size(); k++) {
-        largest = std::max(largest, std::fabs(cells[k] - worth[k]));
+        const double error = std::fabs(cells[k] - worth[k]);
+        if (std::isnan(error)) return std::numeric_limits<double>::infinity();
+        largest = std::max(largest, error);
       }
     }
     return largest;
