@@ -27,9 +27,9 @@ int KVN_network::DeclareComponent(const KVN_intArray& handles) {
   }
   for (int i = 0; i < count; i++) {
     CoupledEquationOf(*this, handles[i])->SetSccVariables(names);
-    (void)NotifyChange(handles[i],
-                       KVN_CHANGE_DEFINITION);  // the set stands, whatever an update says
   }
+  // Behind all sets, since an update may follow; they stand, whatever it says.
+  for (int i = 0; i < count; i++) (void)NotifyChange(handles[i], KVN_CHANGE_DEFINITION);
   return KVN_SUCCESS;
 }
 

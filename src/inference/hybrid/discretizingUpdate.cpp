@@ -81,6 +81,7 @@ class DiscreteTwin {
 
   int Run() {
     const KVN_intArray order = network.GetOrderOfNodes();
+    if (order.GetNumItems() != network.GetNumberOfNodes()) return KVN_NO_MEMORY;
     for (int handle : order) {
       if (!HasIntervals(network, handle)) continue;
       if (int result = AddTwin(handle); result < 0) return result;
@@ -99,6 +100,10 @@ class DiscreteTwin {
  private:
   int AddTwin(int handle) {
     KVN_equation& equation = *EquationAt(network, handle);
+    // Before the twin is made: a table that is too large says so by itself.
+    if (equation.GetDiscreteTable() == nullptr) {
+      if (int result = equation.Discretize(/*seed=*/0, nullptr); result < 0) return result;
+    }
     const int made = twin.AddNode(KVN_TYPE_CPT, IdentifierOfNode(&network, handle).c_str());
     if (made < 0) return made;
     KVN_nodeDefinition* definition = twin.DefinitionOf(made);
@@ -115,14 +120,12 @@ class DiscreteTwin {
     }
     twinOf[handle] = made;
     pairs.emplace_back(handle, made);
-    if (equation.GetDiscreteTable() != nullptr) {
-      if (int result = definition->SetDefinition(*equation.GetDiscreteTable()); result < 0) {
-        return result;
-      }
-      // A parent may have got another number of intervals since; it doesn't drop its children's
-      // tables.
-      if (twin.TableFits(made)) return KVN_SUCCESS;
+    if (int result = definition->SetDefinition(*equation.GetDiscreteTable()); result < 0) {
+      return result;
     }
+    // A parent may have got another number of intervals since; it doesn't drop its children's
+    // tables.
+    if (twin.TableFits(made)) return KVN_SUCCESS;
     if (int result = equation.Discretize(/*seed=*/0, nullptr); result < 0) return result;
     return definition->SetDefinition(*equation.GetDiscreteTable());
   }

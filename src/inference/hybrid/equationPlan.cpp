@@ -37,6 +37,7 @@ class EquationPlan::Ordering {
 
   int Run(std::vector<Unit>& units) {
     const KVN_intArray roots = network.GetOrderOfNodes();
+    if (roots.GetNumItems() != network.GetNumberOfNodes()) return KVN_NO_MEMORY;
     for (int root : roots) {
       if (int result = Enter(root); result < 0) return result;
       while (!frames.empty()) {
@@ -46,6 +47,8 @@ class EquationPlan::Ordering {
           if (int result = Enter(next); result < 0) return result;
           continue;
         }
+        // A coupled node needn't be one of its own set.
+        State(frame.root) = kDone;
         for (int member : frame.unit.members) State(member) = kDone;
         units.push_back(std::move(frame.unit));
         frames.pop_back();
@@ -57,6 +60,7 @@ class EquationPlan::Ordering {
  private:
   enum NodeState : char { kNew, kOpen, kDone };
   struct Frame {
+    int root = -1;  // the node that asked for the unit
     Unit unit;
     std::vector<int> needed;  // parents from outside
     std::size_t position = 0;
@@ -71,6 +75,7 @@ class EquationPlan::Ordering {
     if (int result = MakeUnit(handle, frame.unit); result < 0) return result;
     const std::vector<int>& members = frame.unit.members;
     const std::set<int> inside(members.begin(), members.end());
+    frame.root = handle;
     State(handle) = kOpen;
     for (int member : members) {
       State(member) = kOpen;

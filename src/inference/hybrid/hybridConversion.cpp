@@ -9,6 +9,7 @@
 
 int ConvertToHybrid(KVN_network& network) {
   const KVN_intArray& order = network.GetOrderOfNodes();
+  if (order.GetNumItems() != network.GetNumberOfNodes()) return KVN_NO_MEMORY;
   if (order.GetNumItems() == 0) return KVN_SUCCESS;
   const std::string text =
       "Conversion to HBN failed for node " + IdentifierOfNode(&network, order[0]);

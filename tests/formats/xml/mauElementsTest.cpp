@@ -110,7 +110,7 @@ TEST(MauElements, AreRefusedWithAMessage) {
       {"<mau id='M'><parents>U</parents><weights>x</weights></mau>",
        "Can't read list of doubles, failed at element 1"},
       {"<mau id='M'/>", "Required element 'weights' not present in element 'mau'"},
-      {"<maux id='M'/>", "Required element 'expression' not present in element 'maux'"},
+      {"<maux id='M'/>", "Invalid number of expressions: 0, expected 1"},
       {maux("U", "<expression>U+</expression>"), "Invalid expression: U+"},
       {maux("D U", "<expression>U</expression>"),
        "Invalid number of expressions: 1, expected 2"},
