@@ -122,33 +122,30 @@ bool WriteJson(const std::string& name, const ExactContext& context,
                const std::vector<ExactResult>& results) {
   nlohmann::ordered_json root;
   root["context"] = {
-      {"date",           context.date          },
-      {"processor",      context.processor     },
-      {"folder",         context.folder        },
-      {"runs",           context.runs          },
-      {"load1",          context.load1         },
-      {"bytesPerSecond", context.bytesPerSecond},
+      {"date", context.date},     {"processor", context.processor},
+      {"folder", context.folder}, {"runs", context.runs},
+      {"load1", context.load1},   {"bytesPerSecond", context.bytesPerSecond},
   };
   root["benchmarks"] = nlohmann::ordered_json::array();
   for (const ExactResult& result : results) {
     root["benchmarks"].push_back({
-        {"name",             result.Name()                             },
-        {"evidence",         result.evidence                           },
-        {"findings",         result.findings                           },
-        {"code",             result.code                               },
-        {"findings_ms",      result.findingsMs                         },
-        {"load_ms",          result.loadMs                             },
-        {"update_ms",        result.updateMs                           },
-        {"triangulation_ms", result.triangulationMs                    },
-        {"propagation_ms",   result.propagationMs                      },
-        {"cliques",          result.cliques                            },
-        {"cells",            result.cells                              },
-        {"largest_cells",    result.largestCells                       },
-        {"table_bytes",      result.bytes                              },
-        {"cells_per_second", result.CellsPerSecond()                   },
-        {"times_stream",     result.TimesStream(context.bytesPerSecond)},
-        {"difference",       result.difference                         },
-        {"invalid",          result.invalid                            },
+        {"name", result.Name()},
+        {"evidence", result.evidence},
+        {"findings", result.findings},
+        {"code", result.code},
+        {"findings_ms", result.findingsMs},
+        {"load_ms", result.loadMs},
+        {"update_ms", result.updateMs},
+        {"triangulation_ms", result.triangulationMs},
+        {"propagation_ms", result.propagationMs},
+        {"cliques", result.cliques},
+        {"cells", result.cells},
+        {"largest_cells", result.largestCells},
+        {"table_bytes", result.bytes},
+        {"cells_per_second", result.CellsPerSecond()},
+        {"times_stream", result.TimesStream(context.bytesPerSecond)},
+        {"difference", result.difference},
+        {"invalid", result.invalid},
     });
   }
   std::ofstream file(name);

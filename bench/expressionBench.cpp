@@ -32,10 +32,10 @@ struct Formula {
 
 // Twenty nodes or a few more; the results show how many.
 const Formula kFormulas[] = {
-    {"arithmetic",     "a*b+c*d-(a+2)*(b-3)/(c+d)+a/b",                         kEvaluationGoal},
-    {"with a branch",  "a*b>c ? (a+b)*c-d/2+a*a : (b+d)*2-1",                   kEvaluationGoal},
-    {"with calls",     "Max(a*b,c,d-1)+Min(a,b+2,c*d)+Abs(d-a)",                kEvaluationGoal},
-    {"transcendental", "Exp(a)*Sin(b)+Ln(c)/Sqrt(d)-Atan(a*b)+Cos(c+d)*Exp(b)", 0.0            },
+    {"arithmetic", "a*b+c*d-(a+2)*(b-3)/(c+d)+a/b", kEvaluationGoal},
+    {"with a branch", "a*b>c ? (a+b)*c-d/2+a*a : (b+d)*2-1", kEvaluationGoal},
+    {"with calls", "Max(a*b,c,d-1)+Min(a,b+2,c*d)+Abs(d-a)", kEvaluationGoal},
+    {"transcendental", "Exp(a)*Sin(b)+Ln(c)/Sqrt(d)-Atan(a*b)+Cos(c+d)*Exp(b)", 0.0},
 };
 
 Tree ParsedFormula(const char* text) {

@@ -31,12 +31,12 @@ struct Sampler {
   double goal;  // 0: none
 };
 constexpr Sampler kSamplers[] = {
-    {"logic sampling",       KVN_ALG_LOGIC_SAMPLING,       0.0          },
-    {"likelihood weighting", KVN_ALG_LIKELIHOOD_WEIGHTING, kForwardGoal },
-    {"self-importance",      KVN_ALG_SELF_IMPORTANCE,      0.0          },
-    {"backward sampling",    KVN_ALG_BACKWARD_SAMPLING,    0.0          },
-    {"ais",                  KVN_ALG_AIS_SAMPLING,         kAdaptiveGoal},
-    {"epis",                 KVN_ALG_EPIS_SAMPLING,        kAdaptiveGoal},
+    {"logic sampling", KVN_ALG_LOGIC_SAMPLING, 0.0},
+    {"likelihood weighting", KVN_ALG_LIKELIHOOD_WEIGHTING, kForwardGoal},
+    {"self-importance", KVN_ALG_SELF_IMPORTANCE, 0.0},
+    {"backward sampling", KVN_ALG_BACKWARD_SAMPLING, 0.0},
+    {"ais", KVN_ALG_AIS_SAMPLING, kAdaptiveGoal},
+    {"epis", KVN_ALG_EPIS_SAMPLING, kAdaptiveGoal},
 };
 
 /// Nodes without evidence that one sample draws when no evidence ends it. The simple samplers don't

@@ -25,13 +25,10 @@ struct Sampler {
   int code;
 };
 constexpr Sampler kSamplers[] = {
-    {"logic",      KVN_ALG_LOGIC_SAMPLING      },
-    {"likelihood", KVN_ALG_LIKELIHOOD_WEIGHTING},
-    {"self",       KVN_ALG_SELF_IMPORTANCE     },
-    {"backward",   KVN_ALG_BACKWARD_SAMPLING   },
-    {"ais",        KVN_ALG_AIS_SAMPLING        },
-    {"epis",       KVN_ALG_EPIS_SAMPLING       },
-    {"loopy",      KVN_ALG_LOOPY_PROPAGATION   },
+    {"logic", KVN_ALG_LOGIC_SAMPLING},    {"likelihood", KVN_ALG_LIKELIHOOD_WEIGHTING},
+    {"self", KVN_ALG_SELF_IMPORTANCE},    {"backward", KVN_ALG_BACKWARD_SAMPLING},
+    {"ais", KVN_ALG_AIS_SAMPLING},        {"epis", KVN_ALG_EPIS_SAMPLING},
+    {"loopy", KVN_ALG_LOOPY_PROPAGATION},
 };
 
 /// NaN when a run failed or left a node without posterior.

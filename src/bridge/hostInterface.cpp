@@ -12,16 +12,16 @@ struct HostMethod {
 
 // In the order of the look-ups.
 constexpr HostMethod kHostMethods[] = {
-    {&BridgeState::midLoadNode,                  "loadNode",
+    {&BridgeState::midLoadNode, "loadNode",
      "(Ljava/lang/String;Ljava/lang/String;[Ljava/lang/Object;[I[Ljava/lang/String;[D[I"
-     "[Ljava/lang/String;[Ljava/lang/String;)V"                                                          },
-    {&BridgeState::midLoadChildOfRootSubmodels,  "loadChildOfRootSubmodels",
-     "([I[Ljava/lang/String;[I[I)V"                                                                      },
-    {&BridgeState::midLoadSubmodel,              "loadSubmodel",             "(ILjava/lang/String;II[I)V"},
-    {&BridgeState::midDebugLoadNode,             "debugLoadNode",            "(Ljava/lang/String;)V"     },
+     "[Ljava/lang/String;[Ljava/lang/String;)V"},
+    {&BridgeState::midLoadChildOfRootSubmodels, "loadChildOfRootSubmodels",
+     "([I[Ljava/lang/String;[I[I)V"},
+    {&BridgeState::midLoadSubmodel, "loadSubmodel", "(ILjava/lang/String;II[I)V"},
+    {&BridgeState::midDebugLoadNode, "debugLoadNode", "(Ljava/lang/String;)V"},
     {&BridgeState::midPutNetworkParameterObject, "putNetworkParameter",
-     "(Ljava/lang/Object;Ljava/lang/Object;)V"                                                           },
-    {&BridgeState::midPutNetworkParameterInt,    "putNetworkParameter",      "(Ljava/lang/Object;I)V"    },
+     "(Ljava/lang/Object;Ljava/lang/Object;)V"},
+    {&BridgeState::midPutNetworkParameterInt, "putNetworkParameter", "(Ljava/lang/Object;I)V"},
 };
 
 /// Passes a reference or method id on. A look-up that failed left an error pending, and no other

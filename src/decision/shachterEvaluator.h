@@ -19,8 +19,8 @@ class ShachterEvaluator {
 
   /// 0: the value of the next decision is 1.0 at the best alternative and 0.0 elsewhere, and it is
   /// the only valid one. KVN_REFUSED, with the reason in the log, when the next decision has an
-  /// unobserved parent or there are too many parents of utilities; the latter leaves the change mask
-  /// of the network at 0 (intended). Values must have been reset by the caller.
+  /// unobserved parent or there are too many parents of utilities; the latter leaves the change
+  /// mask of the network at 0 (intended). Values must have been reset by the caller.
   int Evaluate(KVN_network& network);
 
  private:

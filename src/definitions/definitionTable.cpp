@@ -38,17 +38,17 @@ struct Maker {
 };
 
 constexpr Maker kMakers[] = {
-    {KVN_TYPE_EQUATION,     Make<KVN_equation>,    MakeBlank<KVN_equation>  },
-    {KVN_TYPE_TABLE,        Make<KVN_table>,       MakeBlank<KVN_table>     },
-    {KVN_TYPE_LIST,         Make<KVN_list>,        MakeBlank<KVN_list>      },
-    {KVN_TYPE_CPT,          Make<KVN_cpt>,         MakeBlank<KVN_cpt>       },
-    {KVN_TYPE_TRUTHTABLE,   Make<KVN_truthTable>,  MakeBlank<KVN_truthTable>},
-    {KVN_TYPE_CAST,         Make<KVN_cast>,        MakeBlank<KVN_cast>      },
-    {KVN_TYPE_DEMORGAN,     Make<KVN_demorgan>,    MakeBlank<KVN_demorgan>  },
-    {KVN_TYPE_NOISY_MAX,    Make<KVN_noisyMAX>,    MakeBlank<KVN_noisyMAX>  },
-    {KVN_TYPE_NOISY_ADDER,  Make<KVN_noisyAdder>,  MakeBlank<KVN_noisyAdder>},
-    {KVN_TYPE_EQUATION_SCC, Make<KVN_equationSCC>, nullptr                  },
-    {KVN_TYPE_MAU,          Make<KVN_mau>,         MakeBlank<KVN_mau>       },
+    {KVN_TYPE_EQUATION, Make<KVN_equation>, MakeBlank<KVN_equation>},
+    {KVN_TYPE_TABLE, Make<KVN_table>, MakeBlank<KVN_table>},
+    {KVN_TYPE_LIST, Make<KVN_list>, MakeBlank<KVN_list>},
+    {KVN_TYPE_CPT, Make<KVN_cpt>, MakeBlank<KVN_cpt>},
+    {KVN_TYPE_TRUTHTABLE, Make<KVN_truthTable>, MakeBlank<KVN_truthTable>},
+    {KVN_TYPE_CAST, Make<KVN_cast>, MakeBlank<KVN_cast>},
+    {KVN_TYPE_DEMORGAN, Make<KVN_demorgan>, MakeBlank<KVN_demorgan>},
+    {KVN_TYPE_NOISY_MAX, Make<KVN_noisyMAX>, MakeBlank<KVN_noisyMAX>},
+    {KVN_TYPE_NOISY_ADDER, Make<KVN_noisyAdder>, MakeBlank<KVN_noisyAdder>},
+    {KVN_TYPE_EQUATION_SCC, Make<KVN_equationSCC>, nullptr},
+    {KVN_TYPE_MAU, Make<KVN_mau>, MakeBlank<KVN_mau>},
 };
 
 const Maker* FindMaker(int typeCode) {

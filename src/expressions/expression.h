@@ -126,8 +126,9 @@ constexpr int KVN_MAX_SIMPLIFY_NODES = 1000000;
 /// the value of the first one wherever it stops. Returns the number of passes that changed it.
 int SimplifyFully(KVN_expression*& root, long long mostNodes = KVN_MAX_SIMPLIFY_NODES);
 
-/// While one lives, simplification doesn't look at the values that variables have at the moment, nor
-/// does it draw from distributions: a product stays whose left side only happens to be 0 now, as
+/// While one lives, simplification doesn't look at the values that variables have at the moment,
+/// nor does it draw from distributions: a product stays whose left side only happens to be 0 now,
+/// as
 /// `(x>5)*10` is before x has a value. Not guarded.
 class KVN_valueBlindScope {
  public:

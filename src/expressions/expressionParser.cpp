@@ -40,11 +40,9 @@ bool IsNamePart(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 
 /// Operators by level, loosest first, each level ended by kEnd.
 constexpr int kLevels = 5;
 constexpr int kOperators[kLevels][5] = {
-    {'=',        kNotEqual, kEnd,          kEnd, kEnd},
-    {kLessEqual, '<',       kGreaterEqual, '>',  kEnd},
-    {'+',        '-',       kEnd,          kEnd, kEnd},
-    {'*',        '/',       kEnd,          kEnd, kEnd},
-    {'^',        kEnd,      kEnd,          kEnd, kEnd},
+    {'=', kNotEqual, kEnd, kEnd, kEnd}, {kLessEqual, '<', kGreaterEqual, '>', kEnd},
+    {'+', '-', kEnd, kEnd, kEnd},       {'*', '/', kEnd, kEnd, kEnd},
+    {'^', kEnd, kEnd, kEnd, kEnd},
 };
 
 /// -1 for a token that is no binary operator.

@@ -68,12 +68,8 @@ KVN_expression*& ExponentOf(KVN_binaryOperator& root) {
 
 /// Functions of one argument and their inverses, both ways.
 constexpr std::array<const char*, 2> kInverses[] = {
-    {"Sin",   "Asin" },
-    {"Cos",   "Acos" },
-    {"Tan",   "Atan" },
-    {"Exp",   "Ln"   },
-    {"Sqr",   "Sqrt" },
-    {"Pow10", "Log10"},
+    {"Sin", "Asin"}, {"Cos", "Acos"}, {"Tan", "Atan"},
+    {"Exp", "Ln"},   {"Sqr", "Sqrt"}, {"Pow10", "Log10"},
 };
 
 /// Null for a function without one.

@@ -22,12 +22,12 @@ KVN_fileSpeaker* Make(KVN_network& network) {
 }  // namespace
 
 const KVN_formatRow theFileFormats[] = {
-    {KVN_FORMAT_ERGO,      Make<KVN_ergoSpeaker>     },
-    {KVN_FORMAT_NETICA,    Make<KVN_neticaSpeaker>   },
+    {KVN_FORMAT_ERGO, Make<KVN_ergoSpeaker>},
+    {KVN_FORMAT_NETICA, Make<KVN_neticaSpeaker>},
     {KVN_FORMAT_MICROSOFT, Make<KVN_microsoftSpeaker>},
-    {KVN_FORMAT_KVN,       Make<KVN_kvnSpeaker>      },
-    {KVN_FORMAT_HUGIN,     Make<KVN_huginSpeaker>    },
-    {KVN_FORMAT_XMLBIF,    Make<KVN_xmlSpeaker>      },
-    {KVN_FORMAT_XKVN,      Make<KVN_xkvnSpeaker>     },
-    {-1,                   nullptr                   },
+    {KVN_FORMAT_KVN, Make<KVN_kvnSpeaker>},
+    {KVN_FORMAT_HUGIN, Make<KVN_huginSpeaker>},
+    {KVN_FORMAT_XMLBIF, Make<KVN_xmlSpeaker>},
+    {KVN_FORMAT_XKVN, Make<KVN_xkvnSpeaker>},
+    {-1, nullptr},
 };

@@ -21,12 +21,12 @@ struct ReservedText {
 };
 
 constexpr ReservedText kReservedTexts[] = {
-    {kUndefinedText,    KVN_UNDEFINED_VALUE    },
-    {"UNDEF.",          KVN_UNDEFINED_VALUE    },
-    {kIllegalText,      KVN_ILLEGAL_VALUE      },
-    {"ILLEGAL",         KVN_ILLEGAL_VALUE      },
+    {kUndefinedText, KVN_UNDEFINED_VALUE},
+    {"UNDEF.", KVN_UNDEFINED_VALUE},
+    {kIllegalText, KVN_ILLEGAL_VALUE},
+    {"ILLEGAL", KVN_ILLEGAL_VALUE},
     {kNotAvailableText, KVN_NOT_AVAILABLE_VALUE},
-    {"NA",              KVN_NOT_AVAILABLE_VALUE},
+    {"NA", KVN_NOT_AVAILABLE_VALUE},
 };
 
 /// The "C" locale, which exists without allocation and is never freed.

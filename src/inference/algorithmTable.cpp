@@ -19,20 +19,20 @@
 #include "network/updateAlgorithm.h"
 
 const KVN_updateAlgorithm theUpdateAlgorithms[] = {
-    {KVN_ALG_CLUSTERING,                RunClustering             },
-    {KVN_ALG_LOGIC_SAMPLING,            RunLogicSampling          },
-    {KVN_ALG_POLYTREE,                  PolytreeUpdate            },
-    {KVN_ALG_LIKELIHOOD_WEIGHTING,      RunLikelihoodWeighting    },
-    {KVN_ALG_SELF_IMPORTANCE,           RunSelfImportance         },
-    {KVN_ALG_LIKELIHOOD_WEIGHTING_2,    RunLikelihoodWeighting    },
-    {KVN_ALG_BACKWARD_SAMPLING,         RunBackwardSampling       },
-    {KVN_ALG_AIS_SAMPLING,              RunAisSampling            },
-    {KVN_ALG_EPIS_SAMPLING,             RunEpisSampling           },
-    {KVN_ALG_LOOPY_PROPAGATION,         RunLoopyPropagation       },
-    {KVN_ALG_SEPSET_JOIN_TREE,          SepsetJoinTreeUpdate      },
-    {KVN_ALG_RELEVANCE_DECOMPOSITION,   RunRelevanceDecomposition },
+    {KVN_ALG_CLUSTERING, RunClustering},
+    {KVN_ALG_LOGIC_SAMPLING, RunLogicSampling},
+    {KVN_ALG_POLYTREE, PolytreeUpdate},
+    {KVN_ALG_LIKELIHOOD_WEIGHTING, RunLikelihoodWeighting},
+    {KVN_ALG_SELF_IMPORTANCE, RunSelfImportance},
+    {KVN_ALG_LIKELIHOOD_WEIGHTING_2, RunLikelihoodWeighting},
+    {KVN_ALG_BACKWARD_SAMPLING, RunBackwardSampling},
+    {KVN_ALG_AIS_SAMPLING, RunAisSampling},
+    {KVN_ALG_EPIS_SAMPLING, RunEpisSampling},
+    {KVN_ALG_LOOPY_PROPAGATION, RunLoopyPropagation},
+    {KVN_ALG_SEPSET_JOIN_TREE, SepsetJoinTreeUpdate},
+    {KVN_ALG_RELEVANCE_DECOMPOSITION, RunRelevanceDecomposition},
     {KVN_ALG_RELEVANCE_DECOMPOSITION_2, RunRelevanceDecomposition2},
-    {-1,                                nullptr                   },
+    {-1, nullptr},
 };
 
 const KVN_specialUpdates theSpecialUpdates = {

@@ -21,15 +21,9 @@ struct Extension {
   int format;
 };
 constexpr Extension kExtensions[] = {
-    {"xkvn",  KVN_FORMAT_XKVN     },
-    {"qkvn",  KVN_FORMAT_XKVN     },
-    {"erg",   KVN_FORMAT_ERGO     },
-    {"dne",   KVN_FORMAT_NETICA   },
-    {"dsc",   KVN_FORMAT_MICROSOFT},
-    {"kvn",   KVN_FORMAT_KVN      },
-    {"net",   KVN_FORMAT_HUGIN    },
-    {"dxp",   KVN_FORMAT_KI       },
-    {"xml03", KVN_FORMAT_XMLBIF   },
+    {"xkvn", KVN_FORMAT_XKVN},  {"qkvn", KVN_FORMAT_XKVN},     {"erg", KVN_FORMAT_ERGO},
+    {"dne", KVN_FORMAT_NETICA}, {"dsc", KVN_FORMAT_MICROSOFT}, {"kvn", KVN_FORMAT_KVN},
+    {"net", KVN_FORMAT_HUGIN},  {"dxp", KVN_FORMAT_KI},        {"xml03", KVN_FORMAT_XMLBIF},
 };
 
 /// Of ASCII letters only, whatever the process's locale says.

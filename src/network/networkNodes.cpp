@@ -216,10 +216,10 @@ int KVN_network::DeleteNode(int handle) {
     int layer;
     bool asParent;
   } steps[] = {
-      {&KVN_nodeEntry::children,     0, true },
-      {&KVN_nodeEntry::parents,      0, false},
-      {&KVN_nodeEntry::costChildren, 1, true },
-      {&KVN_nodeEntry::costParents,  1, false},
+      {&KVN_nodeEntry::children, 0, true},
+      {&KVN_nodeEntry::parents, 0, false},
+      {&KVN_nodeEntry::costChildren, 1, true},
+      {&KVN_nodeEntry::costParents, 1, false},
   };
   for (const auto& step : steps) {
     const int result = RemoveArcsOf(handle, step.list, step.layer, step.asParent);

@@ -23,18 +23,18 @@ struct TypeWord {
   int code;
 };
 constexpr TypeWord kTypeWords[] = {
-    {"CPT",           KVN_TYPE_CPT           },
-    {"TRUTHTABLE",    KVN_TYPE_TRUTHTABLE    },
-    {"LIST",          KVN_TYPE_LIST          },
-    {"TABLE",         KVN_TYPE_TABLE         },
-    {"NOISY_MAX",     KVN_TYPE_NOISY_MAX     },
-    {"NOISY_ADDER",   KVN_TYPE_NOISY_ADDER   },
-    {"MAU",           KVN_TYPE_MAU           },
-    {"CAST",          KVN_TYPE_CAST          },
-    {"DEMORGAN",      KVN_TYPE_DEMORGAN      },
+    {"CPT", KVN_TYPE_CPT},
+    {"TRUTHTABLE", KVN_TYPE_TRUTHTABLE},
+    {"LIST", KVN_TYPE_LIST},
+    {"TABLE", KVN_TYPE_TABLE},
+    {"NOISY_MAX", KVN_TYPE_NOISY_MAX},
+    {"NOISY_ADDER", KVN_TYPE_NOISY_ADDER},
+    {"MAU", KVN_TYPE_MAU},
+    {"CAST", KVN_TYPE_CAST},
+    {"DEMORGAN", KVN_TYPE_DEMORGAN},
     {"DCHILDHPARENT", KVN_TYPE_DCHILD_HPARENT},
-    {"DISTRIBUTION",  KVN_TYPE_DISTRIBUTION  },
-    {"HEQUATION",     KVN_TYPE_H_EQUATION    },
+    {"DISTRIBUTION", KVN_TYPE_DISTRIBUTION},
+    {"HEQUATION", KVN_TYPE_H_EQUATION},
 };
 
 int OutcomeCountOf(const KVN_nodeDefinition* definition) {

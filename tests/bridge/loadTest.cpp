@@ -42,12 +42,10 @@ TEST_F(Loading, FailureToReadLeavesNothingPendingButANewNetwork) {
     const char* name;
     std::string path;
     int format;
-  } cases[] = {
-      {"no such file",      PathOf("missing.kvn"), 0            },
-      {"unknown extension", Write("net.text",      "net N { };"), 0},
-      {"unknown format",                   WriteNet(""),                         99       },
-      {"a folder",                   folder.string(),                               4   }
-  };
+  } cases[] = {{"no such file", PathOf("missing.kvn"), 0},
+               {"unknown extension", Write("net.text", "net N { };"), 0},
+               {"unknown format", WriteNet(""), 99},
+               {"a folder", folder.string(), 4}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const KVN_network* before = state.theNet;

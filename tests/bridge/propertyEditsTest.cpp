@@ -19,13 +19,13 @@ TEST(RemoveListedProperties, DropsWhatTheListNames) {
     const char* list;
     const char* left;
   } cases[] = {
-      {"b",                 "a c "  },
-      {"c,,,b,nobody",      "a "    },
-      {",a,",               "b c "  },
-      {" a,b ",             "a b c "}, // blanks belong to the key
-      {"user_properties,b", "a c "  },
-      {"",                  "a b c "},
-      {nullptr,             "a b c "},
+      {"b", "a c "},
+      {"c,,,b,nobody", "a "},
+      {",a,", "b c "},
+      {" a,b ", "a b c "},  // blanks belong to the key
+      {"user_properties,b", "a c "},
+      {"", "a b c "},
+      {nullptr, "a b c "},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.list != nullptr ? c.list : "null");

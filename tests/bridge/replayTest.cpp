@@ -62,12 +62,7 @@ TEST_F(Replay, NodesThatTheHostDoesNotKnowStopTheLoad) {
   const struct {
     const char* type;
     const char* word;
-  } cases[] = {
-      {"LIST",     "LIST"  },
-      {"TABLE",    "TABLE" },
-      {"CAST",     "(null)"},
-      {"DEMORGAN", "(null)"}
-  };
+  } cases[] = {{"LIST", "LIST"}, {"TABLE", "TABLE"}, {"CAST", "(null)"}, {"DEMORGAN", "(null)"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.type);
     const std::string node = std::string("node X { TYPE = ") + c.type + "; PARENTS = (); };";
@@ -86,11 +81,7 @@ TEST_F(Replay, ExceptionOfACallbackEndsTheLoadThere) {
   const struct {
     const char* method;
     std::size_t calls;
-  } cases[] = {
-      {"putNetworkParameter", 1},
-      {"loadSubmodel",        3},
-      {"loadNode",            7}
-  };
+  } cases[] = {{"putNetworkParameter", 1}, {"loadSubmodel", 3}, {"loadNode", 7}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.method);
     jni.throwIn = c.method;

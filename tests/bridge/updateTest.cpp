@@ -165,13 +165,12 @@ TEST_F(Updating, UnknownNodeEndsTheUpdateWithoutOutput) {
     const char* id;
     std::string text;
   } cases[] = {
-      {"Nobody",                                       "C++ error: Attempt to update node 'Nobody' that does not exist in network '" +
+      {"Nobody", "C++ error: Attempt to update node 'Nobody' that does not exist in network '" +
                      PathOf("sample.kvn") + "'"},
-      {              nullptr, "C++ error: Attempt to update node '(null)' that does not exist in network '" +
-                    PathOf("sample.kvn") + "'"        },
- // 254 characters and the end.
-      { longId.c_str(),                                          ("C++ error: Attempt to update node '" + longId).substr(0,                                                  254)}
-  };
+      {nullptr, "C++ error: Attempt to update node '(null)' that does not exist in network '" +
+                    PathOf("sample.kvn") + "'"},
+      // 254 characters and the end.
+      {longId.c_str(), ("C++ error: Attempt to update node '" + longId).substr(0, 254)}};
   for (const auto& c : cases) {
     plain.nodeIds = jni.Texts({"A", c.id});
     plain.probabilities = jni.Objects({jni.Doubles({1, 0, 0}), nullptr});
@@ -199,12 +198,10 @@ TEST_F(Updating, OutputThatCannotBeWritten) {
     const char* name;
     std::string path;
     int format;
-  } cases[] = {
-      {"a format that is only read", PathOf("out.kvn"),      7 },
-      {"no such folder",             PathOf("none/out.kvn"), 0 },
-      {"negative format",            PathOf("out.kvn"),      -1},
-      {"unknown extension",          PathOf("out"),          0 }
-  };
+  } cases[] = {{"a format that is only read", PathOf("out.kvn"), 7},
+               {"no such folder", PathOf("none/out.kvn"), 0},
+               {"negative format", PathOf("out.kvn"), -1},
+               {"unknown extension", PathOf("out"), 0}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     plain.outputFile = jni.Text(c.path.c_str());

@@ -21,7 +21,7 @@ int CountedUpdate(KVN_network& network) {
 
 const KVN_updateAlgorithm theUpdateAlgorithms[] = {
     {KVN_ALG_CLUSTERING, CountedUpdate},
-    {-1,                 nullptr      },
+    {-1, nullptr},
 };
 const KVN_specialUpdates theSpecialUpdates = {
     .policyEvaluation = RunPolicyEvaluation,

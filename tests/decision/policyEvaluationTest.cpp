@@ -177,15 +177,15 @@ TEST(PolicyEvaluation, AFailureOfInferenceEndsItWithoutAValidBelief) {
     int forced;
     std::vector<const char*> messages;
   } cases[] = {
-      {KVN_NO_MEMORY,         {"Error when running Cooper's algorithm"}},
- // For each of 4 scenarios; then the own probabilities of the first observation fail, which
-  // ends it.
+      {KVN_NO_MEMORY, {"Error when running Cooper's algorithm"}},
+      // For each of 4 scenarios; then the own probabilities of the first observation fail, which
+      // ends it.
       {KVN_NO_USEFUL_SAMPLES,
        {"The following scenario could not be evaluated:", "Forecast = State0", "Place = Choice0",
         "The following scenario could not be evaluated:", "Forecast = State0", "Place = Choice1",
         "The following scenario could not be evaluated:", "Forecast = State1", "Place = Choice0",
         "The following scenario could not be evaluated:", "Forecast = State1", "Place = Choice1",
-        "Error when running Cooper's algorithm"}                       },
+        "Error when running Cooper's algorithm"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.forced);

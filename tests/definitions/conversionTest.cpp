@@ -20,15 +20,15 @@ constexpr int kNone = KVN_NOT_APPLICABLE;
 
 // Result of a change of kind, by old kind (row) and new kind (column), in the order of kKinds.
 constexpr int kResults[8][8] = {
-  // TABLE   LIST      CPT       TRUTHTABLE CAST   DEMORGAN NOISY_MAX NOISY_ADDER
-    {0,        0,        0, 0, kNone, kNone, 0,        0       },
-    {0,        0,        0, 0, kNone, kNone, 0,        0       },
-    {0,        0,        0, 0, kNone, kNone, 0,        0       },
-    {0,        0,        0, 0, kNone, kNone, 0,        0       },
-    {kRefused, kRefused, 0, 0, 0,     kNone, kRefused, kRefused},
-    {kRefused, kRefused, 0, 0, kNone, 0,     kRefused, kRefused},
-    {0,        0,        0, 0, kNone, kNone, 0,        0       },
-    {0,        0,        0, 0, kNone, kNone, 0,        0       },
+    // TABLE   LIST      CPT       TRUTHTABLE CAST   DEMORGAN NOISY_MAX NOISY_ADDER
+    {0, 0, 0, 0, kNone, kNone, 0, 0},
+    {0, 0, 0, 0, kNone, kNone, 0, 0},
+    {0, 0, 0, 0, kNone, kNone, 0, 0},
+    {0, 0, 0, 0, kNone, kNone, 0, 0},
+    {kRefused, kRefused, 0, 0, 0, kNone, kRefused, kRefused},
+    {kRefused, kRefused, 0, 0, kNone, 0, kRefused, kRefused},
+    {0, 0, 0, 0, kNone, kNone, 0, 0},
+    {0, 0, 0, 0, kNone, kNone, 0, 0},
 };
 
 bool KeepsNames(int from, int to) {
@@ -75,18 +75,18 @@ struct ParentCase {
   std::vector<int> sizes;
 };
 const ParentCase kParentCases[] = {
-    {KVN_TYPE_CPT,         KVN_TYPE_TABLE,       1, {3, 1}},
-    {KVN_TYPE_CPT,         KVN_TYPE_TRUTHTABLE,  1, {3, 2}},
-    {KVN_TYPE_CPT,         KVN_TYPE_LIST,        0, {}    },
-    {KVN_TYPE_LIST,        KVN_TYPE_CPT,         0, {2}   },
-    {KVN_TYPE_LIST,        KVN_TYPE_TABLE,       0, {1}   },
-    {KVN_TYPE_TABLE,       KVN_TYPE_CPT,         1, {3, 2}},
-    {KVN_TYPE_TABLE,       KVN_TYPE_LIST,        1, {}    },
-    {KVN_TYPE_NOISY_MAX,   KVN_TYPE_CPT,         1, {3, 2}},
-    {KVN_TYPE_CPT,         KVN_TYPE_NOISY_MAX,   1, {3, 2}},
-    {KVN_TYPE_LIST,        KVN_TYPE_NOISY_MAX,   0, {2}   },
-    {KVN_TYPE_TABLE,       KVN_TYPE_NOISY_ADDER, 1, {3, 2}},
-    {KVN_TYPE_NOISY_ADDER, KVN_TYPE_NOISY_MAX,   1, {3, 3}},
+    {KVN_TYPE_CPT, KVN_TYPE_TABLE, 1, {3, 1}},
+    {KVN_TYPE_CPT, KVN_TYPE_TRUTHTABLE, 1, {3, 2}},
+    {KVN_TYPE_CPT, KVN_TYPE_LIST, 0, {}},
+    {KVN_TYPE_LIST, KVN_TYPE_CPT, 0, {2}},
+    {KVN_TYPE_LIST, KVN_TYPE_TABLE, 0, {1}},
+    {KVN_TYPE_TABLE, KVN_TYPE_CPT, 1, {3, 2}},
+    {KVN_TYPE_TABLE, KVN_TYPE_LIST, 1, {}},
+    {KVN_TYPE_NOISY_MAX, KVN_TYPE_CPT, 1, {3, 2}},
+    {KVN_TYPE_CPT, KVN_TYPE_NOISY_MAX, 1, {3, 2}},
+    {KVN_TYPE_LIST, KVN_TYPE_NOISY_MAX, 0, {2}},
+    {KVN_TYPE_TABLE, KVN_TYPE_NOISY_ADDER, 1, {3, 2}},
+    {KVN_TYPE_NOISY_ADDER, KVN_TYPE_NOISY_MAX, 1, {3, 3}},
 };
 
 TEST(Conversion, ParentsStayOrGo) {

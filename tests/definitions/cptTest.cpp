@@ -62,15 +62,11 @@ TEST(Cpt, KindsOfParents) {
     int type;
     int added, removed;
   } cases[] = {
-      {KVN_TYPE_LIST,        0,           0          },
-      {KVN_TYPE_CPT,         0,           0          },
-      {KVN_TYPE_TRUTHTABLE,  0,           0          },
-      {KVN_TYPE_NOISY_MAX,   0,           0          },
-      {KVN_TYPE_NOISY_ADDER, 0,           0          },
-      {KVN_TYPE_TABLE,       KVN_REFUSED, KVN_REFUSED},
-      {KVN_TYPE_CAST,        KVN_REFUSED, 0          },
-      {KVN_TYPE_DEMORGAN,    KVN_REFUSED, 0          },
-      {KVN_TYPE_NONE,        KVN_REFUSED, 0          },
+      {KVN_TYPE_LIST, 0, 0},           {KVN_TYPE_CPT, 0, 0},
+      {KVN_TYPE_TRUTHTABLE, 0, 0},     {KVN_TYPE_NOISY_MAX, 0, 0},
+      {KVN_TYPE_NOISY_ADDER, 0, 0},    {KVN_TYPE_TABLE, KVN_REFUSED, KVN_REFUSED},
+      {KVN_TYPE_CAST, KVN_REFUSED, 0}, {KVN_TYPE_DEMORGAN, KVN_REFUSED, 0},
+      {KVN_TYPE_NONE, KVN_REFUSED, 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.type);
@@ -131,14 +127,14 @@ TEST(Cpt, ConsistencyOfRows) {
     std::vector<double> cells;
     bool consistent;
   } cases[] = {
-      {"sums to 1",         {0.3, 0.7},     true },
-      {"just inside, low",  {0.9999951, 0}, true },
-      {"just inside, high", {1.0000049, 0}, true },
-      {"outside, low",      {0.999994, 0},  false},
-      {"outside, high",     {1.000006, 0},  false},
-      {"negative, sum 1",   {1.5, -0.5},    false},
-      {"zeros",             {0, 0},         false},
-      {"not a number",      {nan, 1},       false},
+      {"sums to 1", {0.3, 0.7}, true},
+      {"just inside, low", {0.9999951, 0}, true},
+      {"just inside, high", {1.0000049, 0}, true},
+      {"outside, low", {0.999994, 0}, false},
+      {"outside, high", {1.000006, 0}, false},
+      {"negative, sum 1", {1.5, -0.5}, false},
+      {"zeros", {0, 0}, false},
+      {"not a number", {nan, 1}, false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -180,12 +176,8 @@ TEST(Cpt, NamesGivenToNewOutcomes) {
     const char* name;
     const char* stored;
   } cases[] = {
-      {"maybe",  "maybe" },
-      {"State1", "State2"}, // a repeat
-      {"1st",    "State2"},
-      {"a b",    "State2"},
-      {"",       "State2"},
-      {nullptr,  "State2"},
+      {"maybe", "maybe"}, {"State1", "State2"},  // a repeat
+      {"1st", "State2"},  {"a b", "State2"},    {"", "State2"}, {nullptr, "State2"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.stored);
@@ -216,10 +208,10 @@ TEST(Cpt, SetNumberOfOutcomesByCount) {
     int count, result;
     Texts names;
   } cases[] = {
-      {3,  0,           {"State0", "State1", "State2"}},
-      {1,  0,           {"State0", "State1"}          },
-      {0,  KVN_REFUSED, {}                            }, // emptied before the count is looked at
-      {-1, KVN_REFUSED, {}                            },
+      {3, 0, {"State0", "State1", "State2"}},
+      {1, 0, {"State0", "State1"}},
+      {0, KVN_REFUSED, {}},  // emptied before the count is looked at
+      {-1, KVN_REFUSED, {}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.count);
@@ -237,10 +229,10 @@ TEST(Cpt, SetNumberOfOutcomesByNames) {
     Texts stored;
   } cases[] = {
       {{"no", "yes", "maybe"}, {"no", "yes", "maybe"}},
-      {{"1a", "b c"},          {"x1a", "b_c"}        },
-      {{"a", "a", "a"},        {"a", "a2", "a3"}     },
-      {{"only"},               {"only", "State1"}    },
-      {{},                     {"State0", "State1"}  },
+      {{"1a", "b c"}, {"x1a", "b_c"}},
+      {{"a", "a", "a"}, {"a", "a2", "a3"}},
+      {{"only"}, {"only", "State1"}},
+      {{}, {"State0", "State1"}},
   };
   for (const auto& c : cases) {
     KVN_network network;

@@ -19,13 +19,13 @@ struct RowsCase {
 //   inhibitor, then cause  00: raised to 0.75 first, then halved, in spite of the order
 //   requirement, barrier   01: 0.5 + 0.5 * 0.2; 10: 0.5 * 0.6; 11: 0.6 * 0.6
 const RowsCase kRowsCases[] = {
-    {"no parents",            {},     {},         0.3, {0.3}                   },
-    {"cause",                 {2},    {0.5},      0.2, {0.6, 0.2}              },
-    {"barrier",               {3},    {0.5},      0.2, {0.2, 0.6}              },
+    {"no parents", {}, {}, 0.3, {0.3}},
+    {"cause", {2}, {0.5}, 0.2, {0.6, 0.2}},
+    {"barrier", {3}, {0.5}, 0.2, {0.2, 0.6}},
     {"inhibitor, then cause", {0, 2}, {0.5, 0.5}, 0.5, {0.375, 0.25, 0.75, 0.5}},
-    {"requirement, barrier",  {1, 3}, {0.4, 0.2}, 0.5, {0.5, 0.6, 0.3, 0.36}   },
-    {"unknown type",          {7, 2}, {0.9, 0.5}, 0.5, {0.75, 0.5, 0.75, 0.5}  },
-    {"weight without bound",  {2},    {1.5},      0.5, {1.25, 0.5}             },
+    {"requirement, barrier", {1, 3}, {0.4, 0.2}, 0.5, {0.5, 0.6, 0.3, 0.36}},
+    {"unknown type", {7, 2}, {0.9, 0.5}, 0.5, {0.75, 0.5, 0.75, 0.5}},
+    {"weight without bound", {2}, {1.5}, 0.5, {1.25, 0.5}},
 };
 
 }  // namespace

@@ -32,9 +32,9 @@ TEST_F(List, ParentsOnlyInform) {
   const struct {
     int type, result;
   } cases[] = {
-      {KVN_TYPE_LIST,     0          },
-      {KVN_TYPE_CPT,      0          },
-      {KVN_TYPE_TABLE,    KVN_REFUSED},
+      {KVN_TYPE_LIST, 0},
+      {KVN_TYPE_CPT, 0},
+      {KVN_TYPE_TABLE, KVN_REFUSED},
       {KVN_TYPE_DEMORGAN, KVN_REFUSED},
   };
   for (const auto& c : cases) {
@@ -67,9 +67,9 @@ TEST_F(List, SetNumberOfOutcomes) {
     int count;
     Texts names;
   } counts[] = {
-      {3,  {"Choice0", "Choice1", "Choice2"}},
-      {1,  {"Choice0", "Choice1"}           }, // raised, where a chance node refuses 0
-      {-4, {"Choice0", "Choice1"}           },
+      {3, {"Choice0", "Choice1", "Choice2"}},
+      {1, {"Choice0", "Choice1"}},  // raised, where a chance node refuses 0
+      {-4, {"Choice0", "Choice1"}},
   };
   for (const auto& c : counts) {
     EXPECT_EQ(list().SetNumberOfOutcomes(c.count), 0);

@@ -97,8 +97,8 @@ TEST(Mau, ConvertsAsFarAsItsParentsAllow) {
     int type;
     std::vector<int> sizes;  // of the weights afterwards
   } const cases[] = {
-      {KVN_TYPE_TABLE, {2}}, // the chance parent's arc goes
-      {KVN_TYPE_LIST,  {} }, // all arcs go
+      {KVN_TYPE_TABLE, {2}},  // the chance parent's arc goes
+      {KVN_TYPE_LIST, {}},    // all arcs go
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.type);

@@ -149,18 +149,19 @@ const struct {
   Doubles weights;
   Doubles firstColumn;  // tells the rows apart
 } kEdits[] = {
-    {"first parent removed",          RemoveA,       {2},    {3, 4},    {0.2, 0.1, 0, 0.3}           },
-    {"last parent removed",           RemoveB,       {1},    {2, 4},    {0.5, 0, 0.3}                },
+    {"first parent removed", RemoveA, {2}, {3, 4}, {0.2, 0.1, 0, 0.3}},
+    {"last parent removed", RemoveB, {1}, {2, 4}, {0.5, 0, 0.3}},
     {"outcome in front of b's state",
-     InsertBefore,                                   {1, 3},
+     InsertBefore,
+     {1, 3},
      {2, 3, 4},
-     {0.5, 0, 0.2, 0, 0.1, 0, 0.3}                                                                   },
-    {"outcome in its place",          InsertInPlace, {1, 3}, {2, 3, 4}, {0.5, 0, 0.2, 0.1, 0, 0, 0.3}},
-    {"outcome behind it",             AddBehind,     {1, 2}, {2, 3, 4}, {0.5, 0, 0.2, 0.1, 0, 0, 0.3}},
-    {"outcome before it removed",     RemoveBefore,  {1, 1}, {2, 3, 4}, {0.5, 0, 0.1, 0, 0.3}        },
-    {"itself removed: now the first", RemoveTheOne,  {1, 0}, {2, 3, 4}, {0.5, 0, 0, 0.1, 0.3}        },
-    {"outcomes of b reordered",       RotateB,       {1, 0}, {2, 3, 4}, {0.5, 0, 0, 0.2, 0.1, 0.3}   },
-    {"parents reordered",             SwapParents,   {2, 1}, {3, 2, 4}, {0.2, 0.1, 0, 0.5, 0, 0.3}   },
+     {0.5, 0, 0.2, 0, 0.1, 0, 0.3}},
+    {"outcome in its place", InsertInPlace, {1, 3}, {2, 3, 4}, {0.5, 0, 0.2, 0.1, 0, 0, 0.3}},
+    {"outcome behind it", AddBehind, {1, 2}, {2, 3, 4}, {0.5, 0, 0.2, 0.1, 0, 0, 0.3}},
+    {"outcome before it removed", RemoveBefore, {1, 1}, {2, 3, 4}, {0.5, 0, 0.1, 0, 0.3}},
+    {"itself removed: now the first", RemoveTheOne, {1, 0}, {2, 3, 4}, {0.5, 0, 0, 0.1, 0.3}},
+    {"outcomes of b reordered", RotateB, {1, 0}, {2, 3, 4}, {0.5, 0, 0, 0.2, 0.1, 0.3}},
+    {"parents reordered", SwapParents, {2, 1}, {3, 2, 4}, {0.2, 0.1, 0, 0.5, 0, 0.3}},
 };
 
 TEST(NoisyAdderAlone, EditsOfParentsMoveRowsStatesAndWeights) {

@@ -104,11 +104,7 @@ struct Shape {
   int n;
 };
 const Shape kShapes[] = {
-    {{},           3},
-    {{2},          2},
-    {{2, 3, 4},    3},
-    {{4, 3, 2},    2},
-    {{3, 2, 2, 4}, 4},
+    {{}, 3}, {{2}, 2}, {{2, 3, 4}, 3}, {{4, 3, 2}, 2}, {{3, 2, 2, 4}, 4},
 };
 
 TEST(NoisyMAX, TableIsTheHighestOfIndependentCauses) {
@@ -240,13 +236,13 @@ const struct {
   int (*expected)(KVN_Dmatrix&);
   bool keptTableIsCurrent;  // a removed parent is cut out of it without a build
 } kEdits[] = {
-    {"a removed parent stays distinguished",      RemoveSecond,  AtLast,       false},
-    {"absorbed evidence is folded into the leak", AbsorbSecond,  AtEvidence,   true },
-    {"a parent is summed out with its prior",     SumOutThird,   Mean,         true },
-    {"a new outcome of a parent doesn't act",     InsertOutcome, LikeTheLast,  true },
-    {"an outcome of a parent goes",               RemoveOutcome, WithoutFirst, true },
-    {"parents change places",                     Rotate,        Rotated,      false},
-    {"rows and strengths move together",          MoveRows,      Same,         true },
+    {"a removed parent stays distinguished", RemoveSecond, AtLast, false},
+    {"absorbed evidence is folded into the leak", AbsorbSecond, AtEvidence, true},
+    {"a parent is summed out with its prior", SumOutThird, Mean, true},
+    {"a new outcome of a parent doesn't act", InsertOutcome, LikeTheLast, true},
+    {"an outcome of a parent goes", RemoveOutcome, WithoutFirst, true},
+    {"parents change places", Rotate, Rotated, false},
+    {"rows and strengths move together", MoveRows, Same, true},
 };
 
 TEST(NoisyMAX, EditsOfTheGraphKeepTheMeaningOfTheTable) {
@@ -354,13 +350,13 @@ const struct {
   Ints sizes;
   Doubles cells;
 } kChecks[] = {
-    {"Ok",        0,                   {3, 2}, {0.7, 0.3, 0, 1, 0.2, 0.799996}    },
-    {kSize,       KVN_REFUSED,         {2, 2}, {0.7, 0.3, 0, 1}                   },
-    {kSize,       KVN_REFUSED,         {6},    {0.7, 0.3, 0, 1, 0.2, 0.8}         },
-    {kNegative,   KVN_LENGTH_MISMATCH, {3, 2}, {1.1, -0.1, 0, 1, 0.2, 0.8}        },
-    {kConstraint, KVN_LENGTH_MISMATCH, {3, 2}, {0.7, 0.3, 0, 1.0000001, 0.2, 0.8} },
-    {kSum,        KVN_LENGTH_MISMATCH, {3, 2}, {0.7, 0.29999, 0.5, 0.5, 0.2, 0.8} },
-    {kSum,        KVN_LENGTH_MISMATCH, {3, 2}, {0.7, 0.3, 0, 1, 0.2, std::nan("")}},
+    {"Ok", 0, {3, 2}, {0.7, 0.3, 0, 1, 0.2, 0.799996}},
+    {kSize, KVN_REFUSED, {2, 2}, {0.7, 0.3, 0, 1}},
+    {kSize, KVN_REFUSED, {6}, {0.7, 0.3, 0, 1, 0.2, 0.8}},
+    {kNegative, KVN_LENGTH_MISMATCH, {3, 2}, {1.1, -0.1, 0, 1, 0.2, 0.8}},
+    {kConstraint, KVN_LENGTH_MISMATCH, {3, 2}, {0.7, 0.3, 0, 1.0000001, 0.2, 0.8}},
+    {kSum, KVN_LENGTH_MISMATCH, {3, 2}, {0.7, 0.29999, 0.5, 0.5, 0.2, 0.8}},
+    {kSum, KVN_LENGTH_MISMATCH, {3, 2}, {0.7, 0.3, 0, 1, 0.2, std::nan("")}},
 };
 
 TEST(NoisyMAX, CheckParametersTellsTheFirstFault) {
@@ -490,12 +486,7 @@ double SquaredError(const KVN_Dmatrix& a, const Doubles& b) {
 }
 
 TEST(NoisyMAX, TableOfAGateIsFittedBack) {
-  const Shape shapes[] = {
-      {{},     3},
-      {{2},    2},
-      {{2, 3}, 2},
-      {{3, 2}, 3}
-  };
+  const Shape shapes[] = {{{}, 3}, {{2}, 2}, {{2, 3}, 2}, {{3, 2}, 3}};
   for (const Shape& shape : shapes) {
     Gate gate(shape.counts, shape.n);
     // A fit takes the last outcome of a parent for the distinguished one.

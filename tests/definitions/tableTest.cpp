@@ -74,9 +74,9 @@ TEST(Table, RescaleTellsTheNetworkUnlessNothingChanges) {
     std::vector<double> before, after;  // of a utility with a binary parent
     bool told;
   } cases[] = {
-      {"scaled",         1, {10, 20}, {0, 1}, true },
-      {"constant table", 4, {7, 7},   {4, 4}, true },
-      {"equal ranges",   1, {0, 1},   {0, 1}, false},
+      {"scaled", 1, {10, 20}, {0, 1}, true},
+      {"constant table", 4, {7, 7}, {4, 4}, true},
+      {"equal ranges", 1, {0, 1}, {0, 1}, false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

@@ -62,11 +62,11 @@ TEST(TruthTable, MakeDeterministicRounds) {
   const struct {
     std::vector<double> before, after;  // two rows of three
   } cases[] = {
-      {{0.7, 0.2, 0.1, 0.1, 0.2, 0.7},    {1, 0, 0, 0, 0, 1}},
-      {{0.5, 0.5, 0, 0.2, 0.4, 0.4},      {0, 1, 0, 0, 0, 1}}, // ties go to the later cell
-      {{0, 0, 0, 0, 1, 0},                {0, 0, 1, 0, 1, 0}}, // so zeros end at the last one
+      {{0.7, 0.2, 0.1, 0.1, 0.2, 0.7}, {1, 0, 0, 0, 0, 1}},
+      {{0.5, 0.5, 0, 0.2, 0.4, 0.4}, {0, 1, 0, 0, 0, 1}},  // ties go to the later cell
+      {{0, 0, 0, 0, 1, 0}, {0, 0, 1, 0, 1, 0}},            // so zeros end at the last one
       {{-0.5, -0.1, -0.2, -0.5, 0, -0.1},
-       {0, 0, 0, 0, 1, 0}                                   }, // nothing reaches 0 in the first row
+       {0, 0, 0, 0, 1, 0}},  // nothing reaches 0 in the first row
   };
   for (const auto& c : cases) {
     KVN_network network;
@@ -84,10 +84,10 @@ TEST_F(TruthTableUnderParent, ConsistencyWantsOneOnePerRow) {
     std::vector<double> cells;
     bool consistent;
   } cases[] = {
-      {{0, 1, 0, 1, 0, 0},     true },
+      {{0, 1, 0, 1, 0, 0}, true},
       {{0, 0.5, 0.5, 1, 0, 0}, false},
-      {{0, 1, 1, 1, 0, 0},     false},
-      {{0, 1, 0, 0, 0, 0},     false},
+      {{0, 1, 1, 1, 0, 0}, false},
+      {{0, 1, 0, 0, 0, 0}, false},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(truth().SetProbabilities(DoublesOf(c.cells)), 0);

@@ -19,17 +19,17 @@ struct MomentsCase {
 
 // The gamma function at 1.5, 2 and 3 is sqrt(pi)/2, 1 and 2.
 const MomentsCase kMoments[] = {
-    {"Bernoulli",   {0.3},     0.3,                0.21              },
-    {"Beta",        {2, 3},    0.4,                0.04              },
-    {"Binomial",    {10, 0.2}, 2,                  1.6               },
-    {"Exponential", {4},       0.25,               0.0625            },
-    {"Lognormal",   {0, 1},    1.6487212707001282, 4.670774270471604 },
-    {"Lognormal",   {1, 2},    4.4816890703380645, 348.8306434595909 },
-    {"Normal",      {3, 2},    3,                  4                 },
-    {"Triangular",  {0, 3, 9}, 4,                  3.5               },
-    {"Uniform",     {2, 8},    5,                  3                 },
-    {"Weibull",     {3, 1},    3,                  9                 },
-    {"Weibull",     {2, 2},    1.772453850905516,  0.8584073464102069},
+    {"Bernoulli", {0.3}, 0.3, 0.21},
+    {"Beta", {2, 3}, 0.4, 0.04},
+    {"Binomial", {10, 0.2}, 2, 1.6},
+    {"Exponential", {4}, 0.25, 0.0625},
+    {"Lognormal", {0, 1}, 1.6487212707001282, 4.670774270471604},
+    {"Lognormal", {1, 2}, 4.4816890703380645, 348.8306434595909},
+    {"Normal", {3, 2}, 3, 4},
+    {"Triangular", {0, 3, 9}, 4, 3.5},
+    {"Uniform", {2, 8}, 5, 3},
+    {"Weibull", {3, 1}, 3, 9},
+    {"Weibull", {2, 2}, 1.772453850905516, 0.8584073464102069},
 };
 
 TEST(Distributions, Moments) {
@@ -50,25 +50,25 @@ struct DensityCase {
 };
 
 const DensityCase kDensities[] = {
-    {"Bernoulli",   {0.3},     1,              0.3                },
-    {"Bernoulli",   {0.3},     0,              0.7                },
-    {"Bernoulli",   {0.3},     0.5,            0                  },
-    {"Beta",        {2, 2},    0.5,            1                  },
-    {"Beta",        {2, 3},    0.5,            0.84375            }, // 0.5*0.25 over 1/3*4/9
-    {"Binomial",    {10, 0.2}, 2,              0                  }, // never a density, meant
-    {"Exponential", {2},       -1,             0                  },
-    {"Exponential", {2},       0.5,            0.36787944117144233},
-    {"Lognormal",   {0, 1},    std::exp(-1),   1                  }, // the mode
-    {"Lognormal",   {0, 1},    1,              0.6065306597126334 }, // exp(-0.5)
-    {"Lognormal",   {0, 1},    0,              0                  },
-    {"Normal",      {0, 1},    0,              0.3989422804014327 },
-    {"Normal",      {1, 4},    3,              0.12098536225957168}, // variance 4: phi(1)/2
-    {"Triangular",  {0, 8, 2}, 1,              0.5                }, // minimum, maximum, mode
-    {"Triangular",  {0, 8, 2}, 5,              0.5                },
-    {"Uniform",     {2, 6},    3,              0.25               },
-    {"Uniform",     {2, 6},    99,             0.25               }, // anywhere, meant
-    {"Weibull",     {1, 2},    std::sqrt(0.5), 1                  }, // the mode
-    {"Weibull",     {1, 2},    1,              0.8577638849607068 }, // sqrt(2)*exp(-0.5)
+    {"Bernoulli", {0.3}, 1, 0.3},
+    {"Bernoulli", {0.3}, 0, 0.7},
+    {"Bernoulli", {0.3}, 0.5, 0},
+    {"Beta", {2, 2}, 0.5, 1},
+    {"Beta", {2, 3}, 0.5, 0.84375},  // 0.5*0.25 over 1/3*4/9
+    {"Binomial", {10, 0.2}, 2, 0},   // never a density, meant
+    {"Exponential", {2}, -1, 0},
+    {"Exponential", {2}, 0.5, 0.36787944117144233},
+    {"Lognormal", {0, 1}, std::exp(-1), 1},        // the mode
+    {"Lognormal", {0, 1}, 1, 0.6065306597126334},  // exp(-0.5)
+    {"Lognormal", {0, 1}, 0, 0},
+    {"Normal", {0, 1}, 0, 0.3989422804014327},
+    {"Normal", {1, 4}, 3, 0.12098536225957168},  // variance 4: phi(1)/2
+    {"Triangular", {0, 8, 2}, 1, 0.5},           // minimum, maximum, mode
+    {"Triangular", {0, 8, 2}, 5, 0.5},
+    {"Uniform", {2, 6}, 3, 0.25},
+    {"Uniform", {2, 6}, 99, 0.25},               // anywhere, meant
+    {"Weibull", {1, 2}, std::sqrt(0.5), 1},      // the mode
+    {"Weibull", {1, 2}, 1, 0.8577638849607068},  // sqrt(2)*exp(-0.5)
 };
 
 TEST(Distributions, Densities) {
@@ -108,20 +108,20 @@ SampleMoments Draw(const MomentsCase& c) {
 }
 
 const MomentsCase kSampled[] = {
-    {"Bernoulli",   {0.3},      0.3,                0.21              },
-    {"Beta",        {2, 3},     0.4,                0.04              },
-    {"Beta",        {1, 1},     0.5,                1.0 / 12          },
-    {"Beta",        {1, 3},     0.25,               0.0375            },
-    {"Beta",        {0.5, 0.5}, 0.5,                1.0 / 12          }, // uniform, meant
-    {"Beta",        {0.5, 2},   0.2,                0.2 * 0.8 / 3.5   }, // has no mode: by powers
-    {"Binomial",    {10, 0.2},  2,                  1.6               },
-    {"Binomial",    {2.5, 0.5}, 1.5,                0.75              }, // three rounds, meant
-    {"Exponential", {4},        0.25,               0.0625            },
-    {"Lognormal",   {1, 0.5},   3.0794179809751876, 2.649811720833096 }, // see below
-    {"Normal",      {3, 2},     3,                  4                 },
-    {"Triangular",  {0, 3, 9},  4,                  3.5               },
-    {"Uniform",     {2, 8},     5,                  3                 },
-    {"Weibull",     {2, 2},     1.772453850905516,  0.8584073464102069},
+    {"Bernoulli", {0.3}, 0.3, 0.21},
+    {"Beta", {2, 3}, 0.4, 0.04},
+    {"Beta", {1, 1}, 0.5, 1.0 / 12},
+    {"Beta", {1, 3}, 0.25, 0.0375},
+    {"Beta", {0.5, 0.5}, 0.5, 1.0 / 12},       // uniform, meant
+    {"Beta", {0.5, 2}, 0.2, 0.2 * 0.8 / 3.5},  // has no mode: by powers
+    {"Binomial", {10, 0.2}, 2, 1.6},
+    {"Binomial", {2.5, 0.5}, 1.5, 0.75},  // three rounds, meant
+    {"Exponential", {4}, 0.25, 0.0625},
+    {"Lognormal", {1, 0.5}, 3.0794179809751876, 2.649811720833096},  // see below
+    {"Normal", {3, 2}, 3, 4},
+    {"Triangular", {0, 3, 9}, 4, 3.5},
+    {"Uniform", {2, 8}, 5, 3},
+    {"Weibull", {2, 2}, 1.772453850905516, 0.8584073464102069},
 };
 
 // The twelve uniforms behind Lognormal have the moment generating function (sinh(t/2)/(t/2))^12.

@@ -39,12 +39,8 @@ TEST(EquationSCC, OnlyLiveCoupledNodesAreDeclared) {
   KVN_network network;
   const int coupled = network.AddNode(KVN_TYPE_EQUATION_SCC, "c");
   const int plain = AddEquation(network, "e");
-  for (const std::vector<int>& handles : {
-           std::vector<int>{     },
-           {  coupled, plain},
-           { coupled,    -1},
-           { coupled,    99}
-  }) {
+  for (const std::vector<int>& handles :
+       {std::vector<int>{}, {coupled, plain}, {coupled, -1}, {coupled, 99}}) {
     EXPECT_EQ(network.DeclareComponent(IntsOf(handles)), KVN_REFUSED);
     EXPECT_TRUE(CoupledNode(network, coupled).GetSccVariables().empty());
   }
@@ -67,12 +63,12 @@ TEST(EquationSCC, EquationMayNameTheNodeItsParentsAndItsComponent) {
     const char* text;
     const char* error;
   } refused[] = {
-      {"",                 "Equation cannot be empty."},
-      {"x",                "Equation syntax error"    },
-      {"x = (",            "Equation syntax error"    },
+      {"", "Equation cannot be empty."},
+      {"x", "Equation syntax error"},
+      {"x = (", "Equation syntax error"},
       {"x = y + stranger",
        "Equation contains a variable (stranger) which is not ID of this node, one of its parents, "
-       "or one of its scc varaibles."                 },
+       "or one of its scc varaibles."},
   };
   for (const auto& c2 : refused) {
     SCOPED_TRACE(c2.text);

@@ -23,12 +23,12 @@ TEST(EquationSides, ParseWantsAnEqualsSignAtTheTop) {
     int result;
     const char* error;
   } cases[] = {
-      {"y = x + 1",   0,                    ""                                     },
-      {"y",           KVN_EXPRESSION_ERROR, "Toplevel '=' sign missing in equation"},
+      {"y = x + 1", 0, ""},
+      {"y", KVN_EXPRESSION_ERROR, "Toplevel '=' sign missing in equation"},
       {"(a = b) + 1", KVN_EXPRESSION_ERROR, "Toplevel '=' sign missing in equation"},
-      {"a <> b",      KVN_EXPRESSION_ERROR, "Toplevel '=' sign missing in equation"},
-      {"y = ",        KVN_REFUSED,          "Factor expected"                      },
-      {"",            KVN_REFUSED,          "Empty expression"                     },
+      {"a <> b", KVN_EXPRESSION_ERROR, "Toplevel '=' sign missing in equation"},
+      {"y = ", KVN_REFUSED, "Factor expected"},
+      {"", KVN_REFUSED, "Empty expression"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
@@ -56,28 +56,28 @@ TEST(EquationSides, SolvesForOneVariable) {
     const char* text;
     double y;  // for x = 3, z = 5; NaN: not solvable
   } cases[] = {
-      {"y = x",            3        },
-      {"x = y",            3        },
-      {"2*y + 1 = x",      1        },
-      {"x = -(y+1)",       -4       },
-      {"y = (x>2)*10",     10       },
-      {"y = Max(0,x-2)*3", 3        },
-      {"-y = x",           -3       },
-      {"x - y = z",        -2       },
-      {"z / y = x",        5.0 / 3.0},
-      {"y ^ 2 = x + 1",    2        },
-      {"Exp(y) = x",       log(3.0) },
-      {"x = 2 ^ y",        log2(3.0)},
-      {"Log(y, x) = 2",    9        },
-      {"-(x - y) * 2 = z", 5.5      },
-      {"y = (x - z) * 2",  -4       },
-      {"y*y = x",          NAN      },
-      {"y = y",            NAN      },
-      {"z = x",            NAN      },
-      {"Abs(y) = x",       NAN      },
-      {"(y < x) = 1",      NAN      },
-      {"Max(y, x) = z",    NAN      },
-      {"(x ? y : z) = 1",  NAN      },
+      {"y = x", 3},
+      {"x = y", 3},
+      {"2*y + 1 = x", 1},
+      {"x = -(y+1)", -4},
+      {"y = (x>2)*10", 10},
+      {"y = Max(0,x-2)*3", 3},
+      {"-y = x", -3},
+      {"x - y = z", -2},
+      {"z / y = x", 5.0 / 3.0},
+      {"y ^ 2 = x + 1", 2},
+      {"Exp(y) = x", log(3.0)},
+      {"x = 2 ^ y", log2(3.0)},
+      {"Log(y, x) = 2", 9},
+      {"-(x - y) * 2 = z", 5.5},
+      {"y = (x - z) * 2", -4},
+      {"y*y = x", NAN},
+      {"y = y", NAN},
+      {"z = x", NAN},
+      {"Abs(y) = x", NAN},
+      {"(y < x) = 1", NAN},
+      {"Max(y, x) = z", NAN},
+      {"(x ? y : z) = 1", NAN},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);

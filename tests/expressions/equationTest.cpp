@@ -79,14 +79,15 @@ TEST(Equation, RefusedTextLeavesEquationAndArcs) {
     const char* error;
     int position;
   } cases[] = {
-      {"",           "Equation cannot be empty.",                                                -7},
-      {"y",          "Toplevel '=' sign missing in equation",                                    -7},
-      {"(a=b)+1",    "Toplevel '=' sign missing in equation",                                    -7},
-      {"y = a +",    "Factor expected",                                                          7 },
-      {"y = z",      "Unknown node identifier: z",                                               -7},
-      {"y = Foo(a)", "Unknown function: Foo",                                                    8 },
+      {"", "Equation cannot be empty.", -7},
+      {"y", "Toplevel '=' sign missing in equation", -7},
+      {"(a=b)+1", "Toplevel '=' sign missing in equation", -7},
+      {"y = a +", "Factor expected", 7},
+      {"y = z", "Unknown node identifier: z", -7},
+      {"y = Foo(a)", "Unknown function: Foo", 8},
       {"y = a + d",
-       "Node d can't be used in equation for current node, because it would result in a cycle.", -7},
+       "Node d can't be used in equation for current node, because it would result in a cycle.",
+       -7},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
@@ -139,18 +140,18 @@ TEST(Equation, IntervalsAreNamedOnceAndRise) {
     std::vector<KVN_discInterval> list;  // on a range of 0 to 10
     int result;
   } cases[] = {
-      {"two",                     {{"low", 4}, {"high", 10}},         0                  },
-      {"last top is forced",      {{"low", 4}, {"high", -99}},        0                  },
-      {"one",                     {{"low", 10}},                      KVN_REFUSED        },
-      {"none",                    {},                                 KVN_REFUSED        },
-      {"name repeats",            {{"low", 4}, {"low", 10}},          KVN_ILLEGAL_ID     },
-      {"bad name",                {{"1", 4}, {"high", 10}},           KVN_ILLEGAL_ID     },
-      {"no name",                 {{"", 4}, {"high", 10}},            KVN_ILLEGAL_ID     },
-      {"equal tops",              {{"a", 4}, {"b", 4}, {"c", 10}},    KVN_LENGTH_MISMATCH},
-      {"falling tops",            {{"a", 5}, {"b", 4}, {"c", 10}},    KVN_LENGTH_MISMATCH},
-      {"first at the bottom",     {{"a", 0}, {"b", 10}},              KVN_LENGTH_MISMATCH},
-      {"last but one at the top", {{"a", 3}, {"b", 10}, {"c", 10}},   KVN_LENGTH_MISMATCH},
-      {"no number",               {{"a", kNaN}, {"b", 3}, {"c", 10}}, KVN_LENGTH_MISMATCH},
+      {"two", {{"low", 4}, {"high", 10}}, 0},
+      {"last top is forced", {{"low", 4}, {"high", -99}}, 0},
+      {"one", {{"low", 10}}, KVN_REFUSED},
+      {"none", {}, KVN_REFUSED},
+      {"name repeats", {{"low", 4}, {"low", 10}}, KVN_ILLEGAL_ID},
+      {"bad name", {{"1", 4}, {"high", 10}}, KVN_ILLEGAL_ID},
+      {"no name", {{"", 4}, {"high", 10}}, KVN_ILLEGAL_ID},
+      {"equal tops", {{"a", 4}, {"b", 4}, {"c", 10}}, KVN_LENGTH_MISMATCH},
+      {"falling tops", {{"a", 5}, {"b", 4}, {"c", 10}}, KVN_LENGTH_MISMATCH},
+      {"first at the bottom", {{"a", 0}, {"b", 10}}, KVN_LENGTH_MISMATCH},
+      {"last but one at the top", {{"a", 3}, {"b", 10}, {"c", 10}}, KVN_LENGTH_MISMATCH},
+      {"no number", {{"a", kNaN}, {"b", 3}, {"c", 10}}, KVN_LENGTH_MISMATCH},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

@@ -20,36 +20,36 @@ struct ErrorCase {
 };
 
 const ErrorCase kErrors[] = {
-    {"",                "Empty expression",                           0 },
-    {"  \t",            "Empty expression",                           3 },
-    {"$",               "Invalid token",                              1 },
-    {"1 + _a",          "Invalid token",                              5 },
-    {"1 + .",           "Invalid token",                              4 },
-    {"1 +",             "Factor expected",                            3 },
-    {"1 + * 2",         "Factor expected",                            5 },
-    {"+1",              "Factor expected",                            1 },
-    {"Sqrt()",          "Factor expected",                            6 },
-    {"Max(1,)",         "Factor expected",                            7 },
-    {"(1",              "')' expected",                               2 },
-    {"(1 2)",           "')' expected",                               4 },
-    {"foo(1)",          "Unknown function: foo",                      4 },
-    {"Sqrt(4,5)",       "')' expected in a function call",            7 },
-    {"Pi(1)",           "')' expected in a function call",            4 },
-    {"Sqrt(4",          "')' expected in a function call",            6 },
-    {"Atan2(1 2)",      "Comma expected in a function call",          9 },
-    {"Max(1 2)",        "Comma expected in a function call",          7 },
-    {"Max(1,2",         "Comma expected in a function call",          7 },
-    {"Atan2(1)",        "Too few parameters in function call",        8 },
-    {"Max(1)",          "Too few parameters in vararg function call", 6 },
+    {"", "Empty expression", 0},
+    {"  \t", "Empty expression", 3},
+    {"$", "Invalid token", 1},
+    {"1 + _a", "Invalid token", 5},
+    {"1 + .", "Invalid token", 4},
+    {"1 +", "Factor expected", 3},
+    {"1 + * 2", "Factor expected", 5},
+    {"+1", "Factor expected", 1},
+    {"Sqrt()", "Factor expected", 6},
+    {"Max(1,)", "Factor expected", 7},
+    {"(1", "')' expected", 2},
+    {"(1 2)", "')' expected", 4},
+    {"foo(1)", "Unknown function: foo", 4},
+    {"Sqrt(4,5)", "')' expected in a function call", 7},
+    {"Pi(1)", "')' expected in a function call", 4},
+    {"Sqrt(4", "')' expected in a function call", 6},
+    {"Atan2(1 2)", "Comma expected in a function call", 9},
+    {"Max(1 2)", "Comma expected in a function call", 7},
+    {"Max(1,2", "Comma expected in a function call", 7},
+    {"Atan2(1)", "Too few parameters in function call", 8},
+    {"Max(1)", "Too few parameters in vararg function call", 6},
     {"Switch(1,2) + 1", "Too few parameters in vararg function call", 13},
-    {"Max()",           "Too few parameters in vararg function call", 5 },
-    {"a ? b",           "':' expected",                               5 },
-    {"a ? b, c",        "':' expected",                               6 },
-    {"2 3",             "Invalid expression",                         3 },
-    {"1.2.3",           "Invalid expression",                         5 },
-    {"a)",              "Invalid expression",                         2 },
-    {"a ? b : c : d",   "Invalid expression",                         11},
-    {"1 $ 2 )",         "Invalid token",                              3 },
+    {"Max()", "Too few parameters in vararg function call", 5},
+    {"a ? b", "':' expected", 5},
+    {"a ? b, c", "':' expected", 6},
+    {"2 3", "Invalid expression", 3},
+    {"1.2.3", "Invalid expression", 5},
+    {"a)", "Invalid expression", 2},
+    {"a ? b : c : d", "Invalid expression", 11},
+    {"1 $ 2 )", "Invalid token", 3},
 };
 
 TEST(ExpressionParser, TellsTheFirstErrorAndItsPlace) {
@@ -69,26 +69,26 @@ struct ShapeCase {
 };
 
 const ShapeCase kShapes[] = {
-    {"a^b^c",           "(a^b)^c"        },
-    {"-2^3",            "(-2)^3"         },
-    {"-x^2",            "(-x)^2"         },
-    {"2^-3",            "2^(-3)"         },
-    {"--x",             "x"              },
-    {"---x",            "-x"             },
-    {"a-b-c",           "(a-b)-c"        },
-    {"a/b*c",           "(a/b)*c"        },
-    {"a+b*c^d",         "a+(b*(c^d))"    },
-    {"a*b+c",           "(a*b)+c"        },
-    {"a=b=c",           "(a=b)=c"        },
-    {"a<>b>=c<d",       "a<>((b>=c)<d)"  },
-    {"a+b<=c",          "(a+b)<=c"       },
-    {"a?b:c?d:e",       "(a?b:c)?d:e"    },
-    {"a?b?c:d:e",       "a?(b?c:d):e"    },
-    {"a=b?c:d",         "(a=b)?c:d"      },
-    {" 1e3 + .5+0x10 ", "1000+0.5+16"    },
+    {"a^b^c", "(a^b)^c"},
+    {"-2^3", "(-2)^3"},
+    {"-x^2", "(-x)^2"},
+    {"2^-3", "2^(-3)"},
+    {"--x", "x"},
+    {"---x", "-x"},
+    {"a-b-c", "(a-b)-c"},
+    {"a/b*c", "(a/b)*c"},
+    {"a+b*c^d", "a+(b*(c^d))"},
+    {"a*b+c", "(a*b)+c"},
+    {"a=b=c", "(a=b)=c"},
+    {"a<>b>=c<d", "a<>((b>=c)<d)"},
+    {"a+b<=c", "(a+b)<=c"},
+    {"a?b:c?d:e", "(a?b:c)?d:e"},
+    {"a?b?c:d:e", "a?(b?c:d):e"},
+    {"a=b?c:d", "(a=b)?c:d"},
+    {" 1e3 + .5+0x10 ", "1000+0.5+16"},
     {"sqrt(4)+SQRT(4)", "Sqrt(4)+Sqrt(4)"},
-    {"Pi+Pi()",         "(Pi)+(Pi())"    },
-    {"a_1*Bb",          "(a_1)*(Bb)"     },
+    {"Pi+Pi()", "(Pi)+(Pi())"},
+    {"a_1*Bb", "(a_1)*(Bb)"},
 };
 
 /// How a tree hangs together, whatever Print makes of it: kind, sign, own text of leaves, children.
@@ -134,18 +134,18 @@ TEST(ExpressionParser, RefusesWhatIsTooDeep) {
     return Repeated(open, count, "") + inner + Repeated(close, count, "");
   };
   const DepthCase cases[] = {
-      {"parentheses",        nested("(",  "x",                ")",                       256),                               true},
-      {"one more",                    nested("(",                      "x",           ")",            257),                                 false},
-      {"2,000 parentheses",               nested("(",                          "x",                          ")",                           2000), false},
-      {"2,000 that stay open",               nested("(",                     "",                                       "",                 2000),                           false},
-      {"calls",                  nested("Sin(",                        "x",")",        257),          false},
-      {"branches",                 nested("x?",  "x",                  ":x",                               257),                                                        false},
-      {"signs are no depth",nested("-","x","",100001),true},
-      {"terms", Repeated("x",          2000,                          "+"),                                                     true                                                                                            },
-      {"one term more",                    Repeated("x",                         2001,                               "+"),                                           false                                               },
-      {"50,000 terms",                    Repeated("x",                 50000,    "^"), false},
-      {"a chain",                    "x" + Repeated("?x:x",                  1999,     ""),         true},
-      {"a chain too long",                    "x" + Repeated("?x:x",                       2000, ""),     false                                                                                                                           },
+      {"parentheses", nested("(", "x", ")", 256), true},
+      {"one more", nested("(", "x", ")", 257), false},
+      {"2,000 parentheses", nested("(", "x", ")", 2000), false},
+      {"2,000 that stay open", nested("(", "", "", 2000), false},
+      {"calls", nested("Sin(", "x", ")", 257), false},
+      {"branches", nested("x?", "x", ":x", 257), false},
+      {"signs are no depth", nested("-", "x", "", 100001), true},
+      {"terms", Repeated("x", 2000, "+"), true},
+      {"one term more", Repeated("x", 2001, "+"), false},
+      {"50,000 terms", Repeated("x", 50000, "^"), false},
+      {"a chain", "x" + Repeated("?x:x", 1999, ""), true},
+      {"a chain too long", "x" + Repeated("?x:x", 2000, ""), false},
   };
   for (const DepthCase& c : cases) {
     SCOPED_TRACE(c.name);
@@ -214,7 +214,7 @@ TEST(ExpressionParser, AsksTheDerivedParser) {
   int position = -1;
   EXPECT_EQ(parser.Parse("x + y*2", &message, &position), nullptr);
   EXPECT_EQ(message, "Invalid variable 'y': not mine");
-  EXPECT_EQ(position, 6);  // past the "*"
+  EXPECT_EQ(position, 6);                                            // past the "*"
   EXPECT_EQ(parser.Parse("Sqrt(y)", &message, &position), nullptr);  // there is no argument to see
   EXPECT_EQ(message, "Invalid variable 'y': not mine");
   EXPECT_EQ(parser.Parse("Sqrt(4)+1", &message, &position), nullptr);

@@ -52,12 +52,12 @@ struct NormalizeCase {
   std::vector<double> before, after;  // rows of two outcomes, so each pair is one run
 };
 const NormalizeCase kNormalizeCases[] = {
-    {"scales",                   {1, 3},          {0.25, 0.75}          },
-    {"zero run becomes uniform", {0, 0},          {0.5, 0.5}            },
-    {"cancelled run as well",    {1, -1},         {0.5, 0.5}            },
-    {"runs do not mix",          {2, 2, 0, 5},    {0.5, 0.5, 0, 1}      },
-    {"NaN spreads in its run",   {kNaN, 1, 1, 1}, {kNaN, kNaN, 0.5, 0.5}},
-    {"exact sum is kept",        {0.7, 0.3},      {0.7, 0.3}            },
+    {"scales", {1, 3}, {0.25, 0.75}},
+    {"zero run becomes uniform", {0, 0}, {0.5, 0.5}},
+    {"cancelled run as well", {1, -1}, {0.5, 0.5}},
+    {"runs do not mix", {2, 2, 0, 5}, {0.5, 0.5, 0, 1}},
+    {"NaN spreads in its run", {kNaN, 1, 1, 1}, {kNaN, kNaN, 0.5, 0.5}},
+    {"exact sum is kept", {0.7, 0.3}, {0.7, 0.3}},
 };
 TEST(Dmatrix, NormalizeWorksRunByRun) {
   for (const NormalizeCase& c : kNormalizeCases) {

@@ -14,18 +14,18 @@ namespace {
 // Codes that are only told with a text of their own say "NO ERROR", and -26 has no entry.
 TEST(ErrorLog, StandardTexts) {
   const std::pair<int, const char*> cases[] = {
-      {0,    "NO ERROR"                        },
-      {-1,   "NO ERROR"                        },
-      {-2,   "OUT OF RANGE"                    },
-      {-26,  "UNKNOWN ERROR CODE"              },
-      {-30,  "ILLEGAL IDENTIFIER"              },
-      {-42,  "OUT OF MEMORY"                   },
-      {-51,  "WRONG NODE TYPE"                 },
-      {-52,  "UNKNOWN ERROR CODE"              },
-      {-103, "FILE I/O FAILED"                 },
+      {0, "NO ERROR"},
+      {-1, "NO ERROR"},
+      {-2, "OUT OF RANGE"},
+      {-26, "UNKNOWN ERROR CODE"},
+      {-30, "ILLEGAL IDENTIFIER"},
+      {-42, "OUT OF MEMORY"},
+      {-51, "WRONG NODE TYPE"},
+      {-52, "UNKNOWN ERROR CODE"},
+      {-103, "FILE I/O FAILED"},
       {-126, "LEXICAL ERROR. CHARACTER UNKNOWN"},
-      {-127, "NO ERROR"                        },
-      {-567, "NO ERROR"                        },
+      {-127, "NO ERROR"},
+      {-567, "NO ERROR"},
   };
   for (const auto& [code, text] : cases) EXPECT_STREQ(GetErrorString(code), text) << code;
 }

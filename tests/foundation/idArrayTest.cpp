@@ -22,15 +22,12 @@ struct IdentifierCase {
   const char *mendedList, *mendedHeader;  // null: cannot be mended
 };
 const IdentifierCase kIdentifierCases[] = {
-    {"a_1",  true,  true,  "a_1",   "a_1" },
-    {"a b",  false, false, "a_b",   "a_b" },
-    {"1a",   false, false, "x1a",   "xa"  }, // the rules differ on purpose
-    {"_a",   false, false, "x_a",   "xa"  },
-    {"-",    false, false, "x_",    "x"   },
-    {"@",    false, true,  "x_",    "@"   },
-    {"@a b", false, true,  "x_a_b", "@a b"},
-    {"\xe9", false, false, "x_",    "x"   }, // a byte above 127 in the "C" locale
-    {"",     false, false, nullptr, "x"   },
+    {"a_1", true, true, "a_1", "a_1"}, {"a b", false, false, "a_b", "a_b"},
+    {"1a", false, false, "x1a", "xa"},  // the rules differ on purpose
+    {"_a", false, false, "x_a", "xa"}, {"-", false, false, "x_", "x"},
+    {"@", false, true, "x_", "@"},     {"@a b", false, true, "x_a_b", "@a b"},
+    {"\xe9", false, false, "x_", "x"},  // a byte above 127 in the "C" locale
+    {"", false, false, nullptr, "x"},
 };
 TEST(IdArray, TwoRulesForIdentifiers) {
   for (const IdentifierCase& c : kIdentifierCases) {
@@ -70,13 +67,9 @@ struct CreateCase {
   const char* expected;  // on a list of "a", "a0", "x2"
 };
 const CreateCase kCreateCases[] = {
-    {"b",     -1, "b"   },
-    {"b",     2,  "b2"  }, // a number is wanted even if the base would do
-    {"a",     -1, "a1"  }, // -1 is never valid, 0 is taken
-    {"a",     0,  "a1"  },
-    {"1 c",   -1, "x1_c"},
-    {"",      2,  "x3"  },
-    {nullptr, 7,  "x7"  },
+    {"b", -1, "b"},  {"b", 2, "b2"},  // a number is wanted even if the base would do
+    {"a", -1, "a1"},                  // -1 is never valid, 0 is taken
+    {"a", 0, "a1"},  {"1 c", -1, "x1_c"}, {"", 2, "x3"}, {nullptr, 7, "x7"},
 };
 TEST(IdArray, CreatesNewIdentifiers) {
   const KVN_idArray ids = IdsOf({"a", "a0", "x2"});

@@ -51,9 +51,9 @@ TEST(NumberText, ReservedValues) {
     const char *written, *word;
     double value;
   } cases[] = {
-      {"0.0E-2", "UNDEF.",  KVN_UNDEFINED_VALUE    },
-      {"0.0E-3", "ILLEGAL", KVN_ILLEGAL_VALUE      },
-      {"0.0E-4", "NA",      KVN_NOT_AVAILABLE_VALUE},
+      {"0.0E-2", "UNDEF.", KVN_UNDEFINED_VALUE},
+      {"0.0E-3", "ILLEGAL", KVN_ILLEGAL_VALUE},
+      {"0.0E-4", "NA", KVN_NOT_AVAILABLE_VALUE},
   };
   for (const auto& c : cases) {
     double value = 0.0;
@@ -114,13 +114,8 @@ TEST(NumberText, Integers) {
     const char* text;
     int result, value;
   } cases[] = {
-      {"12",    0,           12},
-      {" -7x",  0,           -7},
-      {"+3",    0,           3 },
-      {"12e5",  0,           12},
-      {"x",     0,           0 },
-      {"",      0,           0 },
-      {nullptr, KVN_REFUSED, 0 },
+      {"12", 0, 12}, {" -7x", 0, -7},           {"+3", 0, 3}, {"12e5", 0, 12}, {"x", 0, 0},
+      {"", 0, 0},    {nullptr, KVN_REFUSED, 0},
   };
   for (const auto& c : cases) {
     int value = 99;

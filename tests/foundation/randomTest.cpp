@@ -16,8 +16,8 @@ struct StreamCase {
 // By hand for seed 0: x = 2531011, and 2531011 >> 16 = 38. The next x is 2531011 * 214013 + 2531011
 // = 541671788154, mod 2^32 505908858, >> 16 = 7719. Seed 1: 2745024 >> 16 = 41.
 const StreamCase kStreamCases[] = {
-    {"zero is a seed",          0,          {38, 7719, 21238}},
-    {"unseeded",                1,          {41, 18467, 6334}},
+    {"zero is a seed", 0, {38, 7719, 21238}},
+    {"unseeded", 1, {41, 18467, 6334}},
     {"bit 31 is not an output", 0xffffffff, {35, 29739, 3374}},
 };
 

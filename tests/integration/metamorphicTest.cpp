@@ -48,10 +48,10 @@ struct Method {
   const char* effort;
 };
 const Method kMethods[] = {
-    {"clustering",       KVN_ALG_CLUSTERING,              "0"},
-    {"with effort",      KVN_ALG_CLUSTERING,              "1"},
-    {"sepset join tree", KVN_ALG_SEPSET_JOIN_TREE,        "0"},
-    {"decomposition",    KVN_ALG_RELEVANCE_DECOMPOSITION, "0"},
+    {"clustering", KVN_ALG_CLUSTERING, "0"},
+    {"with effort", KVN_ALG_CLUSTERING, "1"},
+    {"sepset join tree", KVN_ALG_SEPSET_JOIN_TREE, "0"},
+    {"decomposition", KVN_ALG_RELEVANCE_DECOMPOSITION, "0"},
 };
 
 /// A network of ten to fifteen nodes with findings and soft evidence, gates as their tables.

@@ -208,13 +208,13 @@ TEST(Evidence, ContradictionsAreRefusedWithTheirReason) {
     int result;
     const char* message;
   } kCases[] = {
-  // Rows of B by A: A = 0 leaves 0 and 2, A = 1 leaves 1, A = 2 leaves 0 and 2.
-      {"impossible with the parent",  0,  -1, 1, KVN_REFUSED,
-       "Outcome [State1] of node [B] is impossible"          },
-      {"impossible with any parent",  -1, -1, 3, KVN_REFUSED,
-       "Outcome [State3] of node [B] is impossible"          },
- // B = 1 needs A = 1, which makes C = 0 certain.
-      {"the consequence is excluded", -1, 2,  1, KVN_CONFLICTING_EVIDENCE,
+      // Rows of B by A: A = 0 leaves 0 and 2, A = 1 leaves 1, A = 2 leaves 0 and 2.
+      {"impossible with the parent", 0, -1, 1, KVN_REFUSED,
+       "Outcome [State1] of node [B] is impossible"},
+      {"impossible with any parent", -1, -1, 3, KVN_REFUSED,
+       "Outcome [State3] of node [B] is impossible"},
+      // B = 1 needs A = 1, which makes C = 0 certain.
+      {"the consequence is excluded", -1, 2, 1, KVN_CONFLICTING_EVIDENCE,
        "ERROR: conficting evidence between nodes [A] and [C]"},
   };
   for (const auto& c : kCases) {
@@ -257,15 +257,15 @@ TEST(Evidence, HooksRunAsFlagsAndMaskAllow) {
     int bit;   // of the mask; 0: the mask isn't asked
     bool makesStale;
   } kCases[] = {
-      {kArcAdded,        0,                     KVN_HOOK_ARC_ADDED,        true },
-      {kArcRemoved,      0,                     KVN_HOOK_ARC_REMOVED,      true },
-      {kEvidenceSet,     0,                     KVN_HOOK_EVIDENCE_SET,     true },
-      {kEvidenceCleared, 0,                     KVN_HOOK_EVIDENCE_CLEARED, true },
-      {kSoft,            0,                     0,                         true },
-      {kNotify,          KVN_CHANGE_OUTCOMES,   KVN_CHANGE_OUTCOMES,       true },
-      {kNotify,          KVN_CHANGE_NUMBERS,    KVN_CHANGE_NUMBERS,        true },
-      {kNotify,          KVN_CHANGE_DEFINITION, KVN_CHANGE_DEFINITION,     true },
-      {kNotify,          KVN_CHANGE_NO_CASCADE, KVN_HOOK_ARC_ADDED,        false},
+      {kArcAdded, 0, KVN_HOOK_ARC_ADDED, true},
+      {kArcRemoved, 0, KVN_HOOK_ARC_REMOVED, true},
+      {kEvidenceSet, 0, KVN_HOOK_EVIDENCE_SET, true},
+      {kEvidenceCleared, 0, KVN_HOOK_EVIDENCE_CLEARED, true},
+      {kSoft, 0, 0, true},
+      {kNotify, KVN_CHANGE_OUTCOMES, KVN_CHANGE_OUTCOMES, true},
+      {kNotify, KVN_CHANGE_NUMBERS, KVN_CHANGE_NUMBERS, true},
+      {kNotify, KVN_CHANGE_DEFINITION, KVN_CHANGE_DEFINITION, true},
+      {kNotify, KVN_CHANGE_NO_CASCADE, KVN_HOOK_ARC_ADDED, false},
   };
   constexpr int kDefaultMask = 463;
   for (const auto& c : kCases) {

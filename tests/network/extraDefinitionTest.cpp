@@ -79,13 +79,13 @@ TEST_F(ExtraDefinition, ListsFollowTheOutcomes) {
     int defaultAfter;
     std::vector<int> source;  // the old outcome of each entry, -1 for a new one
   } cases[] = {
-      {"inserted",           [](auto& d) { return d.InsertOutcome(1, "n"); },  1, {0, -1, 1, 2}   },
-      {"appended",           [](auto& d) { return d.AddOutcome("n"); },        1, {0, 1, 2, -1}   },
-      {"before the default", [](auto& d) { return d.RemoveOutcome(0); },       0, {1, 2}          },
-      {"the default",        [](auto& d) { return d.RemoveOutcome(1); },       0, {0, 2}          },
-      {"behind the default", [](auto& d) { return d.RemoveOutcome(2); },       1, {0, 1}          },
-      {"rotated",            Rotate,                                           2, {2, 0, 1}       },
-      {"replaced",           [](auto& d) { return d.SetNumberOfOutcomes(4); }, 0, {-1, -1, -1, -1}},
+      {"inserted", [](auto& d) { return d.InsertOutcome(1, "n"); }, 1, {0, -1, 1, 2}},
+      {"appended", [](auto& d) { return d.AddOutcome("n"); }, 1, {0, 1, 2, -1}},
+      {"before the default", [](auto& d) { return d.RemoveOutcome(0); }, 0, {1, 2}},
+      {"the default", [](auto& d) { return d.RemoveOutcome(1); }, 0, {0, 2}},
+      {"behind the default", [](auto& d) { return d.RemoveOutcome(2); }, 1, {0, 1}},
+      {"rotated", Rotate, 2, {2, 0, 1}},
+      {"replaced", [](auto& d) { return d.SetNumberOfOutcomes(4); }, 0, {-1, -1, -1, -1}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -177,12 +177,7 @@ TEST_F(ExtraDefinition, RefusedLabelsAreReplacedByNumberedOnes) {
   EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"p", "q"}));
   const struct {
     const char *base, *label;
-  } cases[] = {
-      {"l",     "l7"   },
-      {"1 a",   "x1_a6"},
-      {"",      "x6"   },
-      {nullptr, "x6"   }
-  };  // x has an l6
+  } cases[] = {{"l", "l7"}, {"1 a", "x1_a6"}, {"", "x6"}, {nullptr, "x6"}};  // x has an l6
   for (const auto& c : cases) {
     std::string made;
     extra.CreateLabel(c.base, made);

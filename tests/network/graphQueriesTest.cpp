@@ -15,14 +15,7 @@ namespace {
 //   x -> y
 void MakeDiamond(KVN_network& network) {
   AddNodes(network, KVN_TYPE_CPT, {"x", "y", "a", "b", "c", "d"});
-  AddArcs(network, {
-                       {"d", "x"},
-                       {"c", "x"},
-                       {"b", "x"},
-                       {"a", "b"},
-                       {"a", "c"},
-                       {"x", "y"}
-  });
+  AddArcs(network, {{"d", "x"}, {"c", "x"}, {"b", "x"}, {"a", "b"}, {"a", "c"}, {"x", "y"}});
 }
 
 TEST(GraphQueries, OrderFollowsHandlesAndParentLists) {
@@ -55,13 +48,11 @@ TEST(GraphQueries, TemporalOrderPutsWhatIsKnownBeforeEachDecision) {
   AddNodes(network, KVN_TYPE_CPT, {"free", "late", "early"});
   AddNodes(network, KVN_TYPE_LIST, {"second", "first"});
   AddNodes(network, KVN_TYPE_TABLE, {"gain"});
-  AddArcs(network, {
-                       {"late",   "second"},
-                       {"first",  "second"},
-                       {"early",  "first" },
-                       {"second", "gain"  },
-                       {"free",   "gain"  }
-  });
+  AddArcs(network, {{"late", "second"},
+                    {"first", "second"},
+                    {"early", "first"},
+                    {"second", "gain"},
+                    {"free", "gain"}});
   KVN_intArray list = IntsOf({42});
   EXPECT_EQ(network.GetTemporalOrder(list), 0);
   EXPECT_EQ(NamesOf(network, list), "early first late second free gain");

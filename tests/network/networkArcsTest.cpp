@@ -15,25 +15,22 @@ TEST(NetworkArcs, RefusesWhatTheGraphCanNotHave) {
   KVN_network network;
   AddNodes(network, KVN_TYPE_CPT, {"a", "b", "c", "free"});
   EXPECT_EQ(network.DeleteNode(3), 0);
-  AddArcs(network, {
-                       {"a", "b"},
-                       {"b", "c"}
-  });
+  AddArcs(network, {{"a", "b"}, {"b", "c"}});
   const struct {
     const char* name;
     int parent, child, layer;
   } cases[] = {
-      {"itself",            0,  0,  kPlain},
-      {"itself, by cost",   0,  0,  kCost },
-      {"twice",             0,  1,  kPlain},
-      {"the reverse",       1,  0,  kPlain},
-      {"a cycle",           2,  0,  kPlain},
-      {"free slot",         0,  3,  kPlain},
-      {"free slot above",   3,  0,  kCost },
-      {"negative",          -1, 0,  kPlain},
-      {"beyond the table",  0,  99, kPlain},
-      {"no such layer",     0,  2,  2     },
-      {"no such layer, -1", 0,  2,  -1    },
+      {"itself", 0, 0, kPlain},
+      {"itself, by cost", 0, 0, kCost},
+      {"twice", 0, 1, kPlain},
+      {"the reverse", 1, 0, kPlain},
+      {"a cycle", 2, 0, kPlain},
+      {"free slot", 0, 3, kPlain},
+      {"free slot above", 3, 0, kCost},
+      {"negative", -1, 0, kPlain},
+      {"beyond the table", 0, 99, kPlain},
+      {"no such layer", 0, 2, 2},
+      {"no such layer, -1", 0, 2, -1},
   };
   const int before = MessageCount();
   for (const auto& c : cases) {
@@ -94,10 +91,10 @@ TEST(NetworkArcs, LastCostArcEndsTheTestGroup) {
 
 // Row: kind of the parent (plain, anchor, terminal, in plate), column: kind of the child.
 const bool kTemporalAllowed[4][4] = {
-    {true,  true,  true, true },
-    {true,  true,  true, true },
+    {true, true, true, true},
+    {true, true, true, true},
     {false, false, true, false},
-    {false, false, true, true },
+    {false, false, true, true},
 };
 
 TEST(NetworkArcs, OnlyPlatesAndTerminalsAreRestricted) {
@@ -119,11 +116,7 @@ TEST(NetworkArcs, OrderOfParentsIsTheOrderOfDimensions) {
   AddNodes(network, KVN_TYPE_CPT, {"a", "b", "c", "x"});
   EXPECT_EQ(network.DefinitionOf(1)->AddOutcome("Third"), 0);
   for (int i = 0; i < 2; i++) EXPECT_EQ(network.DefinitionOf(2)->AddOutcome(nullptr), 0);
-  AddArcs(network, {
-                       {"a", "x"},
-                       {"b", "x"},
-                       {"c", "x"}
-  });
+  AddArcs(network, {{"a", "x"}, {"b", "x"}, {"c", "x"}});
   // New place k takes old parent order[k]: c, a, b with 4, 2 and 3 outcomes.
   EXPECT_EQ(network.ChangeOrderOfParents(3, IntsOf({2, 0, 1})), 0);
   EXPECT_EQ(NamesOf(network, network.GetParents(3)), "c a b");

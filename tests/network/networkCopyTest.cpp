@@ -17,15 +17,13 @@ void MakeSource(KVN_network& network) {
   AddNodes(network, KVN_TYPE_LIST, {"choice"});
   AddNodes(network, KVN_TYPE_TABLE, {"gain"});
   EXPECT_EQ(network.DefinitionOf(0)->AddOutcome("Third"), 0);
-  AddArcs(network, {
-                       {"cause",  "test"},
-                       {"hole",   "test"},
-                       {"cause",  "copy"},
-                       {"cause",  "gate"},
-                       {"test",   "gate"},
-                       {"choice", "gain"},
-                       {"cause",  "gain"}
-  });
+  AddArcs(network, {{"cause", "test"},
+                    {"hole", "test"},
+                    {"cause", "copy"},
+                    {"cause", "gate"},
+                    {"test", "gate"},
+                    {"choice", "gain"},
+                    {"cause", "gain"}});
   EXPECT_EQ(network.AddArc(0, 2, kCost), 0);
   EXPECT_EQ(network.GetNode(2)->Cost()->SetCosts(DoublesOf({1, 2, 3})), 0);
   EXPECT_EQ(network.DefinitionOf(0)->SetDefinition(DoublesOf({0.2, 0.3, 0.5})), 0);

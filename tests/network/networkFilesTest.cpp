@@ -34,9 +34,7 @@ class SpySpeaker : public KVN_fileSpeaker {
     network.SetNumberOfSamples(5);
     EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a") >= 0, theScript.skipsIdentifiers);
     EXPECT_EQ(network.GetNode(2)->SetId("b") == 0, theScript.skipsIdentifiers);
-    AddArcs(network, {
-                         {"a", "b"}
-    });
+    AddArcs(network, {{"a", "b"}});
     return theScript.result;
   }
   int WriteFile(const char* fileName) override {
@@ -59,8 +57,8 @@ KVN_fileSpeaker* MakeSpy(KVN_network& network) { return new SpySpeaker(network);
 
 const KVN_formatRow theFileFormats[] = {
     {KVN_FORMAT_KVN, MakeSpy},
-    {KVN_FORMAT_KI,  MakeSpy},
-    {-1,             nullptr},
+    {KVN_FORMAT_KI, MakeSpy},
+    {-1, nullptr},
 };
 
 namespace {
@@ -69,22 +67,12 @@ const struct {
   const char* fileName;
   int format;
 } kFileNames[] = {
-    {"a.xkvn",        KVN_FORMAT_XKVN     },
-    {"a.QKVN",        KVN_FORMAT_XKVN     },
-    {"/x.y/a.b.Kvn",  KVN_FORMAT_KVN      },
-    {"a.erg",         KVN_FORMAT_ERGO     },
-    {"a.dne",         KVN_FORMAT_NETICA   },
-    {"a.dsc",         KVN_FORMAT_MICROSOFT},
-    {".net",          KVN_FORMAT_HUGIN    },
-    {"a.dxp",         KVN_FORMAT_KI       },
-    {"a.xml03",       KVN_FORMAT_XMLBIF   },
-    {"a.xml",         KVN_REFUSED         },
-    {"a.kvnx",        KVN_REFUSED         },
-    {"a.kv",          KVN_REFUSED         },
-    {"a.",            KVN_REFUSED         },
-    {"kvn",           KVN_REFUSED         },
-    {"/home.kvn/net", KVN_REFUSED         },
-    {nullptr,         KVN_REFUSED         },
+    {"a.xkvn", KVN_FORMAT_XKVN}, {"a.QKVN", KVN_FORMAT_XKVN},  {"/x.y/a.b.Kvn", KVN_FORMAT_KVN},
+    {"a.erg", KVN_FORMAT_ERGO},  {"a.dne", KVN_FORMAT_NETICA}, {"a.dsc", KVN_FORMAT_MICROSOFT},
+    {".net", KVN_FORMAT_HUGIN},  {"a.dxp", KVN_FORMAT_KI},     {"a.xml03", KVN_FORMAT_XMLBIF},
+    {"a.xml", KVN_REFUSED},      {"a.kvnx", KVN_REFUSED},      {"a.kv", KVN_REFUSED},
+    {"a.", KVN_REFUSED},         {"kvn", KVN_REFUSED},         {"/home.kvn/net", KVN_REFUSED},
+    {nullptr, KVN_REFUSED},
 };
 
 TEST(NetworkFiles, TheExtensionTellsTheFormat) {
@@ -110,9 +98,9 @@ TEST(NetworkFiles, AReadEmptiesTheNetworkAndDropsWhatIsHalfMade) {
     int flags, nodesLeft;
   } cases[] = {
       {false, false, 1, 2},
-      {true,  false, 5, 3},
-      {false, true,  3, 2},
-      {true,  true,  7, 3},
+      {true, false, 5, 3},
+      {false, true, 3, 2},
+      {true, true, 7, 3},
   };
   for (const auto& c : cases) {
     KVN_network network;

@@ -145,15 +145,15 @@ TEST(Network, SolverParametersAreTested) {
     KVN_solverParameters parameters;
     bool good;
   } cases[] = {
-      {"defaults",     {},                                      true },
-      {"bounds of d1", {0.5, 0.1, 0.2, 1.0, 1, 1, 1, 0},        true },
-      {"d1 too low",   {0.49, 0.001, 0.99, 0.1, 1, 10, 20, 0},  false},
-      {"d1 too high",  {0.991, 0.001, 0.99, 0.1, 1, 10, 20, 0}, false},
-      {"d2 equals d3", {0.8, 0.2, 0.2, 0.1, 1, 10, 20, 0},      false},
-      {"d2 zero",      {0.8, 0.0, 0.2, 0.1, 1, 10, 20, 0},      false},
-      {"d4 zero",      {0.8, 0.1, 0.2, 0.0, 1, 10, 20, 0},      false},
-      {"i1 zero",      {0.8, 0.1, 0.2, 0.1, 0, 10, 20, 0},      false},
-      {"i3 below i2",  {0.8, 0.1, 0.2, 0.1, 1, 10, 9, 0},       false},
+      {"defaults", {}, true},
+      {"bounds of d1", {0.5, 0.1, 0.2, 1.0, 1, 1, 1, 0}, true},
+      {"d1 too low", {0.49, 0.001, 0.99, 0.1, 1, 10, 20, 0}, false},
+      {"d1 too high", {0.991, 0.001, 0.99, 0.1, 1, 10, 20, 0}, false},
+      {"d2 equals d3", {0.8, 0.2, 0.2, 0.1, 1, 10, 20, 0}, false},
+      {"d2 zero", {0.8, 0.0, 0.2, 0.1, 1, 10, 20, 0}, false},
+      {"d4 zero", {0.8, 0.1, 0.2, 0.0, 1, 10, 20, 0}, false},
+      {"i1 zero", {0.8, 0.1, 0.2, 0.1, 0, 10, 20, 0}, false},
+      {"i3 below i2", {0.8, 0.1, 0.2, 0.1, 1, 10, 9, 0}, false},
   };
   for (const auto& c : cases) {
     KVN_network network;

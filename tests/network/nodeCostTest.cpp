@@ -60,11 +60,11 @@ TEST_F(NodeCost, FollowsTheOutcomesOfAParent) {
     std::function<int(KVN_nodeDefinition&)> edit;
     std::vector<double> after;
   } cases[] = {
-      {"inserted", [](auto& d) { return d.InsertOutcome(1, "n"); },  {1, 2, 0, 0, 3, 4, 5, 6}},
-      {"appended", [](auto& d) { return d.AddOutcome("n"); },        {1, 2, 3, 4, 5, 6, 0, 0}},
-      {"removed",  [](auto& d) { return d.RemoveOutcome(1); },       {1, 2, 5, 6}            },
-      {"rotated",  Rotate,                                           {5, 6, 1, 2, 3, 4}      },
-      {"replaced", [](auto& d) { return d.SetNumberOfOutcomes(4); }, std::vector<double>(8)  },
+      {"inserted", [](auto& d) { return d.InsertOutcome(1, "n"); }, {1, 2, 0, 0, 3, 4, 5, 6}},
+      {"appended", [](auto& d) { return d.AddOutcome("n"); }, {1, 2, 3, 4, 5, 6, 0, 0}},
+      {"removed", [](auto& d) { return d.RemoveOutcome(1); }, {1, 2, 5, 6}},
+      {"rotated", Rotate, {5, 6, 1, 2, 3, 4}},
+      {"replaced", [](auto& d) { return d.SetNumberOfOutcomes(4); }, std::vector<double>(8)},
   };
   ASSERT_EQ(network.AddArc(three, x, kCostLayer), 0);
   ASSERT_EQ(network.AddArc(two, x, kCostLayer), 0);

@@ -25,17 +25,17 @@ struct InsertCase {
 };
 // Before each: a=0;b=1;c=2;d=3;
 const InsertCase kInsertCases[] = {
-    {"new in the middle",         1,  "x",     0,           "a=0;x=9;b=1;c=2;d=3;"},
-    {"new at the end",            4,  "x",     0,           "a=0;b=1;c=2;d=3;x=9;"},
-    {"same place: value only",    2,  "c",     0,           "a=0;b=1;c=9;d=3;"    },
-    {"earlier pair moves up",     3,  "a",     0,           "b=1;c=2;a=9;d=3;"    },
-    {"to the end",                4,  "a",     0,           "b=1;c=2;d=3;a=9;"    },
-    {"later pair: one too early", 2,  "d",     0,           "a=0;d=9;b=1;c=2;"    },
-    {"never below the first",     0,  "d",     0,           "d=9;a=0;b=1;c=2;"    },
-    {"position too high",         5,  "x",     KVN_REFUSED, "a=0;b=1;c=2;d=3;"    },
-    {"position below 0",          -1, "a",     KVN_REFUSED, "a=0;b=1;c=2;d=3;"    },
-    {"no identifier",             0,  "1 x",   KVN_REFUSED, "a=0;b=1;c=2;d=3;"    },
-    {"null key",                  0,  nullptr, KVN_REFUSED, "a=0;b=1;c=2;d=3;"    },
+    {"new in the middle", 1, "x", 0, "a=0;x=9;b=1;c=2;d=3;"},
+    {"new at the end", 4, "x", 0, "a=0;b=1;c=2;d=3;x=9;"},
+    {"same place: value only", 2, "c", 0, "a=0;b=1;c=9;d=3;"},
+    {"earlier pair moves up", 3, "a", 0, "b=1;c=2;a=9;d=3;"},
+    {"to the end", 4, "a", 0, "b=1;c=2;d=3;a=9;"},
+    {"later pair: one too early", 2, "d", 0, "a=0;d=9;b=1;c=2;"},
+    {"never below the first", 0, "d", 0, "d=9;a=0;b=1;c=2;"},
+    {"position too high", 5, "x", KVN_REFUSED, "a=0;b=1;c=2;d=3;"},
+    {"position below 0", -1, "a", KVN_REFUSED, "a=0;b=1;c=2;d=3;"},
+    {"no identifier", 0, "1 x", KVN_REFUSED, "a=0;b=1;c=2;d=3;"},
+    {"null key", 0, nullptr, KVN_REFUSED, "a=0;b=1;c=2;d=3;"},
 };
 
 TEST(UserProperties, InsertMovesAnExistingKey) {

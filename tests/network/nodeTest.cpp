@@ -16,14 +16,14 @@ struct KindCase {
   int valueType;
 };
 const KindCase kKinds[] = {
-    {"CPT",         KVN_TYPE_CPT,         KVN_VALUE_BELIEF_VECTOR    },
-    {"TRUTHTABLE",  KVN_TYPE_TRUTHTABLE,  KVN_VALUE_BELIEF_VECTOR    },
-    {"LIST",        KVN_TYPE_LIST,        KVN_VALUE_LIST_OF_DECISIONS},
-    {"TABLE",       KVN_TYPE_TABLE,       KVN_VALUE_EXPECTED_UTILITY },
-    {"NOISY_MAX",   KVN_TYPE_NOISY_MAX,   KVN_VALUE_BELIEF_VECTOR    },
-    {"NOISY_ADDER", KVN_TYPE_NOISY_ADDER, KVN_VALUE_BELIEF_VECTOR    },
-    {"CAST",        KVN_TYPE_CAST,        KVN_VALUE_BELIEF_VECTOR    },
-    {"DEMORGAN",    KVN_TYPE_DEMORGAN,    KVN_VALUE_BELIEF_VECTOR    },
+    {"CPT", KVN_TYPE_CPT, KVN_VALUE_BELIEF_VECTOR},
+    {"TRUTHTABLE", KVN_TYPE_TRUTHTABLE, KVN_VALUE_BELIEF_VECTOR},
+    {"LIST", KVN_TYPE_LIST, KVN_VALUE_LIST_OF_DECISIONS},
+    {"TABLE", KVN_TYPE_TABLE, KVN_VALUE_EXPECTED_UTILITY},
+    {"NOISY_MAX", KVN_TYPE_NOISY_MAX, KVN_VALUE_BELIEF_VECTOR},
+    {"NOISY_ADDER", KVN_TYPE_NOISY_ADDER, KVN_VALUE_BELIEF_VECTOR},
+    {"CAST", KVN_TYPE_CAST, KVN_VALUE_BELIEF_VECTOR},
+    {"DEMORGAN", KVN_TYPE_DEMORGAN, KVN_VALUE_BELIEF_VECTOR},
 };
 
 TEST(Node, EachKindHasItsDefinitionAndValue) {
@@ -116,11 +116,7 @@ TEST(Node, ChangeToTheSameTypeDoesNothing) {
 TEST(Node, ArcsThatANewKindCanNotHaveGo) {
   KVN_network network;
   AddNodes(network, KVN_TYPE_CPT, {"a", "b", "c"});
-  AddArcs(network, {
-                       {"a", "b"},
-                       {"a", "c"},
-                       {"b", "c"}
-  });
+  AddArcs(network, {{"a", "b"}, {"a", "c"}, {"b", "c"}});
   // A utility has no outcomes to index its children by.
   (void)network.GetNode(network.FindNode("b"))->ChangeType(KVN_TYPE_TABLE);
   EXPECT_EQ(NamesOf(network, network.GetParents(network.FindNode("c"))), "a");

@@ -74,13 +74,13 @@ TEST_F(SubmodelTree, MoveKeepsATree) {
     const char* name;
     int moved, target, result, parentAfter;
   } cases[] = {
-      {"the root stays",         0,        1 + kBit, KVN_REFUSED, -8888   },
-      {"not below itself",       1 + kBit, 1 + kBit, KVN_REFUSED, kBit    },
-      {"not below its child",    1 + kBit, 2 + kBit, KVN_REFUSED, kBit    },
+      {"the root stays", 0, 1 + kBit, KVN_REFUSED, -8888},
+      {"not below itself", 1 + kBit, 1 + kBit, KVN_REFUSED, kBit},
+      {"not below its child", 1 + kBit, 2 + kBit, KVN_REFUSED, kBit},
       {"not below a free entry", 2 + kBit, 6 + kBit, KVN_REFUSED, 1 + kBit},
-      {"bare indexes will do",   2,        3,        0,           3 + kBit},
-      {"with its own children",  1 + kBit, 3 + kBit, 0,           3 + kBit},
-      {"now its grandchild",     3 + kBit, 4 + kBit, KVN_REFUSED, kBit    },
+      {"bare indexes will do", 2, 3, 0, 3 + kBit},
+      {"with its own children", 1 + kBit, 3 + kBit, 0, 3 + kBit},
+      {"now its grandchild", 3 + kBit, 4 + kBit, KVN_REFUSED, kBit},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

@@ -43,8 +43,8 @@ int RunSearch(KVN_network& network) { return Run("search", network); }
 
 const KVN_updateAlgorithm theUpdateAlgorithms[] = {
     {KVN_ALG_CLUSTERING, RunClustering},
-    {KVN_ALG_POLYTREE,   RunPolytree  },
-    {-1,                 nullptr      },
+    {KVN_ALG_POLYTREE, RunPolytree},
+    {-1, nullptr},
 };
 const KVN_specialUpdates theSpecialUpdates = {RunPolicy, RunSearch, nullptr,
                                               nullptr,   nullptr,   nullptr};
@@ -54,10 +54,10 @@ TEST(UpdateDriver, RunsTheRowOfTheCodeAndNothingInItsPlace) {
     int code, answer, result;
     const char* run;
   } kCases[] = {
-      {KVN_ALG_CLUSTERING,       0,             0,             "clustering"},
-      {KVN_ALG_CLUSTERING,       KVN_NO_MEMORY, KVN_NO_MEMORY, "clustering"},
-      {KVN_ALG_POLYTREE,         -1,            -1,            "polytree"  },
-      {KVN_ALG_SEPSET_JOIN_TREE, 0,             KVN_REFUSED,   ""          },
+      {KVN_ALG_CLUSTERING, 0, 0, "clustering"},
+      {KVN_ALG_CLUSTERING, KVN_NO_MEMORY, KVN_NO_MEMORY, "clustering"},
+      {KVN_ALG_POLYTREE, -1, -1, "polytree"},
+      {KVN_ALG_SEPSET_JOIN_TREE, 0, KVN_REFUSED, ""},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.code);
@@ -91,10 +91,8 @@ TEST(UpdateDriver, SoftEvidenceStandsAsObservedHelpersForTheUpdateOnly) {
     EXPECT_EQ(network.UpdateBeliefs(), answer);
     EXPECT_EQ(theCall.softTargets, (std::vector<int>{a, b}));
     // A: (1, 3) scaled to (0.25, 0.75), each with its complement.
-    EXPECT_EQ(theCall.soft, (std::vector<std::vector<double>>{
-                                {0.25,  0.75, 0.75, 0.25},
-                                { 0.5, 0.5, 0.25, 0.75, 0.25, 0.75}
-    }));
+    EXPECT_EQ(theCall.soft, (std::vector<std::vector<double>>{{0.25, 0.75, 0.75, 0.25},
+                                                              {0.5, 0.5, 0.25, 0.75, 0.25, 0.75}}));
     EXPECT_EQ(theCall.softEvidence, (std::vector<int>{0, 0}));
     EXPECT_EQ(theCall.nodeCount, 5);
     EXPECT_EQ(network.GetNumberOfNodes(), 3);

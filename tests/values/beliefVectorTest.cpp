@@ -62,11 +62,11 @@ TEST(BeliefVector, ScalesSoftEvidenceUnlessItSumsToOne) {
     int result;
     std::vector<double> stored;
   } kCases[] = {
-      {"scaled",                  {2, 2, 4},           0,           {0.25, 0.25, 0.5}  },
-      {"above 1 within 0.000005", {0.5000001, 0.5, 0}, 0,           {0.5000001, 0.5, 0}},
-      {"above 1 beyond it",       {1.25, 1.25, 0},     0,           {0.5, 0.5, 0}      },
-      {"a zero sum isn't caught", {0, 0, 0},           0,           {kNan, kNan, kNan} },
-      {"too few",                 {1, 1},              KVN_REFUSED, {}                 },
+      {"scaled", {2, 2, 4}, 0, {0.25, 0.25, 0.5}},
+      {"above 1 within 0.000005", {0.5000001, 0.5, 0}, 0, {0.5000001, 0.5, 0}},
+      {"above 1 beyond it", {1.25, 1.25, 0}, 0, {0.5, 0.5, 0}},
+      {"a zero sum isn't caught", {0, 0, 0}, 0, {kNan, kNan, kNan}},
+      {"too few", {1, 1}, KVN_REFUSED, {}},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name);

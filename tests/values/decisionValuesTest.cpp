@@ -94,18 +94,18 @@ TEST(ExpectedUtility, RescalesLinearlyOntoTheTargetRange) {
     double fromLow, fromHigh, toLow, toHigh;
     std::vector<double> after;
   } kCases[] = {
-  // (x - 10) * 1 / 40 + 0
-      {"range of the cells",   {10, 20, 50},      0,  0,   0,  1, {0, 0.25, 1}     },
- // 0 to 100 holds all cells: x / 100
-      {"wider range",          {10, 20, 50},      0,  100, 0,  1, {0.1, 0.2, 0.5}  },
- // 20 to 30 is widened to 10 to 50
-      {"narrow range",         {10, 20, 50},      20, 30,  0,  1, {0, 0.25, 1}     },
-      {"turned round",         {10, 15, 20},      10, 20,  1,  0, {1, 0.5, 0}      },
-      {"all cells equal",      {7, 7, 7},         0,  0,   0,  3, {3, 3, 3}        },
-      {"target is one point",  {1, 2, undefined}, 0,  0,   5,  5, {5, 5, 5}        },
-      {"ranges equal",         {-1, 0.3, 1},      0,  0,   -1, 1, {-1, 0.3, 1}     },
- // an undefined cell counts as 0 in the range: 0 to 4, halved
-      {"undefined cell stays", {2, undefined, 4}, 0,  0,   0,  2, {1, undefined, 2}},
+      // (x - 10) * 1 / 40 + 0
+      {"range of the cells", {10, 20, 50}, 0, 0, 0, 1, {0, 0.25, 1}},
+      // 0 to 100 holds all cells: x / 100
+      {"wider range", {10, 20, 50}, 0, 100, 0, 1, {0.1, 0.2, 0.5}},
+      // 20 to 30 is widened to 10 to 50
+      {"narrow range", {10, 20, 50}, 20, 30, 0, 1, {0, 0.25, 1}},
+      {"turned round", {10, 15, 20}, 10, 20, 1, 0, {1, 0.5, 0}},
+      {"all cells equal", {7, 7, 7}, 0, 0, 0, 3, {3, 3, 3}},
+      {"target is one point", {1, 2, undefined}, 0, 0, 5, 5, {5, 5, 5}},
+      {"ranges equal", {-1, 0.3, 1}, 0, 0, -1, 1, {-1, 0.3, 1}},
+      // an undefined cell counts as 0 in the range: 0 to 4, halved
+      {"undefined cell stays", {2, undefined, 4}, 0, 0, 0, 2, {1, undefined, 2}},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name);
@@ -187,18 +187,18 @@ TEST(ValueTable, KnowsTheValueOfEachKindOfNode) {
   const struct {
     int definitionType, valueType;  // 0: no value class
   } kCases[] = {
-      {KVN_TYPE_TABLE,          KVN_VALUE_EXPECTED_UTILITY    },
-      {KVN_TYPE_MAU,            KVN_VALUE_MAU_EXPECTED_UTILITY},
-      {KVN_TYPE_LIST,           KVN_VALUE_LIST_OF_DECISIONS   },
-      {KVN_TYPE_CPT,            KVN_VALUE_BELIEF_VECTOR       },
-      {KVN_TYPE_TRUTHTABLE,     KVN_VALUE_BELIEF_VECTOR       },
-      {KVN_TYPE_CAST,           KVN_VALUE_BELIEF_VECTOR       },
-      {KVN_TYPE_DEMORGAN,       KVN_VALUE_BELIEF_VECTOR       },
-      {KVN_TYPE_NOISY_MAX,      KVN_VALUE_BELIEF_VECTOR       },
-      {KVN_TYPE_NOISY_ADDER,    KVN_VALUE_BELIEF_VECTOR       },
-      {KVN_TYPE_DCHILD_HPARENT, KVN_VALUE_BELIEF_VECTOR       },
-      {KVN_TYPE_NONE,           0                             },
-      {12345,                   0                             },
+      {KVN_TYPE_TABLE, KVN_VALUE_EXPECTED_UTILITY},
+      {KVN_TYPE_MAU, KVN_VALUE_MAU_EXPECTED_UTILITY},
+      {KVN_TYPE_LIST, KVN_VALUE_LIST_OF_DECISIONS},
+      {KVN_TYPE_CPT, KVN_VALUE_BELIEF_VECTOR},
+      {KVN_TYPE_TRUTHTABLE, KVN_VALUE_BELIEF_VECTOR},
+      {KVN_TYPE_CAST, KVN_VALUE_BELIEF_VECTOR},
+      {KVN_TYPE_DEMORGAN, KVN_VALUE_BELIEF_VECTOR},
+      {KVN_TYPE_NOISY_MAX, KVN_VALUE_BELIEF_VECTOR},
+      {KVN_TYPE_NOISY_ADDER, KVN_VALUE_BELIEF_VECTOR},
+      {KVN_TYPE_DCHILD_HPARENT, KVN_VALUE_BELIEF_VECTOR},
+      {KVN_TYPE_NONE, 0},
+      {12345, 0},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.definitionType);

@@ -75,10 +75,10 @@ TEST(ValEqEvaluation, SamplesBecomeMeanAndDeviation) {
     std::vector<double> samples;
     double mean, deviation;
   } cases[] = {
-      {"three",           {1, 2, 3},  2.0,  std::sqrt(14.0 / 3.0 - 4.0)},
-      {"one",             {7.25},     7.25, 0.0                        },
-      {"all alike",       {0.1, 0.1}, 0.1,  0.0                        },
-      {"not a number is", {1, kNaN},  kNaN, 0.0                        },
+      {"three", {1, 2, 3}, 2.0, std::sqrt(14.0 / 3.0 - 4.0)},
+      {"one", {7.25}, 7.25, 0.0},
+      {"all alike", {0.1, 0.1}, 0.1, 0.0},
+      {"not a number is", {1, kNaN}, kNaN, 0.0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -117,11 +117,11 @@ TEST(ValEqEvaluation, WeightedSamplesAreTakenWithTheirWeights) {
     std::vector<KVN_weightedSample> pairs;
     double mean, deviation, firstWeight;
   } cases[] = {
-      {"weights",                 {{1, 1}, {5, 3}},  4.0, -1.0, 1.0 },
-      {"no weight becomes 1",     {{1, 0}, {3, 0}},  2.0, -1.0, 1.0 },
-      {"one weight is enough",    {{1, 0}, {3, 2}},  3.0, -1.0, 0.0 },
-      {"weights that cancel out", {{9, -2}, {3, 1}}, 9.0, 0.0,  -2.0},
-      {"no samples",              {},                0.0, 0.0,  0.0 },
+      {"weights", {{1, 1}, {5, 3}}, 4.0, -1.0, 1.0},
+      {"no weight becomes 1", {{1, 0}, {3, 0}}, 2.0, -1.0, 1.0},
+      {"one weight is enough", {{1, 0}, {3, 2}}, 3.0, -1.0, 0.0},
+      {"weights that cancel out", {{9, -2}, {3, 1}}, 9.0, 0.0, -2.0},
+      {"no samples", {}, 0.0, 0.0, 0.0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -139,10 +139,7 @@ TEST(ValEqEvaluation, WeightedSamplesAreTakenWithTheirWeights) {
 TEST(ValEqEvaluation, CopiesKeepEvidenceAndResults) {
   EquationValue v;
   v.value.SetKeepSamples(false);
-  v.value.SetWeightedSamples({
-      {1, 1},
-      {5, 3}
-  });
+  v.value.SetWeightedSamples({{1, 1}, {5, 3}});
   ASSERT_EQ(v.value.SetEvidence(8.0), 0);
   std::unique_ptr<KVN_nodeValue> copy(CloneValue(v.value));
   ASSERT_NE(copy, nullptr);

@@ -79,18 +79,16 @@ class CheckCommand : public Command {
     Json diagnostics = Json::array();
     for (const Diagnostic& diagnostic : read.diagnostics) {
       diagnostics.push_back({
-          {"severity", WordOf(diagnostic.severity)                         },
-          {"line",     diagnostic.line > 0 ? Json(diagnostic.line) : Json()},
-          {"code",     diagnostic.code                                     },
-          {"text",     ToUtf8(diagnostic.text.c_str())                     },
+          {"severity", WordOf(diagnostic.severity)},
+          {"line", diagnostic.line > 0 ? Json(diagnostic.line) : Json()},
+          {"code", diagnostic.code},
+          {"text", ToUtf8(diagnostic.text.c_str())},
       });
     }
-    Json report = {
-        {"file",        ToUtf8(file.c_str())            },
-        {"format",      NameOfFormat(read.format)       },
-        {"nodes",       read.network->GetNumberOfNodes()},
-        {"diagnostics", diagnostics                     }
-    };
+    Json report = {{"file", ToUtf8(file.c_str())},
+                   {"format", NameOfFormat(read.format)},
+                   {"nodes", read.network->GetNumberOfNodes()},
+                   {"diagnostics", diagnostics}};
     if (target != 0) report["losses"] = LossesAsJson(losses);
     return report;
   }

@@ -84,38 +84,27 @@ void PrintEquationJson(const EquationReport& report, int digits, std::ostream& s
   for (const auto& [node, number] : report.evidence) evidence[node] = number;
   Json values = Json::object();
   for (const Node& node : report.nodes) {
-    Json made = {
-        {"mean",      nullptr},
-        {"deviation", nullptr},
-        {"quantiles", nullptr}
-    };
+    Json made = {{"mean", nullptr}, {"deviation", nullptr}, {"quantiles", nullptr}};
     if (node.hasMoments) {
       made["mean"] = NumberJson(node.mean, digits);
       made["deviation"] = NumberJson(node.deviation, digits);
     }
     if (node.hasQuantiles) {
-      made["quantiles"] = {
-          {"0.05", NumberJson(node.low,  digits)},
-          {"0.95", NumberJson(node.high, digits)}
-      };
+      made["quantiles"] = {{"0.05", NumberJson(node.low, digits)},
+                           {"0.95", NumberJson(node.high, digits)}};
     }
     made["intervals"] = Json::array();
     for (const Range& range : node.intervals) {
-      made["intervals"].push_back({
-          {"id",                          range.id},
-          { "lower",       NumberJson(range.lower,  digits)},
-          { "upper",       NumberJson(range.upper,  digits)},
-          { "probability", NumberJson(range.probability,  digits)}
-      });
+      made["intervals"].push_back({{"id", range.id},
+                                   {"lower", NumberJson(range.lower, digits)},
+                                   {"upper", NumberJson(range.upper, digits)},
+                                   {"probability", NumberJson(range.probability, digits)}});
     }
     values[node.id] = made;
   }
   const Json answer = {
-      {"network",   report.network},
-      {"algorithm", report.method },
-      {"evidence",  evidence      },
-      {"values",    values        },
-      {"invalid",   report.invalid},
+      {"network", report.network}, {"algorithm", report.method}, {"evidence", evidence},
+      {"values", values},          {"invalid", report.invalid},
   };
   stream << answer.dump(2) << '\n';
 }

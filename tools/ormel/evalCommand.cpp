@@ -174,14 +174,8 @@ class EvalCommand : public Command {
   }
 
   void PrintErrorJson(const std::string& message, int position, std::ostream& stream) const {
-    const Json error = {
-        {"message",  ToUtf8(message.c_str())},
-        {"position", position               }
-    };
-    const Json answer = {
-        {"expression", ToUtf8(text.c_str())},
-        {"error",      error               }
-    };
+    const Json error = {{"message", ToUtf8(message.c_str())}, {"position", position}};
+    const Json answer = {{"expression", ToUtf8(text.c_str())}, {"error", error}};
     stream << answer.dump(2) << '\n';
   }
 

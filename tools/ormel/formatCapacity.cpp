@@ -73,16 +73,16 @@ FormatCapacity PlainTables(int format, std::uint64_t features, Fate others) {
   made.format = format;
   made.features = features;
   made.kinds = {
-      {KVN_TYPE_CPT,         Fate::kOwn    },
-      {KVN_TYPE_LIST,        Fate::kOwn    },
-      {KVN_TYPE_TABLE,       Fate::kOwn    },
-      {KVN_TYPE_TRUTHTABLE,  Fate::kTable  },
-      {KVN_TYPE_NOISY_MAX,   Fate::kTable  },
-      {KVN_TYPE_NOISY_ADDER, Fate::kTable  },
-      {KVN_TYPE_CAST,        others        },
-      {KVN_TYPE_DEMORGAN,    others        },
-      {KVN_TYPE_MAU,         Fate::kRefused},
-      {KVN_TYPE_EQUATION,    Fate::kRefused},
+      {KVN_TYPE_CPT, Fate::kOwn},
+      {KVN_TYPE_LIST, Fate::kOwn},
+      {KVN_TYPE_TABLE, Fate::kOwn},
+      {KVN_TYPE_TRUTHTABLE, Fate::kTable},
+      {KVN_TYPE_NOISY_MAX, Fate::kTable},
+      {KVN_TYPE_NOISY_ADDER, Fate::kTable},
+      {KVN_TYPE_CAST, others},
+      {KVN_TYPE_DEMORGAN, others},
+      {KVN_TYPE_MAU, Fate::kRefused},
+      {KVN_TYPE_EQUATION, Fate::kRefused},
   };
   made.numberKept = KeepEightDecimals;
   made.longestText = kLongestPiece;

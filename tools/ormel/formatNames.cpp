@@ -14,16 +14,17 @@ struct FormatName {
 
 const std::vector<FormatName>& Table() {
   static const std::vector<FormatName> table = {
-      {"kvn",       KVN_FORMAT_KVN,    KVN_LEXICAL_DEFAULT,   {"net"}       },
-      {"xkvn",      KVN_FORMAT_XKVN,   0,                     {}            },
-      {"hugin",     KVN_FORMAT_HUGIN,  KVN_LEXICAL_HUGIN,     {"net"}       },
-      {"netica",    KVN_FORMAT_NETICA, KVN_LEXICAL_DEFAULT,   {"bnet"}      },
-      {"xmlbif",    KVN_FORMAT_XMLBIF, 0,                     {}            },
-      {"ergo",      KVN_FORMAT_ERGO,   0,                     {}            },
+      {"kvn", KVN_FORMAT_KVN, KVN_LEXICAL_DEFAULT, {"net"}},
+      {"xkvn", KVN_FORMAT_XKVN, 0, {}},
+      {"hugin", KVN_FORMAT_HUGIN, KVN_LEXICAL_HUGIN, {"net"}},
+      {"netica", KVN_FORMAT_NETICA, KVN_LEXICAL_DEFAULT, {"bnet"}},
+      {"xmlbif", KVN_FORMAT_XMLBIF, 0, {}},
+      {"ergo", KVN_FORMAT_ERGO, 0, {}},
       {"microsoft",
-       KVN_FORMAT_MICROSOFT,           KVN_LEXICAL_MICROSOFT,
-       {"belief", "diagnostic", "trouble"}                                  },
-      {"ki",        KVN_FORMAT_KI,     KVN_LEXICAL_DEFAULT,   {"diagnostic"}},
+       KVN_FORMAT_MICROSOFT,
+       KVN_LEXICAL_MICROSOFT,
+       {"belief", "diagnostic", "trouble"}},
+      {"ki", KVN_FORMAT_KI, KVN_LEXICAL_DEFAULT, {"diagnostic"}},
   };
   return table;
 }

@@ -88,10 +88,7 @@ class InfoCommand : public Command {
       return code;
     }
     SayDiagnostics(read, output);
-    Json summary = {
-        {"file",   ToUtf8(file.c_str())     },
-        {"format", NameOfFormat(read.format)}
-    };
+    Json summary = {{"file", ToUtf8(file.c_str())}, {"format", NameOfFormat(read.format)}};
     summary.update(Summarize(*read.network));
     if (options.IsJson()) {
       output.Data() << summary.dump(2) << '\n';

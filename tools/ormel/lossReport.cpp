@@ -17,8 +17,8 @@ nlohmann::ordered_json LossesAsJson(const std::vector<Loss>& losses) {
   for (const Loss& loss : losses) {
     list.push_back({
         {"node", loss.node.empty() ? Json() : Json(ToUtf8(loss.node.c_str()))},
-        {"what", loss.what                                                   },
-        {"why",  ToUtf8(loss.why.c_str())                                    },
+        {"what", loss.what},
+        {"why", ToUtf8(loss.why.c_str())},
     });
   }
   return list;

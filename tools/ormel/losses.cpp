@@ -483,9 +483,6 @@ class Finder {
 
 std::vector<Loss> ListLosses(KVN_network& network, int format) {
   const FormatCapacity* capacity = CapacityOf(format);
-  if (capacity == nullptr)
-    return {
-        {"", "unknown", "nobody has described what the format carries"}
-    };
+  if (capacity == nullptr) return {{"", "unknown", "nobody has described what the format carries"}};
   return Finder(network, *capacity).Run();
 }

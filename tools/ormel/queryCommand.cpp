@@ -41,18 +41,18 @@ struct AlgorithmName {
   Kind kind;
 };
 constexpr AlgorithmName kAlgorithms[] = {
-    {"clustering",                KVN_ALG_CLUSTERING,                Kind::kExact   },
-    {"sepset-join-tree",          KVN_ALG_SEPSET_JOIN_TREE,          Kind::kExact   },
-    {"polytree",                  KVN_ALG_POLYTREE,                  Kind::kExact   },
-    {"relevance-decomposition",   KVN_ALG_RELEVANCE_DECOMPOSITION,   Kind::kExact   },
-    {"relevance-decomposition-2", KVN_ALG_RELEVANCE_DECOMPOSITION_2, Kind::kExact   },
-    {"logic-sampling",            KVN_ALG_LOGIC_SAMPLING,            Kind::kForward },
-    {"likelihood-weighting",      KVN_ALG_LIKELIHOOD_WEIGHTING,      Kind::kForward },
-    {"self-importance",           KVN_ALG_SELF_IMPORTANCE,           Kind::kForward },
-    {"backward-sampling",         KVN_ALG_BACKWARD_SAMPLING,         Kind::kForward },
-    {"ais",                       KVN_ALG_AIS_SAMPLING,              Kind::kAdaptive},
-    {"epis",                      KVN_ALG_EPIS_SAMPLING,             Kind::kAdaptive},
-    {"loopy",                     KVN_ALG_LOOPY_PROPAGATION,         Kind::kLoopy   },
+    {"clustering", KVN_ALG_CLUSTERING, Kind::kExact},
+    {"sepset-join-tree", KVN_ALG_SEPSET_JOIN_TREE, Kind::kExact},
+    {"polytree", KVN_ALG_POLYTREE, Kind::kExact},
+    {"relevance-decomposition", KVN_ALG_RELEVANCE_DECOMPOSITION, Kind::kExact},
+    {"relevance-decomposition-2", KVN_ALG_RELEVANCE_DECOMPOSITION_2, Kind::kExact},
+    {"logic-sampling", KVN_ALG_LOGIC_SAMPLING, Kind::kForward},
+    {"likelihood-weighting", KVN_ALG_LIKELIHOOD_WEIGHTING, Kind::kForward},
+    {"self-importance", KVN_ALG_SELF_IMPORTANCE, Kind::kForward},
+    {"backward-sampling", KVN_ALG_BACKWARD_SAMPLING, Kind::kForward},
+    {"ais", KVN_ALG_AIS_SAMPLING, Kind::kAdaptive},
+    {"epis", KVN_ALG_EPIS_SAMPLING, Kind::kAdaptive},
+    {"loopy", KVN_ALG_LOOPY_PROPAGATION, Kind::kLoopy},
 };
 
 /// The algorithms that this build has.

@@ -115,7 +115,7 @@ void PrintQueryJson(const QueryReport& report, int digits, std::ostream& stream)
     shares[node.id] = Rounded(node.effectiveShare, digits);
   }
   Json answer = {
-      {"network",   report.network  },
+      {"network", report.network},
       {"algorithm", report.algorithm},
   };
   if (report.sampling) {

@@ -235,10 +235,10 @@ Json Nested(const SolveReport::Decision& decision, std::size_t level, std::size_
 Json JsonOf(const SolveReport::Decision& decision, int digits) {
   const std::size_t count = decision.alternatives.size();
   Json made = {
-      {"given",        decision.given       },
+      {"given", decision.given},
       {"alternatives", decision.alternatives},
-      {"expected",     nullptr              },
-      {"best",         nullptr              },
+      {"expected", nullptr},
+      {"best", nullptr},
   };
   if (!decision.expected.empty()) {
     std::size_t row = 0;
@@ -283,11 +283,8 @@ void PrintSolveJson(const SolveReport& report, int digits, std::ostream& stream)
     posteriors[node.id] = states;
   }
   Json answer = {
-      {"network",   report.network},
-      {"method",    report.method },
-      {"decisions", decisions     },
-      {"utilities", utilities     },
-      {"notices",   report.notices},
+      {"network", report.network}, {"method", report.method},   {"decisions", decisions},
+      {"utilities", utilities},    {"notices", report.notices},
   };
   if (report.method == "policy") {
     answer["expected_utility"] = Rounded(report.expectedUtility, digits);

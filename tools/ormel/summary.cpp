@@ -103,21 +103,21 @@ Json Summarize(KVN_network& network) {
     if (cells <= largestCells) continue;
     largestCells = cells;
     largest = {
-        {"node",    TextOrNull(network.GetNode(handle)->GetId())},
-        {"numbers", NumberOf(cells)                             },
-        {"shape",   shape                                       },
+        {"node", TextOrNull(network.GetNode(handle)->GetId())},
+        {"numbers", NumberOf(cells)},
+        {"shape", shape},
     };
   }
   return {
-      {"identifier",   TextOrNull(network.Header().GetId())  },
-      {"name",         TextOrNull(network.Header().GetName())},
-      {"nodes",        network.GetNumberOfNodes()            },
-      {"nodesByKind",  kinds                                 },
-      {"arcs",         arcs                                  },
-      {"costArcs",     costArcs                              },
-      {"largestTable", largest                               },
-      {"numbers",      numbers                               },
-      {"submodels",    SubmodelsOf(network)                  },
-      {"properties",   PropertiesOf(network.UserProperties())},
+      {"identifier", TextOrNull(network.Header().GetId())},
+      {"name", TextOrNull(network.Header().GetName())},
+      {"nodes", network.GetNumberOfNodes()},
+      {"nodesByKind", kinds},
+      {"arcs", arcs},
+      {"costArcs", costArcs},
+      {"largestTable", largest},
+      {"numbers", numbers},
+      {"submodels", SubmodelsOf(network)},
+      {"properties", PropertiesOf(network.UserProperties())},
   };
 }

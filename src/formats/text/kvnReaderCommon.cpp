@@ -69,8 +69,8 @@ int KVN_kvnSpeaker::ReadRectangle(const char* name, KVN_rectangle& rectangle) {
     const IntField fields[] = {
         {"CENTER_X", &rectangle.center_X},
         {"CENTER_Y", &rectangle.center_Y},
-        {"WIDTH",    &rectangle.width   },
-        {"HEIGHT",   &rectangle.height  },
+        {"WIDTH", &rectangle.width},
+        {"HEIGHT", &rectangle.height},
     };
     for (const IntField& field : fields) {
       int result = ReadIntStatement(field.name, *field.value);
@@ -85,12 +85,12 @@ int KVN_kvnSpeaker::ReadScreen(KVN_screenInfo& screen) {
     int result = ReadRectangle("POSITION", screen.position);
     if (result != KVN_NOT_THIS_STATEMENT) return result;
     const IntField fields[] = {
-        {"COLOR",           &screen.color          },
-        {"SELCOLOR",        &screen.selColor       },
-        {"FONT",            &screen.font           },
-        {"FONTCOLOR",       &screen.fontColor      },
+        {"COLOR", &screen.color},
+        {"SELCOLOR", &screen.selColor},
+        {"FONT", &screen.font},
+        {"FONTCOLOR", &screen.fontColor},
         {"BORDERTHICKNESS", &screen.borderThickness},
-        {"BORDERCOLOR",     &screen.borderColor    },
+        {"BORDERCOLOR", &screen.borderColor},
     };
     for (const IntField& field : fields) {
       result = ReadIntStatement(field.name, *field.value);

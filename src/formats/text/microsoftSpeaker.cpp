@@ -21,9 +21,9 @@ struct TableWord {
   int type;
 };
 constexpr TableWord kTableWords[] = {
-    {"probability", KVN_TYPE_CPT  },
-    {"utility",     KVN_TYPE_TABLE},
-    {"information", KVN_TYPE_LIST },
+    {"probability", KVN_TYPE_CPT},
+    {"utility", KVN_TYPE_TABLE},
+    {"information", KVN_TYPE_LIST},
 };
 
 }  // namespace

@@ -25,18 +25,18 @@ struct ForeignFunction {
 
 /// Sorted by name.
 constexpr ForeignFunction kForeign[] = {
-    {"BernoulliDist",      2,  "Bernoulli",   kWithoutFirst},
-    {"BetaDist",           3,  "Beta",        kWithoutFirst},
-    {"BinomialDist",       3,  "Binomial",    kWithoutFirst},
-    {"ExponentialDist",    2,  "Exponential", kWithoutFirst},
-    {"LognormalDist",      3,  "Lognormal",   kWithoutFirst},
-    {"NormalDist",         3,  "Normal",      kWithoutFirst},
-    {"TriangularEnd3Dist", 4,  "Triangular",  kWithoutFirst},
-    {"UniformDist",        3,  "Uniform",     kWithoutFirst},
-    {"WeibullDist",        3,  "Weibull",     kWithoutFirst},
-    {"binomial",           2,  "Combin",      kAsTheyStand },
-    {"clip",               3,  "Trim",        kClipOrder   },
-    {"plus",               -1, "Sum",         kAsTheyStand },
+    {"BernoulliDist", 2, "Bernoulli", kWithoutFirst},
+    {"BetaDist", 3, "Beta", kWithoutFirst},
+    {"BinomialDist", 3, "Binomial", kWithoutFirst},
+    {"ExponentialDist", 2, "Exponential", kWithoutFirst},
+    {"LognormalDist", 3, "Lognormal", kWithoutFirst},
+    {"NormalDist", 3, "Normal", kWithoutFirst},
+    {"TriangularEnd3Dist", 4, "Triangular", kWithoutFirst},
+    {"UniformDist", 3, "Uniform", kWithoutFirst},
+    {"WeibullDist", 3, "Weibull", kWithoutFirst},
+    {"binomial", 2, "Combin", kAsTheyStand},
+    {"clip", 3, "Trim", kClipOrder},
+    {"plus", -1, "Sum", kAsTheyStand},
 };
 
 const ForeignFunction* FindForeign(const std::string& name) {

@@ -167,12 +167,12 @@ int KVN_neticaSpeaker::ReadDefinitionStatement() {
     const char* word;
     int (KVN_neticaSpeaker::*read)();
   } statements[] = {
-      {"parents",   &KVN_neticaSpeaker::ReadParents      },
-      {"states",    &KVN_neticaSpeaker::ReadStates       },
-      {"probs",     &KVN_neticaSpeaker::ReadProbabilities},
+      {"parents", &KVN_neticaSpeaker::ReadParents},
+      {"states", &KVN_neticaSpeaker::ReadStates},
+      {"probs", &KVN_neticaSpeaker::ReadProbabilities},
       {"functable", &KVN_neticaSpeaker::ReadFunctionTable},
-      {"levels",    &KVN_neticaSpeaker::ReadLevels       },
-      {"equation",  &KVN_neticaSpeaker::ReadEquation     },
+      {"levels", &KVN_neticaSpeaker::ReadLevels},
+      {"equation", &KVN_neticaSpeaker::ReadEquation},
   };
   for (const auto& statement : statements) {
     if (AcceptToken(KVN_TOKEN_IDENTIFIER, statement.word) != 0) continue;

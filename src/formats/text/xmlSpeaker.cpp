@@ -21,11 +21,8 @@ struct TypeWord {
 };
 /// "nature" is what most programs write for a chance node. Without the attribute it is one too.
 constexpr TypeWord kTypeWords[] = {
-    {"",         KVN_TYPE_CPT  },
-    {"chance",   KVN_TYPE_CPT  },
-    {"nature",   KVN_TYPE_CPT  },
-    {"decision", KVN_TYPE_LIST },
-    {"utility",  KVN_TYPE_TABLE},
+    {"", KVN_TYPE_CPT},          {"chance", KVN_TYPE_CPT},    {"nature", KVN_TYPE_CPT},
+    {"decision", KVN_TYPE_LIST}, {"utility", KVN_TYPE_TABLE},
 };
 
 /// Depth of the elements that hold others; 3 for all that hold texts.
@@ -54,11 +51,7 @@ struct Entity {
   char character;
 };
 constexpr Entity kEntities[] = {
-    {"&lt;",   '<' },
-    {"&gt;",   '>' },
-    {"&amp;",  '&' },
-    {"&quot;", '"' },
-    {"&apos;", '\''},
+    {"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}, {"&quot;", '"'}, {"&apos;", '\''},
 };
 
 /// The five entities that every XML file has; any other stands for itself.

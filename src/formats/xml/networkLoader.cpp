@@ -84,7 +84,7 @@ void XmlNetLoader::StartEpis() {
     const char* name;
     int& value;
   } counts[] = {
-      {"proplen",    settings.proplen   },
+      {"proplen", settings.proplen},
       {"numstates1", settings.numstates1},
       {"numstates2", settings.numstates2},
       {"numstates3", settings.numstates3},

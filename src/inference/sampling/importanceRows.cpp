@@ -8,8 +8,8 @@ struct Threshold {
   double probability;
 };
 constexpr Threshold kThresholds[] = {
-    {6,  0.1   },
-    {9,  0.04  },
+    {6, 0.1},
+    {9, 0.04},
     {21, 0.0025},
 };
 

@@ -125,21 +125,21 @@ struct RequireCase {
 };
 // Operators may be asked for as punctuators.
 const RequireCase kRequireCases[] = {
-    {"Abc",     1,  "aBC",   nullptr                                           },
-    {"=",       8,  "=",     nullptr                                           },
-    {"+",       8,  "+",     nullptr                                           },
-    {"==",      8,  "=",     "(line 1) : ERROR: '==' : '=' expected"           },
-    {"\"\"",    8,  ";",     "(line 1) : ERROR: '' : ';' expected"             },
-    {"ab",      1,  "abc",   "(line 1) : ERROR: 'ab' : 'abc' expected"         },
-    {"\n\n3.5", 2,  nullptr, "(line 3) : ERROR: '3.5' : Integer expected"      },
-    {"x",       3,  nullptr, "(line 1) : ERROR: 'x' : Real Number expected"    },
-    {"x",       70, nullptr, "(line 1) : ERROR: 'x' : String expected"         },
-    {"3",       1,  nullptr, "(line 1) : ERROR: '3' : Identifier expected"     },
-    {"3",       8,  nullptr, "(line 1) : ERROR: '3' : Punctuator expected"     },
-    {"3",       9,  nullptr, "(line 1) : ERROR: '3' : Unexpected"              },
-    {"\n",      8,  "}",     "(line 1) : ERROR: End of File : Expecting '}'"   },
-    {"",        70, nullptr, "(line 0) : ERROR: End of File : Expecting String"},
-    {"",        9,  nullptr, "(line 0) : ERROR: Unexpected End of File"        },
+    {"Abc", 1, "aBC", nullptr},
+    {"=", 8, "=", nullptr},
+    {"+", 8, "+", nullptr},
+    {"==", 8, "=", "(line 1) : ERROR: '==' : '=' expected"},
+    {"\"\"", 8, ";", "(line 1) : ERROR: '' : ';' expected"},
+    {"ab", 1, "abc", "(line 1) : ERROR: 'ab' : 'abc' expected"},
+    {"\n\n3.5", 2, nullptr, "(line 3) : ERROR: '3.5' : Integer expected"},
+    {"x", 3, nullptr, "(line 1) : ERROR: 'x' : Real Number expected"},
+    {"x", 70, nullptr, "(line 1) : ERROR: 'x' : String expected"},
+    {"3", 1, nullptr, "(line 1) : ERROR: '3' : Identifier expected"},
+    {"3", 8, nullptr, "(line 1) : ERROR: '3' : Punctuator expected"},
+    {"3", 9, nullptr, "(line 1) : ERROR: '3' : Unexpected"},
+    {"\n", 8, "}", "(line 1) : ERROR: End of File : Expecting '}'"},
+    {"", 70, nullptr, "(line 0) : ERROR: End of File : Expecting String"},
+    {"", 9, nullptr, "(line 0) : ERROR: Unexpected End of File"},
 };
 
 TEST_F(FileFormat, RequiredTokenIsConsumedOrReported) {
@@ -194,13 +194,9 @@ TEST_F(FileFormat, PeeksTellClassesApart) {
     int identifier, string, number, integer, comma, parenthesis;
   };
   const Case cases[] = {
-      {"abc",   1, 0, 0, 0, 0, 0},
-      {"\",\"", 0, 1, 0, 0, 0, 0},
-      {"12",    0, 0, 1, 1, 0, 0},
-      {"1.5",   0, 0, 1, 0, 0, 0},
-      {"3.",    0, 0, 0, 0, 0, 0},
-      {",",     0, 0, 0, 0, 1, 0},
-      {"(",     0, 0, 0, 0, 0, 1},
+      {"abc", 1, 0, 0, 0, 0, 0}, {"\",\"", 0, 1, 0, 0, 0, 0}, {"12", 0, 0, 1, 1, 0, 0},
+      {"1.5", 0, 0, 1, 0, 0, 0}, {"3.", 0, 0, 0, 0, 0, 0},    {",", 0, 0, 0, 0, 1, 0},
+      {"(", 0, 0, 0, 0, 0, 1},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.input);
@@ -242,16 +238,16 @@ struct ListCase {
   const char* message;  // null: success
 };
 const ListCase kListCases[] = {
-    {"()",           "",            nullptr                                                },
-    {"(1, 2.5,-.5)", "1 2.5 -0.5 ", nullptr                                                },
-    {"(1, 2,)",      "1 2 ",        "(line 1) : ERROR: ')' : Real Number expected"         },
-    {"(1 2)",        "1 ",          "(line 1) : ERROR: '2' : ')' expected"                 },
-    {"(3., 2)",      "",            "(line 1) : ERROR: '3.' : ')' expected"                },
-    {"(1, -.)",      "1 ",          "(line 1) : ERROR: '-.' : Real Number expected"        },
-    {"(x)",          "",            "(line 1) : ERROR: 'x' : ')' expected"                 },
-    {"1)",           "",            "(line 1) : ERROR: '1' : '(' expected"                 },
-    {"(1,\n",        "1 ",          "(line 1) : ERROR: End of File : Expecting Real Number"},
-    {"(1",           "1 ",          "(line 1) : ERROR: End of File : Expecting ')'"        },
+    {"()", "", nullptr},
+    {"(1, 2.5,-.5)", "1 2.5 -0.5 ", nullptr},
+    {"(1, 2,)", "1 2 ", "(line 1) : ERROR: ')' : Real Number expected"},
+    {"(1 2)", "1 ", "(line 1) : ERROR: '2' : ')' expected"},
+    {"(3., 2)", "", "(line 1) : ERROR: '3.' : ')' expected"},
+    {"(1, -.)", "1 ", "(line 1) : ERROR: '-.' : Real Number expected"},
+    {"(x)", "", "(line 1) : ERROR: 'x' : ')' expected"},
+    {"1)", "", "(line 1) : ERROR: '1' : '(' expected"},
+    {"(1,\n", "1 ", "(line 1) : ERROR: End of File : Expecting Real Number"},
+    {"(1", "1 ", "(line 1) : ERROR: End of File : Expecting ')'"},
 };
 
 TEST_F(FileFormat, ReadsListsOfNumbers) {
@@ -328,17 +324,17 @@ struct BlockCase {
 // there and what follows, up to one inside the next braces; these so become the end of the inner
 // block. The end of the file ends every loop.
 const BlockCase kBlockCases[] = {
-    {"b = { x = 1; Y = 2; }",                                   "1 2 ", ""                    },
-    {"B = { x = ?;\n z = 2; x = 3; }",                          "3 ",
-     "(line 1) : ERROR: '?' : Integer expected\n(line 2) : Unknown\n"                         },
-    {"B = { z { x = 1; }; x = 2; }",                            "2 ",   "(line 1) : Unknown\n"},
-    {"B = { B = { x = 1; z; }; B = { }; y = 2; }",              "1 2 ", "(line 1) : Unknown\n"},
-    {"B = { x = 1 y = 2; x = 3; }",                             "1 3 ", "(line 1) : Unknown\n"},
+    {"b = { x = 1; Y = 2; }", "1 2 ", ""},
+    {"B = { x = ?;\n z = 2; x = 3; }", "3 ",
+     "(line 1) : ERROR: '?' : Integer expected\n(line 2) : Unknown\n"},
+    {"B = { z { x = 1; }; x = 2; }", "2 ", "(line 1) : Unknown\n"},
+    {"B = { B = { x = 1; z; }; B = { }; y = 2; }", "1 2 ", "(line 1) : Unknown\n"},
+    {"B = { x = 1 y = 2; x = 3; }", "1 3 ", "(line 1) : Unknown\n"},
     {"B = { B = { z }; x = 1; B = { x = 2; y = 3; }; y = 4; }", "3 4 ", "(line 1) : Unknown\n"},
-    {"B = { B = { x = 1;",                                      "1 ",
+    {"B = { B = { x = 1;", "1 ",
      "(line 1) : ERROR: End of File : Expecting '}'\n(line 1) : NO MORE TOKENS\n"
      "(line 1) : NO MORE TOKENS\n"
-     "(line 1) : ERROR: End of File : Expecting '}'\n(line 1) : NO MORE TOKENS\n"             },
+     "(line 1) : ERROR: End of File : Expecting '}'\n(line 1) : NO MORE TOKENS\n"},
 };
 
 TEST_F(FileFormat, SyntaxErrorsInABlockCostOneStatement) {

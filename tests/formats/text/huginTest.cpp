@@ -87,10 +87,10 @@ TEST(HuginSpeaker, TurnsThePictureUpsideDown) {
     const char* id;
     int x, y;
   } const cases[] = {
-      {"Weather",  100, 200},
-      {"Umbrella", 30,  -20},
-      {"Report",   0,   180},
-      {"Mood",     0,   180},
+      {"Weather", 100, 200},
+      {"Umbrella", 30, -20},
+      {"Report", 0, 180},
+      {"Mood", 0, 180},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.id);

@@ -64,23 +64,23 @@ struct RowCase {
   const char* row;
 };
 const RowCase kOtherRows[] = {
-    {KVN_LEXICAL_ERGO,      0,  "121818119110U1111"},
-    {KVN_LEXICAL_ERGO,      1,  "11111111111-U1111"},
-    {KVN_LEXICAL_ERGO,      2,  "12111117111--111a"},
-    {KVN_LEXICAL_ERGO,      3,  "13111111111--111b"},
-    {KVN_LEXICAL_ERGO,      4,  "111-1-11111--111-"},
-    {KVN_LEXICAL_ERGO,      7,  "131-1-11111--111-"},
-    {KVN_LEXICAL_ERGO,      8,  "111-1-11111--111-"},
-    {KVN_LEXICAL_ERGO,      9,  "121-1-13111--111-"},
-    {KVN_LEXICAL_ERGO,      14, "-a---------------"},
-    {KVN_LEXICAL_ERGO,      15, "-b---------------"},
-    {KVN_LEXICAL_HUGIN,     0,  "128458879S80UL881"},
-    {KVN_LEXICAL_HUGIN,     14, "-a---------------"},
-    {KVN_LEXICAL_HUGIN,     15, "-b---------------"},
-    {KVN_LEXICAL_MICROSOFT, 0,  "128458879S80U8001"},
+    {KVN_LEXICAL_ERGO, 0, "121818119110U1111"},
+    {KVN_LEXICAL_ERGO, 1, "11111111111-U1111"},
+    {KVN_LEXICAL_ERGO, 2, "12111117111--111a"},
+    {KVN_LEXICAL_ERGO, 3, "13111111111--111b"},
+    {KVN_LEXICAL_ERGO, 4, "111-1-11111--111-"},
+    {KVN_LEXICAL_ERGO, 7, "131-1-11111--111-"},
+    {KVN_LEXICAL_ERGO, 8, "111-1-11111--111-"},
+    {KVN_LEXICAL_ERGO, 9, "121-1-13111--111-"},
+    {KVN_LEXICAL_ERGO, 14, "-a---------------"},
+    {KVN_LEXICAL_ERGO, 15, "-b---------------"},
+    {KVN_LEXICAL_HUGIN, 0, "128458879S80UL881"},
+    {KVN_LEXICAL_HUGIN, 14, "-a---------------"},
+    {KVN_LEXICAL_HUGIN, 15, "-b---------------"},
+    {KVN_LEXICAL_MICROSOFT, 0, "128458879S80U8001"},
     {KVN_LEXICAL_MICROSOFT, 14, "-a---------------"},
     {KVN_LEXICAL_MICROSOFT, 15, "-b---------------"},
-    {KVN_LEXICAL_UNSIGNED,  0,  "128458878S80U8881"},
+    {KVN_LEXICAL_UNSIGNED, 0, "128458878S80U8881"},
 };
 
 const char* ExpectedRow(int table, int state) {
@@ -145,29 +145,29 @@ struct TokenCase {
   const char* tokens;
 };
 const TokenCase kTokenCases[] = {
-    {1, "ID=foo;",                   "1:ID 5:= 1:foo 8:;"                   },
-    {1, "12abc a.b _a a_1",          "2:12 1:abc 1:a 7:. 1:b 8:_ 1:a 1:a_1" },
-    {1, "1e5 1.5e3 12e 1e+5 1e5.2",  "2:1e5 3:1.5e3 2:12e 2:1e+5 2:1e5 3:.2"},
-    {1, "3., .5 -.5 -5 + x",         "7:3. 8:, 3:.5 3:-.5 2:-5 9:+ 1:x"     },
-    {1, "-. a==b / c",               "3:-. 1:a 6:== 1:b 4:/ 1:c"            },
-    {1, "a // b /* c\nd",            "1:a 1:d"                              },
-    {1, "a/*b*/c /* d\n e * / */ f", "1:a 1:c 1:f"                          },
-    {1, "/*/ a",                     "1:a"                                  },
-    {1, "\"// x\" 'y",               "70:// x 8:' 1:y"                      },
-    {1, "/# a #/ b",                 "1:b"                                  },
- // The second mark of the first line is not seen: two more lines with a mark are needed.
-    {1, "/# /# #/ x\n#/ y\n#/ z",    "1:z"                                  },
-    {1, "a % b\nc",                  "1:a 8:% 1:b 1:c"                      },
-    {3, "a % b\nc",                  "1:a 1:c"                              },
-    {1, "1e12+3 1e1+3",              "2:1e12 2:+3 2:1e1 2:+3"               },
-    {3, "1e12+3 1e1+3",              "2:1e12+3 2:1e1 2:+3"                  },
-    {4, "a,b|c,\n d",                "1:a 1:b 1:c 1:d"                      },
-    {5, "-5",                        "8:- 2:5"                              },
-    {2, "a,b/*c \"x\" 12 1.5 //c",   "1:a,b/*c 1:\"x\" 2:12 3:1.5 8:/ 1:/c" },
-    {6, "a b",                       ""                                     },
-    {1, "",                          ""                                     },
-    {1, " \t\n \n",                  ""                                     },
-    {1, "a\r\nb\r",                  "1:a 1:b"                              },
+    {1, "ID=foo;", "1:ID 5:= 1:foo 8:;"},
+    {1, "12abc a.b _a a_1", "2:12 1:abc 1:a 7:. 1:b 8:_ 1:a 1:a_1"},
+    {1, "1e5 1.5e3 12e 1e+5 1e5.2", "2:1e5 3:1.5e3 2:12e 2:1e+5 2:1e5 3:.2"},
+    {1, "3., .5 -.5 -5 + x", "7:3. 8:, 3:.5 3:-.5 2:-5 9:+ 1:x"},
+    {1, "-. a==b / c", "3:-. 1:a 6:== 1:b 4:/ 1:c"},
+    {1, "a // b /* c\nd", "1:a 1:d"},
+    {1, "a/*b*/c /* d\n e * / */ f", "1:a 1:c 1:f"},
+    {1, "/*/ a", "1:a"},
+    {1, "\"// x\" 'y", "70:// x 8:' 1:y"},
+    {1, "/# a #/ b", "1:b"},
+    // The second mark of the first line is not seen: two more lines with a mark are needed.
+    {1, "/# /# #/ x\n#/ y\n#/ z", "1:z"},
+    {1, "a % b\nc", "1:a 8:% 1:b 1:c"},
+    {3, "a % b\nc", "1:a 1:c"},
+    {1, "1e12+3 1e1+3", "2:1e12 2:+3 2:1e1 2:+3"},
+    {3, "1e12+3 1e1+3", "2:1e12+3 2:1e1 2:+3"},
+    {4, "a,b|c,\n d", "1:a 1:b 1:c 1:d"},
+    {5, "-5", "8:- 2:5"},
+    {2, "a,b/*c \"x\" 12 1.5 //c", "1:a,b/*c 1:\"x\" 2:12 3:1.5 8:/ 1:/c"},
+    {6, "a b", ""},
+    {1, "", ""},
+    {1, " \t\n \n", ""},
+    {1, "a\r\nb\r", "1:a 1:b"},
 };
 
 TEST(LexicalAnalizer, CutsTokens) {
@@ -190,16 +190,16 @@ struct StringCase {
   const char* text;
 };
 const StringCase kStringCases[] = {
-    {R"("")",                    ""                   },
+    {R"("")", ""},
     {R"("a\"b\\c\nd\re\tf\bg")", "a\"b\\c\nd\re\tf\bg"},
-    {R"("\q\")",                 R"(\q")"             }, // closed by the quote that the test adds
-    {"\"line\nfeed\"",           "linefeed"           },
-    {"\"lone\rreturn\nline\"",   "loneline"           },
-    {"\"ab \\ \n \t\b cd\"",     "ab cd"              },
-    {"\"ab\\\n  cd\"",           "abcd"               },
-    {"\"ab\\ \n\n  \\|  cd\"",   "ab  cd"             },
-    {"\"a\\  b\"",               "ab"                 },
-    {"\"bytes \x01\xe9\"",       "bytes \x01\xe9"     },
+    {R"("\q\")", R"(\q")"},  // closed by the quote that the test adds
+    {"\"line\nfeed\"", "linefeed"},
+    {"\"lone\rreturn\nline\"", "loneline"},
+    {"\"ab \\ \n \t\b cd\"", "ab cd"},
+    {"\"ab\\\n  cd\"", "abcd"},
+    {"\"ab\\ \n\n  \\|  cd\"", "ab  cd"},
+    {"\"a\\  b\"", "ab"},
+    {"\"bytes \x01\xe9\"", "bytes \x01\xe9"},
 };
 
 TEST(LexicalAnalizer, ResolvesEscapesAndLineBreaksOfStrings) {
@@ -224,17 +224,17 @@ const char kOpenBlock[] = "ERROR: UNEXPECTED END OF FILE. UNMATCHED '/*'";
 const char kOpenNested[] = "ERROR: UNEXPECTED END OF FILE. UNMATCHED '/#'";
 const std::string kNulInString("\"a\0b\"\nc", 7);
 const FailureCase kFailureCases[] = {
-  // It is meant that the position stays on an unknown character for ever.
-    {"a \x01 b",          "1:a -126", "-126 -126", kUnknown1,   3},
-    {"\n\na\rb",          "-126",     "-126 -126", kUnknown3,   3},
-    {"===",               "-126",     "-126 -126", kUnknown1,   3},
-    {"a \"bc",            "1:a -128", "-111 -111", kOpenString, 1},
-    {"\"bc\n",            "-128",     "-111 -111", kOpenString, 1},
-    {"\"bc\\ ",           "-128",     "-111 -111", kOpenString, 1},
-    {"a /* b",            "1:a -128", "-111 -111", kOpenBlock,  1},
-    {"/# b\n/# #/ #/\nc", "-128",     "-111 -111", kOpenNested, 1},
-    {"a // b",            "1:a",      "-111 -111", nullptr,     0},
-    {kNulInString,        "-128",     "1:c 1:c",   kOpenString, 1},
+    // It is meant that the position stays on an unknown character for ever.
+    {"a \x01 b", "1:a -126", "-126 -126", kUnknown1, 3},
+    {"\n\na\rb", "-126", "-126 -126", kUnknown3, 3},
+    {"===", "-126", "-126 -126", kUnknown1, 3},
+    {"a \"bc", "1:a -128", "-111 -111", kOpenString, 1},
+    {"\"bc\n", "-128", "-111 -111", kOpenString, 1},
+    {"\"bc\\ ", "-128", "-111 -111", kOpenString, 1},
+    {"a /* b", "1:a -128", "-111 -111", kOpenBlock, 1},
+    {"/# b\n/# #/ #/\nc", "-128", "-111 -111", kOpenNested, 1},
+    {"a // b", "1:a", "-111 -111", nullptr, 0},
+    {kNulInString, "-128", "1:c 1:c", kOpenString, 1},
 };
 
 TEST(LexicalAnalizer, TellsWhyThereAreNoMoreTokens) {
@@ -343,12 +343,12 @@ TEST(LexicalAnalizer, CutsLongTokensAndGoesOn) {
     std::string input, text;
   };
   const Case cases[] = {
-      {std::string(kept,     'i'),                     "1:" + std::string(kept, 'i')},
-      {std::string(kept + 1, 'i'),                     "1:" + std::string(kept, 'i')},
-      {std::string(200000,   'i'),                     "1:" + std::string(kept, 'i')},
-      {std::string(200000,   '7'),                     "2:" + std::string(kept, '7')},
-      {"\"" + broken + "\"", "70:" + std::string(kept, 's')                   },
-      {"\"" + std::string(31000,         's') + "\"", "70:" + std::string(kept,                    's')    },
+      {std::string(kept, 'i'), "1:" + std::string(kept, 'i')},
+      {std::string(kept + 1, 'i'), "1:" + std::string(kept, 'i')},
+      {std::string(200000, 'i'), "1:" + std::string(kept, 'i')},
+      {std::string(200000, '7'), "2:" + std::string(kept, '7')},
+      {"\"" + broken + "\"", "70:" + std::string(kept, 's')},
+      {"\"" + std::string(31000, 's') + "\"", "70:" + std::string(kept, 's')},
   };
   for (const Case& c : cases) {
     const Input input(c.input + " next");

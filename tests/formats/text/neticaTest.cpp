@@ -201,18 +201,18 @@ struct TranslationCase {
 };
 
 const TranslationCase kTranslations[] = {
-    {"x () = NormalDist(x, 0, 1)",             "x=Normal(0,1)",          ""                                   },
-    {"p (x | y) = UniformDist(x, y, y + 2)",   "x=Uniform(y,y+2)",       ""                                   },
-    {"x = TriangularEnd3Dist(x, 1, 2, 3) * 2", "x=Triangular(1,2,3)*2",  ""                                   },
-    {"x = BernoulliDist(x, 0.5)",              "x=Bernoulli(0.5)",       ""                                   },
-    {"x (y) = clip(y, 0, 1)",                  "x=Trim(1,y,0)",          ""                                   },
-    {"x (y) = plus(y, clip(y, 2, 3), 1)",      "x=Sum(y,Trim(3,y,2),1)", ""                                   },
-    {"x (y) = -binomial(4, y)",                "x=-Combin(4,y)",         ""                                   },
-    {"x (y) = max(y, 3)",                      "x=Max(y,3)",             ""                                   },
-    {"x (y) == 3",                             "",                       "Factor expected"                    },
-    {"x (y)",                                  "",                       "Can't find the '=' sign in equation"},
-    {"x (y) = NormalDist(y, 1)",               "",                       "Too few parameters in function call"},
-    {"x (y) = Foo(y)",                         "",                       "Unknown function: Foo"              },
+    {"x () = NormalDist(x, 0, 1)", "x=Normal(0,1)", ""},
+    {"p (x | y) = UniformDist(x, y, y + 2)", "x=Uniform(y,y+2)", ""},
+    {"x = TriangularEnd3Dist(x, 1, 2, 3) * 2", "x=Triangular(1,2,3)*2", ""},
+    {"x = BernoulliDist(x, 0.5)", "x=Bernoulli(0.5)", ""},
+    {"x (y) = clip(y, 0, 1)", "x=Trim(1,y,0)", ""},
+    {"x (y) = plus(y, clip(y, 2, 3), 1)", "x=Sum(y,Trim(3,y,2),1)", ""},
+    {"x (y) = -binomial(4, y)", "x=-Combin(4,y)", ""},
+    {"x (y) = max(y, 3)", "x=Max(y,3)", ""},
+    {"x (y) == 3", "", "Factor expected"},
+    {"x (y)", "", "Can't find the '=' sign in equation"},
+    {"x (y) = NormalDist(y, 1)", "", "Too few parameters in function call"},
+    {"x (y) = Foo(y)", "", "Unknown function: Foo"},
 };
 
 TEST(NeticaSpeaker, TranslatesFormulas) {

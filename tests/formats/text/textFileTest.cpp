@@ -47,15 +47,15 @@ struct LineCase {
 const std::string kNulBytes("a\0b\nc", 5);
 const std::string kNulLines("a\0b\n|c|", 7);
 const LineCase kLineCases[] = {
-    {"",                    "",                        0},
-    {"a\n\nbc",             "a\n|\n|bc|",              3},
-    {"a\r\n\r\nb\r\n",      "a\n|\n|b\n|",             3},
-    {"a\r",                 "a|",                      1},
-    {"a\rb\r\r\n",          "a\rb\r\n|",               1},
+    {"", "", 0},
+    {"a\n\nbc", "a\n|\n|bc|", 3},
+    {"a\r\n\r\nb\r\n", "a\n|\n|b\n|", 3},
+    {"a\r", "a|", 1},
+    {"a\rb\r\r\n", "a\rb\r\n|", 1},
     {"1234567890123456\nx", "1234567|8901234|56\n|x|", 2},
-    {"123456\r\nx",         "123456\n|x|",             2},
-    {"1234567\r\nx",        "1234567|\n|x|",           2},
-    {kNulBytes,             kNulLines,                 2},
+    {"123456\r\nx", "123456\n|x|", 2},
+    {"1234567\r\nx", "1234567|\n|x|", 2},
+    {kNulBytes, kNulLines, 2},
 };
 
 TEST(TextFile, ReadsLinesAndPiecesOfLines) {
@@ -88,15 +88,15 @@ TEST(TextFile, WhatCannotBeOpenedIsToldOnce) {
     int mode;
   };
   const Case cases[] = {
-      {nullptr,          KVN_OPEN_TO_READ },
-      {nullptr,          KVN_OPEN_TO_WRITE},
-      {"",               KVN_OPEN_TO_READ },
-      {"",               KVN_OPEN_TO_WRITE},
-      {missing.c_str(),  KVN_OPEN_TO_READ },
-      {below.c_str(),    KVN_OPEN_TO_WRITE},
-      {here.c_str(),     KVN_OPEN_TO_READ },
-      {here.c_str(),     KVN_OPEN_TO_WRITE},
-      {overlong.c_str(), KVN_OPEN_TO_READ },
+      {nullptr, KVN_OPEN_TO_READ},
+      {nullptr, KVN_OPEN_TO_WRITE},
+      {"", KVN_OPEN_TO_READ},
+      {"", KVN_OPEN_TO_WRITE},
+      {missing.c_str(), KVN_OPEN_TO_READ},
+      {below.c_str(), KVN_OPEN_TO_WRITE},
+      {here.c_str(), KVN_OPEN_TO_READ},
+      {here.c_str(), KVN_OPEN_TO_WRITE},
+      {overlong.c_str(), KVN_OPEN_TO_READ},
       {overlong.c_str(), KVN_OPEN_TO_WRITE},
   };
   for (const Case& c : cases) {
@@ -172,26 +172,26 @@ struct WrapCase {
 // The indent unit is 2. A line breaks when its column passes the margin: with margin 10 the 11th
 // character is one too many.
 const WrapCase kWrapCases[] = {
-    {"fits to the margin",                   10, 0, "",           "abcd efghi",    "",    "abcd efghi"              },
-    {"breaks behind the last blank",         10, 0, "",           "abcd efg hij",  "\\ ", "abcd efg \\ \nhij"       },
-    {"the blank itself may be one too many", 10, 0, "",           "abcdefghij kl", "~",   "abcdefghij ~\nkl"        },
-    {"indent after the break",               10, 2, "",           "ab cd ef",      "",    "    ab cd \n    ef"      },
-    {"indent even at the end of the text",   10, 1, "",           "abcdefgh ",     "",    "  abcdefgh \n  "         },
-    {"no indent behind a last line feed",    10, 1, "",           "ab\ncd\n",      "",    "  ab\n  cd\n"            },
-    {"a word goes to a fresh line",          10, 1, "ab = ",      "cdefg",         "\\ ", "  ab = \\ \n  cdefg"     },
-    {"a long word is cut one beyond",        10, 1, "",           "abcdefghijk",   "",    "  abcdefghi\n  jk"       },
-    {"first a fresh line, then the cut",     10, 1, "x",          "abcdefghijk",   "~",
-     "  x~\n  abcdefghi~\n  jk"                                                                                     },
-    {"indentation beyond the margin",        4,  3, "",           "ab",            "",    "      a\n      b\n      "},
-    {"column counts over writes",            10, 0, "abcdefgh ",  "ij",            "",    "abcdefgh \nij"           },
-    {"a line feed ends the count",           10, 0, "abcdefgh\n", "ijkl mnop",     "",    "abcdefgh\nijkl mnop"     },
-    {"a UTF-8 character is not cut",         4,  0, "",           "abcd\u00e9gh",  "",    "abcd\n\u00e9gh"          },
-    {"bytes of no encoding are",             1,  0, "",           "\xA9\xA9\xA9",  "",    "\xA9\xA9\n\xA9"          },
- // In strings: no cut inside a pair, and blanks behind a break are kept by "\|".
-    {"a pair is not cut",                    4,  0, "",           "abcd\\nef",     "\\ ", "abcd\\ \n\\nef"          },
-    {"a pair of backslashes may end",        4,  0, "",           "abc\\\\ef",     "\\ ", "abc\\\\\\ \nef"          },
-    {"a pair alone on a line",               1,  0, "",           "a\\nb",         "\\ ", "a\\ \n\\n\\ \nb"         },
-    {"blanks behind a break",                4,  0, "",           "abcd  ef",      "\\ ", "abcd \\ \n\\| \\ \nef"   },
+    {"fits to the margin", 10, 0, "", "abcd efghi", "", "abcd efghi"},
+    {"breaks behind the last blank", 10, 0, "", "abcd efg hij", "\\ ", "abcd efg \\ \nhij"},
+    {"the blank itself may be one too many", 10, 0, "", "abcdefghij kl", "~", "abcdefghij ~\nkl"},
+    {"indent after the break", 10, 2, "", "ab cd ef", "", "    ab cd \n    ef"},
+    {"indent even at the end of the text", 10, 1, "", "abcdefgh ", "", "  abcdefgh \n  "},
+    {"no indent behind a last line feed", 10, 1, "", "ab\ncd\n", "", "  ab\n  cd\n"},
+    {"a word goes to a fresh line", 10, 1, "ab = ", "cdefg", "\\ ", "  ab = \\ \n  cdefg"},
+    {"a long word is cut one beyond", 10, 1, "", "abcdefghijk", "", "  abcdefghi\n  jk"},
+    {"first a fresh line, then the cut", 10, 1, "x", "abcdefghijk", "~",
+     "  x~\n  abcdefghi~\n  jk"},
+    {"indentation beyond the margin", 4, 3, "", "ab", "", "      a\n      b\n      "},
+    {"column counts over writes", 10, 0, "abcdefgh ", "ij", "", "abcdefgh \nij"},
+    {"a line feed ends the count", 10, 0, "abcdefgh\n", "ijkl mnop", "", "abcdefgh\nijkl mnop"},
+    {"a UTF-8 character is not cut", 4, 0, "", "abcd\u00e9gh", "", "abcd\n\u00e9gh"},
+    {"bytes of no encoding are", 1, 0, "", "\xA9\xA9\xA9", "", "\xA9\xA9\n\xA9"},
+    // In strings: no cut inside a pair, and blanks behind a break are kept by "\|".
+    {"a pair is not cut", 4, 0, "", "abcd\\nef", "\\ ", "abcd\\ \n\\nef"},
+    {"a pair of backslashes may end", 4, 0, "", "abc\\\\ef", "\\ ", "abc\\\\\\ \nef"},
+    {"a pair alone on a line", 1, 0, "", "a\\nb", "\\ ", "a\\ \n\\n\\ \nb"},
+    {"blanks behind a break", 4, 0, "", "abcd  ef", "\\ ", "abcd \\ \n\\| \\ \nef"},
 };
 
 TEST(TextFile, WrapsAtTheMargin) {

@@ -132,10 +132,10 @@ TEST(XmlBadInput, Entities) {
     std::string document;
     const char* entity;
   } cases[] = {
-      {document(laughs,    "&l29;"),    "l1"},
-      {document(chain,     "&c19999;"), "c1"},
-      {document(file,      "&e;"),      "e" },
-      {document(parameter, ""),         "e" },
+      {document(laughs, "&l29;"), "l1"},
+      {document(chain, "&c19999;"), "c1"},
+      {document(file, "&e;"), "e"},
+      {document(parameter, ""), "e"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.entity);
@@ -202,14 +202,14 @@ TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
     std::string content;
     const char* message;
   } cases[] = {
-      {chance,   "SetProbabilities failed"                                   },
-      {utility,  "SetUtilities failed"                                       },
-      {truth,    "Invalid number of resulting states: 1, expected 1073741824"},
-      {costs,    "SetCosts failed"                                           },
-      {wide,     "Invalid number of resulting states: 1, expected 65536"     },
-      {gate,     "SetNumberOfOutcomes failed"                                },
-      {adder,    "SetNumberOfOutcomes failed"                                },
-      {unfilled, "Invalid weights vector size 1, expected 25005000"          },
+      {chance, "SetProbabilities failed"},
+      {utility, "SetUtilities failed"},
+      {truth, "Invalid number of resulting states: 1, expected 1073741824"},
+      {costs, "SetCosts failed"},
+      {wide, "Invalid number of resulting states: 1, expected 65536"},
+      {gate, "SetNumberOfOutcomes failed"},
+      {adder, "SetNumberOfOutcomes failed"},
+      {unfilled, "Invalid weights vector size 1, expected 25005000"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.message);

@@ -120,35 +120,35 @@ struct ErrorCase {
 /// follows an empty element or the text of an entity.
 TEST(XmlReader, RefusesWithLineAndColumn) {
   const ErrorCase cases[] = {
-      {"<s/>",                                                                     1, 0,  "Unknown root element 's', expected 'r'"               },
-      {"<r/>",                                                                     1, 0,  "Required attribute 'version' not found in element 'r'"},
-      {"<r version='1' q='1'/>",                                                   1, 0,  "Unknown attribute 'q' in element 'r'"                 },
-      {"<r version='1'>\n <q/></r>",                                               2, 1,  "Unknown element 'q' in 'r'"                           },
-      {"<r version='1'><loop/></r >x",                                             1, 27, "junk after document element"                          },
-      {"<r version='1'><list/><list/></r>",                                        1, 22,
-       "Multiple occurences of 'list' not allowed in 'r'"                                                                                        },
-      {"<r version='1'>\n</r>",                                                    2, 0,  "Required element 'loop' not present in element 'r'"   },
-      {"<r version='1'><text/></r>",                                               1, 22,
-       "Required element 'leaf' not present in element 'text'"                                                                                   },
-      {"<r version='1' i='abc'/>",                                                 1, 0,  "Integer value expected for attribute 'i'"             },
-      {"<r version='1' i='0abc'/>",                                                1, 0,  "Integer value expected for attribute 'i'"             },
-      {"<r version='1' d='.x'/>",                                                  1, 0,  "Floating point value expected for attribute 'd'"      },
-      {"<r version='1' b='True'/>",                                                1, 0,
-       "'true' or 'false' expected as value of boolean attribute 'b'"                                                                            },
-      {"<r version='1'><list>1 2\n 3 stop 4</list>",                               2, 0,  "Stopped"                                              },
-      {"<r version='1'><list>1 heavy 2 stop</list>",                               1, 35, "out of memory"                                        },
-      {"<r version='1' version='1'/>",                                             1, 15, "duplicate attribute"                                  },
-      {"<r version='1'><loop></r>",                                                1, 23, "mismatched tag"                                       },
-      {"",                                                                         1, 0,  "no element found"                                     },
-      {"<r version='1'><text>\xC3(</text></r>",                                    1, 21, "not well-formed (invalid token)"                      },
-      {"<?xml version='1.0' encoding='no-such'?><r/>",                             1, 30, "unknown encoding"                                     },
-      {"<r version='1'>&x;</r>",                                                   1, 15, "undefined entity"                                     },
-      {"<!DOCTYPE r SYSTEM 'http://x.invalid/d'><r version='1'>&x;</r>",           1, 55,
-       "Undefined entity 'x'"                                                                                                                    },
-      {"<!DOCTYPE r [<!ENTITY x SYSTEM '/etc/passwd'>]><r version='1'>&x;</r>",    1, 44,
-       "Entity 'x' must not refer to files or other entities"                                                                                    },
+      {"<s/>", 1, 0, "Unknown root element 's', expected 'r'"},
+      {"<r/>", 1, 0, "Required attribute 'version' not found in element 'r'"},
+      {"<r version='1' q='1'/>", 1, 0, "Unknown attribute 'q' in element 'r'"},
+      {"<r version='1'>\n <q/></r>", 2, 1, "Unknown element 'q' in 'r'"},
+      {"<r version='1'><loop/></r >x", 1, 27, "junk after document element"},
+      {"<r version='1'><list/><list/></r>", 1, 22,
+       "Multiple occurences of 'list' not allowed in 'r'"},
+      {"<r version='1'>\n</r>", 2, 0, "Required element 'loop' not present in element 'r'"},
+      {"<r version='1'><text/></r>", 1, 22,
+       "Required element 'leaf' not present in element 'text'"},
+      {"<r version='1' i='abc'/>", 1, 0, "Integer value expected for attribute 'i'"},
+      {"<r version='1' i='0abc'/>", 1, 0, "Integer value expected for attribute 'i'"},
+      {"<r version='1' d='.x'/>", 1, 0, "Floating point value expected for attribute 'd'"},
+      {"<r version='1' b='True'/>", 1, 0,
+       "'true' or 'false' expected as value of boolean attribute 'b'"},
+      {"<r version='1'><list>1 2\n 3 stop 4</list>", 2, 0, "Stopped"},
+      {"<r version='1'><list>1 heavy 2 stop</list>", 1, 35, "out of memory"},
+      {"<r version='1' version='1'/>", 1, 15, "duplicate attribute"},
+      {"<r version='1'><loop></r>", 1, 23, "mismatched tag"},
+      {"", 1, 0, "no element found"},
+      {"<r version='1'><text>\xC3(</text></r>", 1, 21, "not well-formed (invalid token)"},
+      {"<?xml version='1.0' encoding='no-such'?><r/>", 1, 30, "unknown encoding"},
+      {"<r version='1'>&x;</r>", 1, 15, "undefined entity"},
+      {"<!DOCTYPE r SYSTEM 'http://x.invalid/d'><r version='1'>&x;</r>", 1, 55,
+       "Undefined entity 'x'"},
+      {"<!DOCTYPE r [<!ENTITY x SYSTEM '/etc/passwd'>]><r version='1'>&x;</r>", 1, 44,
+       "Entity 'x' must not refer to files or other entities"},
       {"<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '&a;&a;'>]><r version='1'>&b;</r>", 1, 39,
-       "Entity 'b' must not refer to files or other entities"                                                                                    },
+       "Entity 'b' must not refer to files or other entities"},
   };
   for (const ErrorCase& c : cases) {
     SCOPED_TRACE(c.document);
@@ -212,10 +212,10 @@ TEST(XmlReader, NumbersInAttributesAreReadLoosely) {
   const struct {
     const char *attributes, *event;
   } cases[] = {
-      {"i='12abc' d='1.5x'",       "r 12 1.5 yes"         },
-      {"i='' d=''",                "r 0 0 yes"            },
-      {"i=' 3' d='-2e1'",          "r 3 -20 yes"          },
-      {"i='99999999999' d='0.0'",  "r 2147483647 0 yes"   },
+      {"i='12abc' d='1.5x'", "r 12 1.5 yes"},
+      {"i='' d=''", "r 0 0 yes"},
+      {"i=' 3' d='-2e1'", "r 3 -20 yes"},
+      {"i='99999999999' d='0.0'", "r 2147483647 0 yes"},
       {"i='-99999999999' d='inf'", "r -2147483648 inf yes"},
   };
   for (const auto& c : cases) {
@@ -239,17 +239,17 @@ TEST(XmlReader, TextIsKeptInEightBits) {
   const struct {
     const char *utf8, *text;
   } cases[] = {
-      {"plain \x7F",               "plain \x7F"},
-      {"\xC3\xA9",                 "\xE9"      },
-      {"\xE2\x82\xAC",             "?"         }, // the euro sign
-      {"\xF0\x9F\x98\x80!",        "?!"        },
-      {"a\xC3z",                   "az"        }, // broken off by the z, which stays
-      {"a\xE2\x82\xC3\xA9",        "a\xE9"     },
-      {"\x80\xBFz",                "z"         }, // continuation bytes without a lead
-      {"\xC3",                     ""          },
-      {"\xC1\xA1\xE0\x83\xA9",     "a\xE9"     }, // longer than need be: by value
-      {"\xF8\x80\x80\x81\x81",     "A"         },
-      {"\xFC\x80\x80\x80\x83\xA9", "\xE9"      },
+      {"plain \x7F", "plain \x7F"},
+      {"\xC3\xA9", "\xE9"},
+      {"\xE2\x82\xAC", "?"},  // the euro sign
+      {"\xF0\x9F\x98\x80!", "?!"},
+      {"a\xC3z", "az"},  // broken off by the z, which stays
+      {"a\xE2\x82\xC3\xA9", "a\xE9"},
+      {"\x80\xBFz", "z"},  // continuation bytes without a lead
+      {"\xC3", ""},
+      {"\xC1\xA1\xE0\x83\xA9", "a\xE9"},  // longer than need be: by value
+      {"\xF8\x80\x80\x81\x81", "A"},
+      {"\xFC\x80\x80\x80\x83\xA9", "\xE9"},
   };
   for (const auto& c : cases) {
     std::string text = c.utf8;

@@ -49,10 +49,10 @@ struct Method {
 };
 // Limits so small that groups are halved down to single targets.
 const Method kMethods[] = {
-    {"plain",           KVN_ALG_CLUSTERING,                {}                                  },
-    {"with effort",     KVN_ALG_CLUSTERING,                {{"KVN_CLUSTERING_EFFORT", "1"}}    },
-    {"groups of two",   KVN_ALG_RELEVANCE_DECOMPOSITION,   {{"KVN_REL_DECOMP_THRESHOLD", "2"}} },
-    {"halved groups",   KVN_ALG_RELEVANCE_DECOMPOSITION,   {{"KVN_REL_DECOMP_THRESHOLD3", "1"}}},
+    {"plain", KVN_ALG_CLUSTERING, {}},
+    {"with effort", KVN_ALG_CLUSTERING, {{"KVN_CLUSTERING_EFFORT", "1"}}},
+    {"groups of two", KVN_ALG_RELEVANCE_DECOMPOSITION, {{"KVN_REL_DECOMP_THRESHOLD", "2"}}},
+    {"halved groups", KVN_ALG_RELEVANCE_DECOMPOSITION, {{"KVN_REL_DECOMP_THRESHOLD3", "1"}}},
     {"halved as whole", KVN_ALG_RELEVANCE_DECOMPOSITION_2, {{"KVN_REL_DECOMP_THRESHOLD2", "8"}}},
 };
 

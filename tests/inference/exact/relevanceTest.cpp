@@ -115,21 +115,21 @@ struct PartsCase {
   const char* valid;  // what is known after the reduction, in handle order
 };
 const PartsCase kPartsCases[] = {
-    {"no targets means all",              "",      "",   true,  true,  "A B(A) E C(B,E) D(C) | F", ""   },
-    {"barren nodes go",                   "",      "B",  false, true,  "A B(A)",                   ""   },
-    {"a root is summed into its child",   "",      "B",  true,  true,  "B",                        ""   },
-    {"and that into its own",             "",      "D",  true,  true,  "D",                        ""   },
-    {"unless it is a target",             "",      "AC", true,  true,  "A B(A) C(B)",              ""   },
-    {"evidence cuts its arcs",            "C1",    "D",  false, false, "D",                        "C"  },
-    {"so that parts come apart",          "B1",    "AD", false, true,  "A B(A)=1 | E C(E) D(C)",   "B"  },
-    {"a target with evidence is settled", "F1",    "F",  true,  true,  "",                         "F"  },
-    {"but not when others depend on it",  "B1",    "AB", true,  true,  "A B(A)=1",                 "B"  },
-    {"what is certain below is known",    "E0",    "D",  true,  true,  "",                         "ECD"},
-    {"if it is looked for",               "E0",    "D",  false, false, "A B(A) C(B) D(C)",         "E"  },
-    {"what is certain above is known",    "D1",    "E",  true,  true,  "",                         "ECD"},
-    {"uncertain parents stay",            "C1",    "B",  true,  true,  "B C(B)=1",                 "EC" },
-    {"components without a target go",    "D0",    "F",  true,  true,  "F",                        "CD" },
-    {"contradictions aren't looked for",  "E0 D1", "AD", true,  true,  "A",                        "ECD"},
+    {"no targets means all", "", "", true, true, "A B(A) E C(B,E) D(C) | F", ""},
+    {"barren nodes go", "", "B", false, true, "A B(A)", ""},
+    {"a root is summed into its child", "", "B", true, true, "B", ""},
+    {"and that into its own", "", "D", true, true, "D", ""},
+    {"unless it is a target", "", "AC", true, true, "A B(A) C(B)", ""},
+    {"evidence cuts its arcs", "C1", "D", false, false, "D", "C"},
+    {"so that parts come apart", "B1", "AD", false, true, "A B(A)=1 | E C(E) D(C)", "B"},
+    {"a target with evidence is settled", "F1", "F", true, true, "", "F"},
+    {"but not when others depend on it", "B1", "AB", true, true, "A B(A)=1", "B"},
+    {"what is certain below is known", "E0", "D", true, true, "", "ECD"},
+    {"if it is looked for", "E0", "D", false, false, "A B(A) C(B) D(C)", "E"},
+    {"what is certain above is known", "D1", "E", true, true, "", "ECD"},
+    {"uncertain parents stay", "C1", "B", true, true, "B C(B)=1", "EC"},
+    {"components without a target go", "D0", "F", true, true, "F", "CD"},
+    {"contradictions aren't looked for", "E0 D1", "AD", true, true, "A", "ECD"},
 };
 
 TEST(Relevance, LeavesWhatTheTargetsNeed) {
@@ -222,11 +222,8 @@ TEST(Relevance, ReservedFlagMakesARootOfThePrior) {
     int type;
     double prior;
   };
-  for (const Case& c : {
-           Case{KVN_TYPE_CAST,      0.3},
-           {KVN_TYPE_DEMORGAN,  0.2},
-           {KVN_TYPE_NOISY_MAX, 0.1}
-  }) {
+  for (const Case& c :
+       {Case{KVN_TYPE_CAST, 0.3}, {KVN_TYPE_DEMORGAN, 0.2}, {KVN_TYPE_NOISY_MAX, 0.1}}) {
     SCOPED_TRACE(c.type);
     KVN_network network;
     const int parent = AddNodeBelow(network, c.type, "P", 0, {});
@@ -256,13 +253,13 @@ struct GateCase {
   const char* parts;
 };
 const GateCase kGateCases[] = {
-    {"off",                     2, 2, false, nullptr, "P0 P1 G(P0,P1)=2"       },
-    {"by flag",                 2, 2, true,  nullptr, "P0 ?(P0)=2 | P1 ?(P1)=2"},
-    {"by property",             2, 2, false, "1",     "P0 ?(P0)=2 | P1 ?(P1)=2"},
-    {"the property goes first", 2, 2, true,  "0",     "P0 P1 G(P0,P1)=2"       },
-    {"and is a number",         2, 2, true,  "yes",   "P0 P1 G(P0,P1)=2"       },
-    {"not in another outcome",  2, 1, true,  nullptr, "P0 P1 G(P0,P1)=1"       },
-    {"not with one parent",     1, 2, true,  nullptr, "P0 G(P0)=2"             },
+    {"off", 2, 2, false, nullptr, "P0 P1 G(P0,P1)=2"},
+    {"by flag", 2, 2, true, nullptr, "P0 ?(P0)=2 | P1 ?(P1)=2"},
+    {"by property", 2, 2, false, "1", "P0 ?(P0)=2 | P1 ?(P1)=2"},
+    {"the property goes first", 2, 2, true, "0", "P0 P1 G(P0,P1)=2"},
+    {"and is a number", 2, 2, true, "yes", "P0 P1 G(P0,P1)=2"},
+    {"not in another outcome", 2, 1, true, nullptr, "P0 P1 G(P0,P1)=1"},
+    {"not with one parent", 1, 2, true, nullptr, "P0 G(P0)=2"},
 };
 
 TEST(Relevance, DecomposesGatesInTheirLastOutcome) {

@@ -202,12 +202,12 @@ struct LimitCase {
 // A star with L leaves makes L - 1 cliques of one leaf and the centre, and the last leaf and the
 // centre together: L cliques of weight centre * leaf.
 const LimitCase kLimitCases[] = {
-    {"a tree within its total",           3,  false, 2,       2,     12,                    true },
-    {"a tree is tested at the end alone", 3,  false, 2,       2,     11,                    false},
-    {"30 nodes in a clique",              29, true,  1,       1,     99,                    true },
-    {"31 nodes in a clique",              30, true,  1,       1,     99,                    false},
-    {"a weight of exactly 2^30",          1,  false, 1 << 15, 32768, std::int64_t{1} << 40, true },
-    {"a weight above 2^30",               1,  false, 1 << 15, 32769, std::int64_t{1} << 40, false},
+    {"a tree within its total", 3, false, 2, 2, 12, true},
+    {"a tree is tested at the end alone", 3, false, 2, 2, 11, false},
+    {"30 nodes in a clique", 29, true, 1, 1, 99, true},
+    {"31 nodes in a clique", 30, true, 1, 1, 99, false},
+    {"a weight of exactly 2^30", 1, false, 1 << 15, 32768, std::int64_t{1} << 40, true},
+    {"a weight above 2^30", 1, false, 1 << 15, 32769, std::int64_t{1} << 40, false},
 };
 
 TEST(Triangulator, LimitsAreWhereTheyAreSaidToBe) {

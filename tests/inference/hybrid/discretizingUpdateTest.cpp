@@ -67,12 +67,7 @@ TEST(DiscretizingUpdate, EvidenceWorksUpwardToo) {
   EXPECT_TRUE(net.Of(net.y).empty()) << "evidence stays what it is";
   ASSERT_EQ(net.network.ValueOf(net.y)->ClearEvidence(), 0);
   // The top of an interval belongs to the next one, and what is outside to the nearest end.
-  for (const auto& [number, low] : {
-           std::pair{1.0,   0.0},
-           {0.999, 1.0},
-           {-50.0, 1.0},
-           {50.0,  0.0}
-  }) {
+  for (const auto& [number, low] : {std::pair{1.0, 0.0}, {0.999, 1.0}, {-50.0, 1.0}, {50.0, 0.0}}) {
     SCOPED_TRACE(number);
     ASSERT_EQ(net.network.ValueOf(net.x)->SetEvidence(number), 0);
     ASSERT_EQ(net.network.UpdateBeliefs(), 0);

@@ -133,21 +133,21 @@ TEST(EquationSolver, ComponentsThatCannotBeSetUpFailWithAMessage) {
     const char* message;
     void (*spoil)(KVN_network& network, int x, int y);
   } cases[] = {
-      {"no component",                      kNoSolution,
-       [](KVN_network& network, int x, int) { (void)network.ClearComponent(x); }       },
-      {"member renamed",                    kNoComponent,
-       [](KVN_network& network, int,   int y) { (void)network.GetNode(y)->SetId("z"); }},
-      {"member of another kind",            kNoComponent,
+      {"no component", kNoSolution,
+       [](KVN_network& network, int x, int) { (void)network.ClearComponent(x); }},
+      {"member renamed", kNoComponent,
+       [](KVN_network& network, int, int y) { (void)network.GetNode(y)->SetId("z"); }},
+      {"member of another kind", kNoComponent,
        [](KVN_network& network, int x, int) {
          (void)AddNodeBelow(network, KVN_TYPE_CPT, "chance", 2, {});
          CoupledNode(network, x).SetSccVariables({"x", "chance"});
-       }                                         },
+       }},
       {"needs its own result from outside", kNoComponent,
        [](KVN_network& network, int x, int y) {
          const int outside = AddEquation(network, "outside", "outside = x");
          EXPECT_EQ(network.AddArc(outside, y, 0), 0);
          (void)x;
-       }                                         },
+       }},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -176,11 +176,11 @@ TEST(EquationSolver, WhatNewtonCannotSolveAndWhatIsNoNumberEndInBoundedTime) {
     const char* name;
     std::vector<const char*> texts;  // of x and y
   } cases[] = {
-      {"contradiction",          {"x = y + 1", "y = x"}                 },
-      {"not a number",           {"x = Ln(-1 - y*y)", "y = x + 1"}      },
-      {"no number from outside", {"x = 0/0", "y = x"}                   },
-      {"infinite",               {"x = 1/(x - x)", "y = 2*y*1e308*1e10"}},
-      {"the same twice",         {"x = y", "y = x"}                     },
+      {"contradiction", {"x = y + 1", "y = x"}},
+      {"not a number", {"x = Ln(-1 - y*y)", "y = x + 1"}},
+      {"no number from outside", {"x = 0/0", "y = x"}},
+      {"infinite", {"x = 1/(x - x)", "y = 2*y*1e308*1e10"}},
+      {"the same twice", {"x = y", "y = x"}},
   };
   const std::clock_t start = std::clock();
   KVN_network astray;  // goes on for all of the million rounds
@@ -230,11 +230,7 @@ TEST(EquationSampler, MomentsAreThoseOfTheFormula) {
   const struct {
     int handle;
     double mean, deviation;
-  } expected[] = {
-      {a, 10, 2              },
-      {b, 3,  std::sqrt(3.0) },
-      {c, 11, std::sqrt(13.0)}
-  };
+  } expected[] = {{a, 10, 2}, {b, 3, std::sqrt(3.0)}, {c, 11, std::sqrt(13.0)}};
   for (const auto& e : expected) {
     EXPECT_NEAR(MeanOf(network, e.handle), e.mean, 5 * e.deviation / std::sqrt(kSamples));
     EXPECT_NEAR(EquationValueOf(network, e.handle).GetDeviation(), e.deviation, 0.05);

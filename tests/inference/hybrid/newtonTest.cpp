@@ -52,10 +52,10 @@ TEST(Newton, SolvesOneEquation) {
     double start, root;
     int iterations;  // -1: any
   } cases[] = {
-      {"linear, then a round without change", [](double x) { return 0.5 * x + 1 - x; }, 0,    2,       2 },
-      {"square root",                         [](double x) { return x * x - 2; },       1,    M_SQRT2, -1},
-      {"above 1 the step grows with x",       [](double x) { return x - 1e12; },        5e11, 1e12,    -1},
-      {"flat: x stays",                       [](double) { return 1.0; },               3,    3,       1 },
+      {"linear, then a round without change", [](double x) { return 0.5 * x + 1 - x; }, 0, 2, 2},
+      {"square root", [](double x) { return x * x - 2; }, 1, M_SQRT2, -1},
+      {"above 1 the step grows with x", [](double x) { return x - 1e12; }, 5e11, 1e12, -1},
+      {"flat: x stays", [](double) { return 1.0; }, 3, 3, 1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -73,13 +73,7 @@ TEST(Newton, SolvesOneEquation) {
 TEST(Newton, StepIsProportionalOnlyAboveOne) {
   const struct {
     double x, step;
-  } cases[] = {
-      {1000.0,  0.001},
-      {-1000.0, 1e-6 },
-      {1.0,     1e-6 },
-      {0.0,     1e-6 },
-      {2.0,     2e-6 }
-  };
+  } cases[] = {{1000.0, 0.001}, {-1000.0, 1e-6}, {1.0, 1e-6}, {0.0, 1e-6}, {2.0, 2e-6}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.x);
     double largest = -std::numeric_limits<double>::infinity();
@@ -110,10 +104,7 @@ TEST(Newton, SolvesSystems) {
 // A power of two as slope and step keeps the arithmetic exact, so that the first change is `root`
 // bit for bit.
 TEST(Newton, ChangeMustBeBelowTheLimit) {
-  for (const auto& [root, rounds] : {
-           std::pair{0.0001, 2},
-           { std::nextafter(0.0001,  0.0), 1}
-  }) {
+  for (const auto& [root, rounds] : {std::pair{0.0001, 2}, {std::nextafter(0.0001, 0.0), 1}}) {
     SCOPED_TRACE(rounds);
     FunctionSystem system([r = root](const Vector& x, Vector& out) {
       out[0] = std::ldexp(x[0], 60) - std::ldexp(r, 60);
@@ -164,11 +155,11 @@ TEST(SolveLinear, EliminatesWithTheFirstNonZeroPivot) {
     const char* name;
     Vector rows, b, y;  // y empty: no solution
   } cases[] = {
-      {"diagonal",     {2, 0, 0, 4},                {2, 8},    {1, 2}   },
-      {"row swap",     {0, 1, 1, 0},                {3, 5},    {5, 3}   },
-      {"second swap",  {1, 1, 1, 1, 1, 2, 0, 1, 0}, {6, 9, 2}, {1, 2, 3}},
-      {"no pivot",     {0, 1, 0, 2},                {1, 1},    {}       },
-      {"last is zero", {1, 1, 1, 1},                {1, 1},    {}       },
+      {"diagonal", {2, 0, 0, 4}, {2, 8}, {1, 2}},
+      {"row swap", {0, 1, 1, 0}, {3, 5}, {5, 3}},
+      {"second swap", {1, 1, 1, 1, 1, 2, 0, 1, 0}, {6, 9, 2}, {1, 2, 3}},
+      {"no pivot", {0, 1, 0, 2}, {1, 1}, {}},
+      {"last is zero", {1, 1, 1, 1}, {1, 1}, {}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

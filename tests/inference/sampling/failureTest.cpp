@@ -108,7 +108,7 @@ struct NaNCase {
 };
 const NaNCase kNaNCases[] = {
     {"evidence", 3, {kNaN, kNaN, kNaN, kNaN, kNaN, kNaN}},
-    {"above",    2, {kNaN, kNaN}                        },
+    {"above", 2, {kNaN, kNaN}},
 };
 
 TEST(Samplers, FailOnTablesThatHoldNoNumbers) {

@@ -23,10 +23,10 @@ struct DrawCase {
   bool found;
 };
 const DrawCase kDrawCases[] = {
-    {"one is above no sum",        kBeforeOne,  {0.5, 0.5, 0.0}, 2, false},
-    {"a sum above one is reached", kBeforeOne,  {0.5, 0.6, 0.0}, 1, true },
-    {"zero skips impossible ones", kBeforeZero, {0.0, 0.4, 0.6}, 1, true },
-    {"a row that is no number",    kBeforeZero, {0.0 / 0.0, 1},  1, false},
+    {"one is above no sum", kBeforeOne, {0.5, 0.5, 0.0}, 2, false},
+    {"a sum above one is reached", kBeforeOne, {0.5, 0.6, 0.0}, 1, true},
+    {"zero skips impossible ones", kBeforeZero, {0.0, 0.4, 0.6}, 1, true},
+    {"a row that is no number", kBeforeZero, {0.0 / 0.0, 1}, 1, false},
 };
 
 TEST(DrawFrom, TakesTheFirstSumStrictlyAbove) {

@@ -68,11 +68,11 @@ TEST(ImportanceRows, LearnMovesARowTowardsItsScores) {
 
 // The cutoff is 0.125, so that all these numbers are exact.
 const RowCase kCutCases[] = {
-    {"the others share the cost",       {0.0625, 0.5, 0.4375},   {0.125, 0.46875, 0.40625}},
-    {"at the cutoff: shares, not pays", {0.0625, 0.125, 0.8125}, {0.125, 0.125, 0.78125}  },
-    {"zeros neither gain nor pay",      {0.0, 0.0625, 0.9375},   {0.0, 0.125, 0.875}      },
-    {"all small: nobody pays",          {0.0625, 0.0625},        {0.125, 0.125}           },
-    {"nothing small",                   {0.5, 0.25, 0.25},       {0.5, 0.25, 0.25}        },
+    {"the others share the cost", {0.0625, 0.5, 0.4375}, {0.125, 0.46875, 0.40625}},
+    {"at the cutoff: shares, not pays", {0.0625, 0.125, 0.8125}, {0.125, 0.125, 0.78125}},
+    {"zeros neither gain nor pay", {0.0, 0.0625, 0.9375}, {0.0, 0.125, 0.875}},
+    {"all small: nobody pays", {0.0625, 0.0625}, {0.125, 0.125}},
+    {"nothing small", {0.5, 0.25, 0.25}, {0.5, 0.25, 0.25}},
 };
 
 TEST(ImportanceRows, CutOffRaisesAndShares) {

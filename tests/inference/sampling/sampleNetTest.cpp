@@ -72,11 +72,11 @@ struct EndCase {
   double factor;
 };
 const EndCase kEndCases[] = {
-    {"one falls through to the last",  kBeforeOne,  {0.5, 0.25},         1, 2.0               },
-    {"but not to one of importance 0", kBeforeOne,  {0.25, 0.0},         0, 2.0               },
-    {"one is a little less than 1",    kBeforeOne,  {1.0, 0.5},          0, 0.5               },
-    {"zero is a little more than 0",   kBeforeZero, {0.0, 1.0},          1, 0.5               },
-    {"reached is enough",              0,           {38 / 32767.0, 0.5}, 0, 0.5 * 32767.0 / 38},
+    {"one falls through to the last", kBeforeOne, {0.5, 0.25}, 1, 2.0},
+    {"but not to one of importance 0", kBeforeOne, {0.25, 0.0}, 0, 2.0},
+    {"one is a little less than 1", kBeforeOne, {1.0, 0.5}, 0, 0.5},
+    {"zero is a little more than 0", kBeforeZero, {0.0, 1.0}, 1, 0.5},
+    {"reached is enough", 0, {38 / 32767.0, 0.5}, 0, 0.5 * 32767.0 / 38},
 };
 
 TEST_F(SampleNetTest, DrawsAtTheEnds) {

@@ -94,7 +94,7 @@ struct QualityCase {
 // sqrt(0.767 / 0.233) = 1.814 for a share of samples that are kept, and otherwise that of
 // 2 w / 0.233 - w^2 / 0.10937 (Taylor series), 0.751.
 const QualityCase kQualityCases[] = {
-    {"logic sampling",       KVN_ALG_LOGIC_SAMPLING,       0.233,   1.814, 1.0625 },
+    {"logic sampling", KVN_ALG_LOGIC_SAMPLING, 0.233, 1.814, 1.0625},
     {"likelihood weighting", KVN_ALG_LIKELIHOOD_WEIGHTING, 0.49638, 0.751, 0.45903},
 };
 

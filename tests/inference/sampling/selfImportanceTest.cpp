@@ -78,16 +78,16 @@ void ExpectEstimates(const std::vector<PlainNode>& plain, int samples, std::uint
 
 TEST(SelfImportance, FollowsItsEstimator) {
   const std::vector<PlainNode> plain = {
-      {-1, {},  {{0.2, 0.8}},                                                      {}, {}, {}},
-      {-1, {},  {{0.5, 0.3, 0.2}},                                                 {}, {}, {}},
+      {-1, {}, {{0.2, 0.8}}, {}, {}, {}},
+      {-1, {}, {{0.5, 0.3, 0.2}}, {}, {}, {}},
       {-1,
        {0, 1},
        {{0.9, 0.1}, {0.4, 0.6}, {0.25, 0.75}, {0.3, 0.7}, {0.0, 1.0}, {0.6, 0.4}},
        {},
        {},
-       {}                                                                                    },
-      {1,  {2}, {{0.95, 0.05}, {0.3, 0.7}},                                        {}, {}, {}},
-      {0,  {1}, {{0.0, 1.0}, {0.5, 0.5}, {0.9, 0.1}},                              {}, {}, {}},
+       {}},
+      {1, {2}, {{0.95, 0.05}, {0.3, 0.7}}, {}, {}, {}},
+      {0, {1}, {{0.0, 1.0}, {0.5, 0.5}, {0.9, 0.1}}, {}, {}, {}},
   };
   // 100 samples end before the first revision, 101 with it; 350 have seen three if all counted.
   for (int samples : {100, 101, 350}) {

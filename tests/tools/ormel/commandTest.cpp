@@ -27,10 +27,10 @@ struct GuardCase {
 
 TEST(RunGuarded, TurnsWhatIsThrownIntoAnExitCode) {
   const GuardCase cases[] = {
-      {"nothing",  [] { return 3; },                                 3,             ""          },
-      {"memory",   []() -> int { throw std::bad_alloc(); },          kExitLimit,    "memory"    },
+      {"nothing", [] { return 3; }, 3, ""},
+      {"memory", []() -> int { throw std::bad_alloc(); }, kExitLimit, "memory"},
       {"standard", []() -> int { throw std::runtime_error("a b"); }, kExitInternal, "error: a b"},
-      {"other",    []() -> int { throw 7; },                         kExitInternal, "internal"  },
+      {"other", []() -> int { throw 7; }, kExitInternal, "internal"},
   };
   for (const GuardCase& c : cases) {
     SCOPED_TRACE(c.name);

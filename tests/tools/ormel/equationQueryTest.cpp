@@ -63,12 +63,10 @@ TEST(EquationQuery, AnswersWithTheMomentsOfTheExample) {
   const struct {
     const char* node;
     double mean, allowed;
-  } cases[] = {
-      {"Load",   10.0 / 3,  0.052},
-      {"Inlet",  15,        0.15 },
-      {"Rise",   rise,      0.05 },
-      {"Outlet", 15 + rise, 0.16 }
-  };
+  } cases[] = {{"Load", 10.0 / 3, 0.052},
+               {"Inlet", 15, 0.15},
+               {"Rise", rise, 0.05},
+               {"Outlet", 15 + rise, 0.16}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.node);
     EXPECT_NEAR(values[c.node]["mean"].get<double>(), c.mean, c.allowed);
@@ -103,11 +101,11 @@ TEST(EquationQuery, RefusesWhatItCannotAnswerAndSaysWhatWouldHelp) {
     int code;
     const char* message;
   } cases[] = {
-      {{"-e", "Load=High"},             kExitBadUsage, "node [Load] takes a number, not 'High'"},
-      {{"-e", "Load=nan"},              kExitBadUsage, "node [Load] takes a number, not 'nan'" },
-      {{"-e", "Outlet=20"},             kExitRefused,  "Conversion to HBN failed for node"     },
-      {{"-e", "Outlet=20"},             kExitRefused,  "needs intervals and --discretize"      },
-      {{"--discretize", "-t", "Alarm"}, kExitRefused,  "no answer for: Alarm"                  },
+      {{"-e", "Load=High"}, kExitBadUsage, "node [Load] takes a number, not 'High'"},
+      {{"-e", "Load=nan"}, kExitBadUsage, "node [Load] takes a number, not 'nan'"},
+      {{"-e", "Outlet=20"}, kExitRefused, "Conversion to HBN failed for node"},
+      {{"-e", "Outlet=20"}, kExitRefused, "needs intervals and --discretize"},
+      {{"--discretize", "-t", "Alarm"}, kExitRefused, "no answer for: Alarm"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.message);

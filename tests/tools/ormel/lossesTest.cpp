@@ -120,12 +120,12 @@ struct Spoiling {
 
 const Spoiling kSpoilings[] = {
     {"as generated", [](KVN_network&) {}},
-    {"settings",     SetSettings        },
-    {"evidence",     SetEvidence        },
-    {"numbers",      SpoilNumbers       },
-    {"texts",        SpoilTexts         },
-    {"controls",     SpoilControls      },
-    {"unnamed",      TakeTheNameAway    },
+    {"settings", SetSettings},
+    {"evidence", SetEvidence},
+    {"numbers", SpoilNumbers},
+    {"texts", SpoilTexts},
+    {"controls", SpoilControls},
+    {"unnamed", TakeTheNameAway},
 };
 
 TEST(Losses, AreWhatWritingAndReadingLoses) {

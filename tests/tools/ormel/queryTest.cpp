@@ -42,16 +42,16 @@ struct AnswerCase {
 // (to four decimals, enumeration gives the rest). Soft evidence that says nothing changes nothing;
 // one of 1 and 0 is an observation.
 const AnswerCase kAnswerCases[] = {
-    {"no evidence",           {},                                                       0.055   },
-    {"by name and index",     {"-e", "Dyspnea=yes", "-e", "VisitToAsia=#0"},            0.099525},
-    {"flat soft evidence",    {"--soft", "Dyspnea=1,1"},                                0.055   },
-    {"certain soft evidence", {"--soft", "Dyspnea=1,0", "--soft", "VisitToAsia=1,0"},   0.099525},
+    {"no evidence", {}, 0.055},
+    {"by name and index", {"-e", "Dyspnea=yes", "-e", "VisitToAsia=#0"}, 0.099525},
+    {"flat soft evidence", {"--soft", "Dyspnea=1,1"}, 0.055},
+    {"certain soft evidence", {"--soft", "Dyspnea=1,0", "--soft", "VisitToAsia=1,0"}, 0.099525},
     {"another algorithm",
      {"-e", "Dyspnea=yes", "-e", "VisitToAsia=yes", "--algorithm", "sepset-join-tree"},
-     0.099525                                                                                   },
+     0.099525},
     {"documented order",
      {"-e", "Dyspnea=yes", "-e", "VisitToAsia=yes", "--documented-order"},
-     0.099525                                                                                   },
+     0.099525},
 };
 
 TEST(QueryCommand, AnswersWithThePublishedNumbers) {
@@ -88,12 +88,12 @@ struct SamplerCase {
   bool isUnbiased;
 };
 const SamplerCase kSamplerCases[] = {
-    {"logic-sampling",       true },
-    {"likelihood-weighting", true },
-    {"self-importance",      false},
-    {"backward-sampling",    true },
-    {"ais",                  true },
-    {"epis",                 true },
+    {"logic-sampling", true},
+    {"likelihood-weighting", true},
+    {"self-importance", false},
+    {"backward-sampling", true},
+    {"ais", true},
+    {"epis", true},
 };
 
 // The error is estimated from 20 batches: 7.07 of them are exceeded once in a million times.
@@ -161,14 +161,14 @@ TEST(QueryCommand, ReadsEvidenceFiles) {
     int code;
     const char* message;
   } cases[] = {
-      {"lines.txt",   "# a case\n\n Dyspnea = yes \nVisitToAsia=yes\n", kExitDone,     ""           },
-      {"object.json", "{\"Dyspnea\": \"yes\", \"VisitToAsia\": 0}",     kExitDone,     ""           },
-      {"bad.txt",     "Dyspnea=yes\nVisitToAsia\n",                     kExitBadFile,  "bad.txt:2:" },
-      {"bad.json",    "{\"Dyspnea\":\n yes}",                           kExitBadFile,  "bad.json:2:"},
-      {"real.json",   "{\"Dyspnea\": 0.5}",                             kExitBadUsage, "'0.5'"      },
-      {"null.json",   "{\"Dyspnea\": null}",                            kExitBadFile,  "a number"   },
-      {"list.json",   "[1]",                                            kExitBadFile,  "NODE=STATE" },
-      {"node.txt",    "Dispnea=yes\n",                                  kExitBadUsage, "'Dyspnea'?" },
+      {"lines.txt", "# a case\n\n Dyspnea = yes \nVisitToAsia=yes\n", kExitDone, ""},
+      {"object.json", "{\"Dyspnea\": \"yes\", \"VisitToAsia\": 0}", kExitDone, ""},
+      {"bad.txt", "Dyspnea=yes\nVisitToAsia\n", kExitBadFile, "bad.txt:2:"},
+      {"bad.json", "{\"Dyspnea\":\n yes}", kExitBadFile, "bad.json:2:"},
+      {"real.json", "{\"Dyspnea\": 0.5}", kExitBadUsage, "'0.5'"},
+      {"null.json", "{\"Dyspnea\": null}", kExitBadFile, "a number"},
+      {"list.json", "[1]", kExitBadFile, "NODE=STATE"},
+      {"node.txt", "Dispnea=yes\n", kExitBadUsage, "'Dyspnea'?"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -188,23 +188,24 @@ struct RefusalCase {
   const char* message;
 };
 const RefusalCase kRefusalCases[] = {
-    {"unknown node",     {"-e", "Smokng=yes"},                    kExitBadUsage, "'Smoking'?"                           },
-    {"unknown state",    {"-e", "Smoking=maybe"},                 kExitBadUsage, "yes, no"                              },
-    {"bad index",        {"-e", "Smoking=#2"},                    kExitBadUsage, "yes, no"                              },
-    {"unknown target",   {"-t", "X"},                             kExitBadUsage, "unknown node 'X'"                     },
-    {"no state",         {"-e", "Smoking"},                       kExitBadUsage, "NODE=STATE"                           },
-    {"bad likelihood",   {"--soft", "Smoking=0.5,x"},             kExitBadUsage, "--soft"                               },
-    {"too few",          {"--soft", "Smoking=0.5"},               kExitBadUsage, "2 states"                             },
-    {"nothing possible", {"--soft", "Smoking=0,0"},               kExitBadUsage, "not all 0"                            },
-    {"negative",         {"--soft", "Smoking=-1,2"},              kExitBadUsage, "0 or more"                            },
-    {"no seed",          {"--seed", "-1"},                        kExitBadUsage, "--seed"                               },
-    {"no samples",       {"--samples", "0"},                      kExitBadUsage, "--samples"                            },
-    {"no algorithm",     {"--algorithm", "guess"},                kExitBadUsage, "guess"                                },
+    {"unknown node", {"-e", "Smokng=yes"}, kExitBadUsage, "'Smoking'?"},
+    {"unknown state", {"-e", "Smoking=maybe"}, kExitBadUsage, "yes, no"},
+    {"bad index", {"-e", "Smoking=#2"}, kExitBadUsage, "yes, no"},
+    {"unknown target", {"-t", "X"}, kExitBadUsage, "unknown node 'X'"},
+    {"no state", {"-e", "Smoking"}, kExitBadUsage, "NODE=STATE"},
+    {"bad likelihood", {"--soft", "Smoking=0.5,x"}, kExitBadUsage, "--soft"},
+    {"too few", {"--soft", "Smoking=0.5"}, kExitBadUsage, "2 states"},
+    {"nothing possible", {"--soft", "Smoking=0,0"}, kExitBadUsage, "not all 0"},
+    {"negative", {"--soft", "Smoking=-1,2"}, kExitBadUsage, "0 or more"},
+    {"no seed", {"--seed", "-1"}, kExitBadUsage, "--seed"},
+    {"no samples", {"--samples", "0"}, kExitBadUsage, "--samples"},
+    {"no algorithm", {"--algorithm", "guess"}, kExitBadUsage, "guess"},
     {"conflict",
      {"-e", "Tuberculosis=yes", "-e", "TuberculosisOrCancer=no"},
-     kExitImpossible,                                                            "contradicts"                          },
-    {"loops",            {"--algorithm", "polytree"},             kExitRefused,  "PolyTree algorithm can not be applied"},
-    {"a target format",  {"--to", "kvn"},                         kExitBadUsage, "--to"                                 },
+     kExitImpossible,
+     "contradicts"},
+    {"loops", {"--algorithm", "polytree"}, kExitRefused, "PolyTree algorithm can not be applied"},
+    {"a target format", {"--to", "kvn"}, kExitBadUsage, "--to"},
 };
 
 TEST(QueryCommand, SaysWhyNot) {

@@ -174,10 +174,7 @@ TEST(SolveCommand, ShowsTheSameInEachForm) {
   const Json json = Json::parse(Solve(file, {"--output", "json"}).data);
   EXPECT_EQ(json["network"], "Party");
   EXPECT_EQ(json["method"], "policy");
-  EXPECT_EQ(json["decisions"]["Place"]["expected"], Json({
-                                                        {10.0, 4.0},
-                                                        {0.0,  5.0}
-  }));
+  EXPECT_EQ(json["decisions"]["Place"]["expected"], Json({{10.0, 4.0}, {0.0, 5.0}}));
   EXPECT_EQ(json["decisions"]["Drink"]["best"], nullptr);
   EXPECT_EQ(json["notices"].size(), 2u);
 }
@@ -216,12 +213,12 @@ TEST(SolveCommand, SaysWhyThereIsNoAnswer) {
     int code;
     const char* message;
   } cases[] = {
-      {"no utility",   net(chance),           {},                    kExitRefused,    "Utilities not specified"},
-      {"no decision",  net(chance + utility), {},                    kExitDone,       "there is no decision"   },
-      {"impossible",   net(chance + utility), {"-e", "A=y"},         kExitImpossible, "is impossible"          },
-      {"unknown node", net(chance),           {"-e", "B=y"},         kExitBadUsage,   "B"                      },
-      {"bad method",   net(chance),           {"--method", "worst"}, kExitBadUsage,   "--method"               },
-      {"bad file",     net("<mau id='M'/>"),  {},                    kExitBadFile,    "weights"                },
+      {"no utility", net(chance), {}, kExitRefused, "Utilities not specified"},
+      {"no decision", net(chance + utility), {}, kExitDone, "there is no decision"},
+      {"impossible", net(chance + utility), {"-e", "A=y"}, kExitImpossible, "is impossible"},
+      {"unknown node", net(chance), {"-e", "B=y"}, kExitBadUsage, "B"},
+      {"bad method", net(chance), {"--method", "worst"}, kExitBadUsage, "--method"},
+      {"bad file", net("<mau id='M'/>"), {}, kExitBadFile, "weights"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

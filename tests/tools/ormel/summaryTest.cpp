@@ -26,26 +26,16 @@ TEST(Summary, CountsWhatIsThere) {
   const Json summary = Summarize(network);
   EXPECT_EQ(summary["identifier"], "Unnamed");
   EXPECT_EQ(summary["nodes"], 5);
-  EXPECT_EQ(summary["nodesByKind"], Json({
-                                        {"CPT",       2},
-                                        {"NOISY_MAX", 1},
-                                        {"TABLE",     1},
-                                        {"LIST",      1}
-  }));
+  EXPECT_EQ(summary["nodesByKind"],
+            Json({{"CPT", 2}, {"NOISY_MAX", 1}, {"TABLE", 1}, {"LIST", 1}}));
   EXPECT_EQ(summary["arcs"], 5);
   EXPECT_EQ(summary["costArcs"], 1);
   // M keeps 2 + 3 + 1 rows of 2, and stands for a table of 2 x 3 x 2 = 12 cells.
-  EXPECT_EQ(summary["largestTable"], Json({
-                                         {"node",    "M"      },
-                                         {"numbers", 12       },
-                                         {"shape",   {2, 3, 2}}
-  }));
+  EXPECT_EQ(summary["largestTable"], Json({{"node", "M"}, {"numbers", 12}, {"shape", {2, 3, 2}}}));
   // A 2, B 6, M 12, U 2 x 2.
   EXPECT_EQ(summary["numbers"], 2 + 6 + 12 + 4);
   EXPECT_EQ(summary["submodels"], Json({"Group"}));
-  EXPECT_EQ(summary["properties"], Json({
-                                       {"key", nullptr}
-  }));
+  EXPECT_EQ(summary["properties"], Json({{"key", nullptr}}));
 }
 
 /// The table of such a gate can't be built, so it must not be asked for: 2^61 cells.
