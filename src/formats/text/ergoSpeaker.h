@@ -44,7 +44,7 @@ class KVN_ergoSpeaker : public KVN_fileFormat {
   int StoreTable(int handle, const KVN_doubleArray& numbers);
   int StoreFullTable(int handle, const KVN_doubleArray& numbers);
   int StoreCompactTable(int handle, const KVN_doubleArray& numbers);
-  void ReverseStrengths();
+  int ReverseStrengths();
   int ReadNames();
   int NameNode(int handle, const char* word);
   int ReadLabels();

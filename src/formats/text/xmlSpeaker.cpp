@@ -259,7 +259,7 @@ void KVN_xmlSpeaker::ReadNetworkChild() {
   if (tag.name == "PROPERTY") return DropText();
   if (tag.name == "NAME") {
     if (std::string text; ReadText(text) == 0) {
-      (void)network->Header().SetName(text.c_str());  // without memory there is no name
+      (void)ReportError(network->Header().SetName(text.c_str()), nullptr);
       networkId = text;
     }
     return;
@@ -291,11 +291,8 @@ void KVN_xmlSpeaker::ReadVariable() {
     (void)ReportText(KVN_REFUSED, "ERROR: %s : Unknown node type", tag.type.c_str());
     return SkipElement("VARIABLE");
   }
-  const int handle = network->AddNode(row->type, nullptr);
-  if (handle < 0) {
-    (void)ReportError(handle, "ERROR: Couldn't Create Node");
-    return SkipElement("VARIABLE");
-  }
+  const int handle = AddUnnamedNode(row->type);
+  if (handle < 0) return SkipElement("VARIABLE");
   outcomes.CleanUp(/*deep=*/1);
   ReadElements("VARIABLE", [&] { ReadVariableChild(handle); });
   SetOutcomes(handle);
@@ -314,7 +311,7 @@ void KVN_xmlSpeaker::ReadVariableChild(int handle) {
 void KVN_xmlSpeaker::NameNode(KVN_node& node) {
   std::string text;
   if (ReadText(text) < 0) return;
-  (void)node.SetName(text.c_str());  // without memory there is no name
+  (void)ReportError(node.SetName(text.c_str()), nullptr);
   std::string id = text;
   if (KVN_idArray::MakeValidId(id) < 0) {
     (void)ReportText(KVN_ILLEGAL_ID, "ERROR: '%s' : Illegal identifier", text.c_str());

@@ -204,6 +204,10 @@ TEST(ErgoSpeaker, RefusesToWriteWhatItCannotCarry) {
   }
 }
 
+TEST(ErgoSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("erg", AddWideTable); }
+
+TEST(ErgoSpeaker, ReadsAllOrTells) { ExpectReadsAllOrTells("erg", kFile); }
+
 // A gate may have been read, which this format can't write.
 TEST(ErgoSpeaker, SurvivesDamage) {
   ExpectSurvivesDamage("erg", kFile, {0, KVN_REFUSED, KVN_SYNTAX_ERROR}, "kvn");

@@ -297,6 +297,16 @@ TEST(XmlSpeaker, ReadsBackWhatItWrites) {
   }
 }
 
+// A gate makes its table while it is written.
+TEST(XmlSpeaker, WritesAllOrNothing) {
+  ExpectWritesAllOrNothing("xml03", [](KVN_network& network) {
+    AddWideTable(network);
+    AddNodeBelow(network, KVN_TYPE_NOISY_MAX, "Gate", 3, {network.FindNode("Child")});
+  });
+}
+
+TEST(XmlSpeaker, ReadsAllOrTells) { ExpectReadsAllOrTells("xml03", kDiagram); }
+
 TEST(XmlSpeaker, SurvivesDamage) {
   ExpectSurvivesDamage("xml03", kDiagram, {0, KVN_REFUSED, KVN_SYNTAX_ERROR});
 }
