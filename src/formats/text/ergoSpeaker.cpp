@@ -158,7 +158,8 @@ int KVN_ergoSpeaker::ReadParents(int handle) {
 
 // Sections.
 
-/// Behind the last section nothing is expected.
+/// What follows the last section is not read. It is told, since numbers too many in a table end the
+/// sections before their time.
 int KVN_ergoSpeaker::ReadSections() {
   int result = 0;
   while (result == 0 && PeekIs("/") == 1) {
@@ -180,7 +181,7 @@ int KVN_ergoSpeaker::ReadSections() {
         break;
     }
   }
-  if (result == 0 && PeekToken() == 0) result = ReportToken("ERROR: '%s' : Unexpected");
+  if (result == 0 && PeekToken() == 0) (void)ReportToken("ERROR: '%s' : Unexpected");
   return result;
 }
 

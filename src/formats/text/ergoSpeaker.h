@@ -17,7 +17,8 @@ class KVN_doubleArray;
 /// the compact one of a noisy-MAX gate.
 ///
 /// Everything is found by its position, so reading ends where a number or a heading is missing:
-/// what follows could only be taken for something else.
+/// what follows could only be taken for something else. Where no further heading follows a section
+/// the file is complete.
 class KVN_ergoSpeaker : public KVN_fileFormat {
  public:
   explicit KVN_ergoSpeaker(KVN_network& target) : KVN_fileFormat(target) {}
