@@ -420,10 +420,16 @@ bool KVN_xmlSpeaker::ReadTableItem() {
     return true;
   } else if (ReadTagBody() == 0) {
     if (tag.isEnd && tag.name == "TABLE") return false;
-    (void)ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Unknown Definition Field", tag.name.c_str());
+    // As in ReadText: skipping from here would lose this tag and take the next definition for the
+    // rest of this one.
+    isTagPending = DepthOf(tag.name) < 3;
+    (void)ReportText(
+        KVN_SYNTAX_ERROR,
+        isTagPending ? "ERROR: '%s' : 'TABLE' expected" : "ERROR: '%s' : Unknown Definition Field",
+        tag.name.c_str());
   }
   hasTable = false;
-  (void)SkipStatement();
+  if (!isTagPending) (void)SkipStatement();
   return false;
 }
 

@@ -113,29 +113,36 @@ TEST(XmlSpeaker, TellsWhatIsWrongWithTheNetwork) {
   ExpectAll({
       {"comments cost a message each",
        kHead + "<!-- a \"b -->\n<!- c ->\n<VARIABLE/>" + kTail,
-       1,                                                                         {"2 '!' : Misplaced statement", "3 '!' : Misplaced statement"}             },
+       1,                                                                            {"2 '!' : Misplaced statement", "3 '!' : Misplaced statement"}             },
       {"elements in the wrong place",
        kHead + "<TABLE>1</TABLE>\n<FOO>a</FOO>" + kTail,
-       0,                                                                         {"2 'TABLE' : Misplaced statement", "3 'FOO' : Unknown Net Field"}         },
+       0,                                                                            {"2 'TABLE' : Misplaced statement", "3 'FOO' : Unknown Net Field"}         },
       {"text between elements",
        kHead + "abc <PROPERTY>a</PROPERTY>\n<VARIABLE/>" + kTail,
-       1,                                                                         {"2 'abc' : '<' expected"}                                                 },
+       1,                                                                            {"2 'abc' : '<' expected"}                                                 },
       {"a network's name that is none",
        "<BIF VERSION=\"0.3\"><NETWORK>\n<NAME>a-b</NAME>" + kTail,
-       0,                                                                         {"2 'a-b' : Illegal identifier"}                                           },
+       0,                                                                            {"2 'a-b' : Illegal identifier"}                                           },
+      {"a network's name without text",
+       "<BIF VERSION=\"0.3\"><NETWORK>\n<NAME> </NAME>" + kTail,
+       0,                                                                            {"2 '' : Illegal identifier"}                                              },
+      {"empty elements in the wrong place",
+       kHead + "<FOR/><FOO/>\n<VARIABLE><BAR/><NAME>A</NAME></VARIABLE>" + kTail,
+       1,                                                                            {"2 'FOR' : Misplaced statement", "2 'FOO' : Unknown Net Field",
+        "3 'BAR' : Unknown Node Field"}                                                                                                                },
       {"a node called as the network",
        kHead + "<VARIABLE><NAME>n</NAME></VARIABLE>" + kTail,
-       1,                                                                         {"2 [n] Duplicated Identifier"}                                            },
+       1,                                                                            {"2 [n] Duplicated Identifier"}                                            },
       {"something beside the network",
-       "<BIF VERSION=\"0.3\">\n<NAME>x</NAME></BIF>",                          0,
-       {"2 'NAME' : Misplaced statement"}                                                                                                                    },
-      {"no end",                        kTwoNodes,                             2, {"2 End of File : Expecting '<'"}                                          },
+       "<BIF VERSION=\"0.3\">\n<NAME>x</NAME></BIF>",                             0,
+       {"2 'NAME' : Misplaced statement"}                                                                                                                       },
+      {"no end",                            kTwoNodes,                            2, {"2 End of File : Expecting '<'"}                                          },
       {"end tags missing",
        kHead + "<VARIABLE><NAME>A</NAME>\n<VARIABLE><NAME>B</NAME>\n" + kTail,
-       2,                                                                         {"3 'VARIABLE' : Misplaced statement", "4 'NETWORK' : Misplaced statement"}},
+       2,                                                                            {"3 'VARIABLE' : Misplaced statement", "4 'NETWORK' : Misplaced statement"}},
       {"a stray end tag",
        kHead + "</FOO>\n<VARIABLE/>" + kTail,
-       1,                                                                         {"2 'FOO' : Misplaced statement"}                                          },
+       1,                                                                            {"2 'FOO' : Misplaced statement"}                                          },
   });
 }
 
@@ -210,6 +217,26 @@ TEST(XmlSpeaker, TellsWhatIsWrongWithADefinition) {
        2,                                                                                     {"3 Node [A] : No row of the table sums to 1 but every column does. It may have the states "
         "of the node slowest"}                                                                                                                     },
   });
+}
+
+// Without its end tag a table must not swallow the one of its definition: the elements of the next
+// definition would go to the wrong node.
+TEST(XmlSpeaker, EndsADefinitionWhoseTableHasNoEnd) {
+  for (const char* end : {"</DEFINITION>", ""}) {
+    SCOPED_TRACE(end);
+    KVN_network network;
+    const std::vector<std::string> messages = ReadText(
+        network, "xml03",
+        kTwoNodes + "<DEFINITION><FOR>A</FOR><TABLE>1 0\n" + end +
+            "<DEFINITION><FOR>B</FOR><GIVEN>A</GIVEN><TABLE>1 0 0 0 0 1</TABLE></DEFINITION>" +
+            kTail);
+    ASSERT_FALSE(messages.empty());
+    EXPECT_EQ(ShortMessage(messages[0]), "4 'DEFINITION' : 'TABLE' expected");
+    EXPECT_THAT(ParentsOf(network, "A"), IsEmpty());
+    EXPECT_THAT(CellsOf(network, "A"), ElementsAre(0.5, 0.5));
+    EXPECT_THAT(ParentsOf(network, "B"), ElementsAre("A"));
+    EXPECT_THAT(CellsOf(network, "B"), ElementsAre(1, 0, 0, 0, 0, 1));
+  }
 }
 
 // The first definition of a node has given it its arcs; the last one has the numbers.
