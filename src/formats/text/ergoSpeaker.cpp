@@ -131,8 +131,8 @@ int KVN_ergoSpeaker::AddNode() {
     states = 2;
   }
   if (states > 2) statesLeft -= states;
-  const int handle = network->AddNode(KVN_TYPE_NOISY_MAX, nullptr);
-  if (handle < 0) return ReportError(handle, "ERROR: Couldn't Create Node");
+  const int handle = AddUnnamedNode(KVN_TYPE_NOISY_MAX);
+  if (handle < 0) return handle;
   if (int result = nodes.Add(handle); result < 0) return ReportError(result, nullptr);
   return ReportError(network->DefinitionOf(handle)->SetNumberOfOutcomes(states), nullptr);
 }
@@ -158,7 +158,8 @@ int KVN_ergoSpeaker::ReadParents(int handle) {
 
 // Sections.
 
-/// Behind the last section nothing is expected.
+/// What follows the last section is not read. It is told, since numbers too many in a table end the
+/// sections before their time.
 int KVN_ergoSpeaker::ReadSections() {
   int result = 0;
   while (result == 0 && PeekIs("/") == 1) {
@@ -180,7 +181,7 @@ int KVN_ergoSpeaker::ReadSections() {
         break;
     }
   }
-  if (result == 0 && PeekToken() == 0) result = ReportToken("ERROR: '%s' : Unexpected");
+  if (result == 0 && PeekToken() == 0) (void)ReportToken("ERROR: '%s' : Unexpected");
   return result;
 }
 
@@ -203,8 +204,7 @@ int KVN_ergoSpeaker::ReadProbabilities() {
   for (int handle : nodes) {
     if (int result = ReadTable(handle); result < 0) return result;
   }
-  ReverseStrengths();
-  return 0;
+  return ReverseStrengths();
 }
 
 int KVN_ergoSpeaker::ReadTable(int handle) {
@@ -217,9 +217,10 @@ int KVN_ergoSpeaker::ReadTable(int handle) {
     if (int result = RequireNumber(value); result < 0) return result;
     if (int result = numbers.Add(value); result < 0) return ReportError(result, nullptr);
   }
-  if (StoreTable(handle, numbers) < 0) {
-    (void)ReportError(KVN_REFUSED, "ERROR: Couldn't set probabilities");
-  }
+  const int result = StoreTable(handle, numbers);
+  // Without memory the node may be left without a definition, so that nothing can follow.
+  if (result == KVN_NO_MEMORY) return ReportError(result, "ERROR: Couldn't set probabilities");
+  if (result < 0) (void)ReportError(KVN_REFUSED, "ERROR: Couldn't set probabilities");
   return 0;
 }
 
@@ -258,7 +259,7 @@ int KVN_ergoSpeaker::StoreCompactTable(int handle, const KVN_doubleArray& number
 
 /// Below a plain table the states count from the one that doesn't act. All tables are known by now,
 /// so that the order of the nodes in the file makes no difference.
-void KVN_ergoSpeaker::ReverseStrengths() {
+int KVN_ergoSpeaker::ReverseStrengths() {
   for (int handle : nodes) {
     auto* const gate = dynamic_cast<KVN_noisyMAX*>(network->DefinitionOf(handle));
     const KVN_intArray& parents = network->GetParents(handle);
@@ -266,11 +267,12 @@ void KVN_ergoSpeaker::ReverseStrengths() {
       if (network->TypeOf(parents[i]) != KVN_TYPE_CPT) continue;
       KVN_intArray order;
       for (int k = network->DefinitionOf(parents[i])->GetNumberOfOutcomes() - 1; k >= 0; --k) {
-        if (order.Add(k) < 0) return;
+        if (int result = order.Add(k); result < 0) return ReportError(result, nullptr);
       }
       (void)ReportError(gate->SetParentOutcomeStrengths(i, order), nullptr);
     }
   }
+  return 0;
 }
 
 /// A word of any characters. The heading of another section is none: a word is missing before it.

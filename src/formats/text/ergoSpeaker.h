@@ -17,7 +17,8 @@ class KVN_doubleArray;
 /// the compact one of a noisy-MAX gate.
 ///
 /// Everything is found by its position, so reading ends where a number or a heading is missing:
-/// what follows could only be taken for something else.
+/// what follows could only be taken for something else. Where no further heading follows a section
+/// the file is complete.
 class KVN_ergoSpeaker : public KVN_fileFormat {
  public:
   explicit KVN_ergoSpeaker(KVN_network& target) : KVN_fileFormat(target) {}
@@ -44,7 +45,7 @@ class KVN_ergoSpeaker : public KVN_fileFormat {
   int StoreTable(int handle, const KVN_doubleArray& numbers);
   int StoreFullTable(int handle, const KVN_doubleArray& numbers);
   int StoreCompactTable(int handle, const KVN_doubleArray& numbers);
-  void ReverseStrengths();
+  int ReverseStrengths();
   int ReadNames();
   int NameNode(int handle, const char* word);
   int ReadLabels();

@@ -38,7 +38,7 @@ int KVN_ergoSpeaker::WriteFile(const char* fileName) {
 }
 
 void KVN_ergoSpeaker::PutHeading(const char* word) {
-  for (const char* piece : {"\n/*\t", word, "\t*/\n"}) PutText(piece);
+  for (const char* piece : {"/*\t", word, "\t*/\n"}) PutText(piece);
 }
 
 /// With a tab behind it, at which the line may be broken.
@@ -76,6 +76,7 @@ int KVN_ergoSpeaker::WriteStructure() {
 }
 
 void KVN_ergoSpeaker::WriteProbabilities() {
+  PutText("\n");
   PutHeading("Probabilities");
   for (int handle : nodes) {
     KVN_Dmatrix* table = nullptr;
@@ -91,6 +92,7 @@ void KVN_ergoSpeaker::WriteProbabilities() {
   PutText("\n\n");
 }
 
+/// It is meant that this heading alone has no line feed of its own before it.
 void KVN_ergoSpeaker::WriteNames() {
   PutHeading("Names");
   for (int handle : nodes) {
@@ -101,6 +103,7 @@ void KVN_ergoSpeaker::WriteNames() {
 }
 
 void KVN_ergoSpeaker::WriteLabels() {
+  PutText("\n");
   PutHeading("Labels");
   for (int handle : nodes) {
     const KVN_idArray& names = *network->DefinitionOf(handle)->GetOutcomesNames();
@@ -111,6 +114,7 @@ void KVN_ergoSpeaker::WriteLabels() {
 }
 
 void KVN_ergoSpeaker::WriteCenters() {
+  PutText("\n");
   PutHeading("Centers");
   for (int handle : nodes) {
     const KVN_rectangle& rectangle = network->GetNode(handle)->Info().Screen().position;

@@ -7,6 +7,7 @@
 #include "foundation/errorLog.h"
 #include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
+#include "network/network.h"
 
 namespace {
 
@@ -155,6 +156,13 @@ int KVN_fileFormat::ReportMisfit(int type, const char* text) {
                   expected);
   }
   return ReportError(KVN_SYNTAX_ERROR, errorMessage);
+}
+
+int KVN_fileFormat::AddUnnamedNode(int type) {
+  const int handle = network->AddNode(type, nullptr);
+  if (handle >= 0 && network->DefinitionOf(handle) != nullptr) return handle;
+  if (handle >= 0) (void)network->DeleteNode(handle);
+  return ReportError(handle < 0 ? handle : int{KVN_NO_MEMORY}, "ERROR: Couldn't Create Node");
 }
 
 int KVN_fileFormat::ReadInteger(int& value) {

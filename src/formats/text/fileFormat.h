@@ -142,6 +142,10 @@ class KVN_fileFormat : public KVN_fileSpeaker {
   /// KVN_SYNTAX_ERROR.
   int ReportToken(const char* format);
 
+  /// Makes a node with a generated identifier. The handle, or a reported failure that leaves no
+  /// node: AddNode gives one without a definition where memory is short.
+  [[nodiscard]] int AddUnnamedNode(int type);
+
   /// One token of the class, consumed; KVN_SYNTAX_ERROR, with nothing reported, when the next one
   /// is of another class, and as AcceptToken. A failure leaves `value` untouched.
   [[nodiscard]] int ReadInteger(int& value);

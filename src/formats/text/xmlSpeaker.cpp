@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 #include "definitions/nodeDefinition.h"
 #include "foundation/idArray.h"
@@ -82,8 +83,7 @@ int KVN_xmlSpeaker::ReadFile(const char* fileName) {
         ReadElements("NETWORK", [this] { ReadNetworkChild(); });
         NameNetwork();
       } else {
-        (void)ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Misplaced statement", tag.name.c_str());
-        (void)SkipStatement();
+        RefuseElement("ERROR: '%s' : Misplaced statement");
       }
     });
   }
@@ -244,6 +244,13 @@ void KVN_xmlSpeaker::SkipElement(const char* name) {
   if (lexer->ReadRaw(end.c_str(), nullptr) == 0) (void)RequireToken(KVN_TOKEN_PUNCTUATOR, ">");
 }
 
+/// For an element that can't stand here, whose start tag is the present one. An empty one has no
+/// end tag: the next would be another element's.
+void KVN_xmlSpeaker::RefuseElement(const char* format) {
+  (void)ReportText(KVN_SYNTAX_ERROR, format, tag.name.c_str());
+  if (!tag.isEmpty) (void)SkipStatement();
+}
+
 // Elements.
 
 void KVN_xmlSpeaker::ReadNetworkChild() {
@@ -252,22 +259,20 @@ void KVN_xmlSpeaker::ReadNetworkChild() {
   if (tag.name == "PROPERTY") return DropText();
   if (tag.name == "NAME") {
     if (std::string text; ReadText(text) == 0) {
-      (void)network->Header().SetName(text.c_str());  // without memory there is no name
+      (void)ReportError(network->Header().SetName(text.c_str()), nullptr);
       networkId = text;
+      hasNetworkName = true;
     }
     return;
   }
-  (void)ReportText(
-      KVN_SYNTAX_ERROR,
-      IsKnown(tag.name) ? "ERROR: '%s' : Misplaced statement" : "ERROR: '%s' : Unknown Net Field",
-      tag.name.c_str());
-  (void)SkipStatement();
+  RefuseElement(IsKnown(tag.name) ? "ERROR: '%s' : Misplaced statement"
+                                  : "ERROR: '%s' : Unknown Net Field");
 }
 
 /// Nodes and networks share their identifiers, and others write files where a node is called as the
 /// network is. The node then keeps the name, since other elements refer to it.
 void KVN_xmlSpeaker::NameNetwork() {
-  if (networkId.empty()) return;
+  if (!std::exchange(hasNetworkName, false)) return;
   if (!IsLegalHeaderId(networkId.c_str())) {
     (void)ReportText(KVN_ILLEGAL_ID, "ERROR: '%s' : Illegal identifier", networkId.c_str());
   } else if (network->FindNode(networkId.c_str()) >= 0) {
@@ -284,11 +289,8 @@ void KVN_xmlSpeaker::ReadVariable() {
     (void)ReportText(KVN_REFUSED, "ERROR: %s : Unknown node type", tag.type.c_str());
     return SkipElement("VARIABLE");
   }
-  const int handle = network->AddNode(row->type, nullptr);
-  if (handle < 0) {
-    (void)ReportError(handle, "ERROR: Couldn't Create Node");
-    return SkipElement("VARIABLE");
-  }
+  const int handle = AddUnnamedNode(row->type);
+  if (handle < 0) return SkipElement("VARIABLE");
   outcomes.CleanUp(/*deep=*/1);
   ReadElements("VARIABLE", [&] { ReadVariableChild(handle); });
   SetOutcomes(handle);
@@ -298,8 +300,7 @@ void KVN_xmlSpeaker::ReadVariableChild(int handle) {
   if (tag.name == "NAME") return NameNode(*network->GetNode(handle));
   if (tag.name == "OUTCOME") return AddOutcome();
   if (tag.name == "PROPERTY") return DropText();
-  (void)ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Unknown Node Field", tag.name.c_str());
-  (void)SkipStatement();
+  RefuseElement("ERROR: '%s' : Unknown Node Field");
 }
 
 /// A name that is no identifier gives one that is, and stays the node's name: the definitions know
@@ -307,7 +308,7 @@ void KVN_xmlSpeaker::ReadVariableChild(int handle) {
 void KVN_xmlSpeaker::NameNode(KVN_node& node) {
   std::string text;
   if (ReadText(text) < 0) return;
-  (void)node.SetName(text.c_str());  // without memory there is no name
+  (void)ReportError(node.SetName(text.c_str()), nullptr);
   std::string id = text;
   if (KVN_idArray::MakeValidId(id) < 0) {
     (void)ReportText(KVN_ILLEGAL_ID, "ERROR: '%s' : Illegal identifier", text.c_str());
@@ -353,8 +354,7 @@ void KVN_xmlSpeaker::ReadDefinitionChild() {
   if (tag.name == "GIVEN") return ReadGiven();
   if (tag.name == "TABLE") return ReadTable();
   if (tag.name == "PROPERTY") return DropText();
-  (void)ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Unknown Definition Field", tag.name.c_str());
-  (void)SkipStatement();
+  RefuseElement("ERROR: '%s' : Unknown Definition Field");
 }
 
 int KVN_xmlSpeaker::FindVariable(const std::string& name) const {
@@ -413,10 +413,16 @@ bool KVN_xmlSpeaker::ReadTableItem() {
     return true;
   } else if (ReadTagBody() == 0) {
     if (tag.isEnd && tag.name == "TABLE") return false;
-    (void)ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Unknown Definition Field", tag.name.c_str());
+    // As in ReadText: skipping from here would lose this tag and take the next definition for the
+    // rest of this one.
+    isTagPending = DepthOf(tag.name) < 3;
+    (void)ReportText(
+        KVN_SYNTAX_ERROR,
+        isTagPending ? "ERROR: '%s' : 'TABLE' expected" : "ERROR: '%s' : Unknown Definition Field",
+        tag.name.c_str());
   }
   hasTable = false;
-  (void)SkipStatement();
+  if (!isTagPending) (void)SkipStatement();
   return false;
 }
 

@@ -64,6 +64,7 @@ class KVN_xmlSpeaker : public KVN_fileFormat {
   int ReadEndTagName();
   void DropText();
   void SkipElement(const char* name);
+  void RefuseElement(const char* format);
 
   void ReadNetworkChild();
   void NameNetwork();
@@ -95,6 +96,7 @@ class KVN_xmlSpeaker : public KVN_fileFormat {
   bool isAtEnd = false;       // no more tokens, and that was told
   bool isTagPending = false;  // it is still to be dealt with, by the element around
   std::string networkId;      // given at the end: the nodes come first where both want it
+  bool hasNetworkName = false;
   std::map<std::string, int> variables;  // handles by the names in the file
   KVN_stringArray outcomes;              // of the variable in hand
   KVN_doubleArray probabilities;         // of the definition in hand, as are the following

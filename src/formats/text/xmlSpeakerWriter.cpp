@@ -39,12 +39,15 @@ const char* Or(const char* text, const char* standIn) { return text != nullptr ?
 }  // namespace
 
 int KVN_xmlSpeaker::WriteFile(const char* fileName) {
+  const KVN_intArray& order = network->GetOrderOfNodes();
+  if (order.GetNumItems() != network->GetNumberOfNodes()) {
+    return ReportError(KVN_NO_MEMORY, nullptr);
+  }
   if (int result = outputFile.Open(fileName, KVN_OPEN_TO_WRITE); result < 0) return result;
   PutText(kProlog);
   WriteTag("<", "NETWORK");
   (void)outputFile.IncreaseIndent();  // the format goes three levels deep
   WriteElement("NAME", Or(network->Header().GetId(), "Unnamed"));
-  const KVN_intArray& order = network->GetOrderOfNodes();
   for (int handle : order) WriteVariable(handle);
   for (int handle : order) {
     if (int result = WriteDefinition(handle); result < 0) {

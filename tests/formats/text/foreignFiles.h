@@ -15,6 +15,7 @@
 #include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
+#include "tests/support/networkComparer.h"
 #include "tests/support/scratchFolder.h"
 
 /// What the tests of the formats of other programs share. The networks that others wrote stand
@@ -213,6 +214,33 @@ void ExpectWritesAllOrNothing(const std::string& extension, Fill fill) {
     return failing.HasFailed();
   });
   EXPECT_GT(failures, 2);
+}
+
+/// Whichever allocation fails, reading `text` gives what the file says, or tells that it doesn't.
+/// The diagnosis attributes, of which these formats have none, may be short.
+inline void ExpectReadsAllOrTells(const std::string& extension, const std::string& text) {
+  const ScratchFolder folder;
+  const std::string path = folder.Write("file." + extension, text);
+  KVN_network whole;
+  ASSERT_EQ(whole.ReadFile(path.c_str()), 0);
+  NetworkCompareOptions compare;
+  compare.ignored = {"diagnosis"};
+  const int failures = FailEachAllocation([&](int succeeding) {
+    KVN_network network;
+    const LogWatch log;
+    int result = 0;
+    bool hasFailed = false;
+    {
+      const FailingAllocation failing(succeeding);
+      result = network.ReadFile(path.c_str());
+      hasFailed = failing.HasFailed();
+    }
+    if (result == 0 && log.Texts().empty()) {
+      EXPECT_TRUE(NetworksEqual(whole, network, compare)) << "allocation " << succeeding;
+    }
+    return hasFailed;
+  });
+  EXPECT_GT(failures, 100);
 }
 
 /// A node of a kind without a block is refused with the message, and the target stays. Nothing is

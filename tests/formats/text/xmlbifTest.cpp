@@ -127,6 +127,15 @@ TEST(XmlSpeaker, TellsWhatIsWrongWithTheNetwork) {
        "<BIF VERSION=\"0.3\"><NETWORK>\n<NAME>a-b</NAME>" + kTail,
        0,
        {"2 'a-b' : Illegal identifier"}},
+      {"a network's name without text",
+       "<BIF VERSION=\"0.3\"><NETWORK>\n<NAME> </NAME>" + kTail,
+       0,
+       {"2 '' : Illegal identifier"}},
+      {"empty elements in the wrong place",
+       kHead + "<FOR/><FOO/>\n<VARIABLE><BAR/><NAME>A</NAME></VARIABLE>" + kTail,
+       1,
+       {"2 'FOR' : Misplaced statement", "2 'FOO' : Unknown Net Field",
+        "3 'BAR' : Unknown Node Field"}},
       {"a node called as the network",
        kHead + "<VARIABLE><NAME>n</NAME></VARIABLE>" + kTail,
        1,
@@ -238,6 +247,26 @@ TEST(XmlSpeaker, TellsWhatIsWrongWithADefinition) {
   });
 }
 
+// Without its end tag a table must not swallow the one of its definition: the elements of the next
+// definition would go to the wrong node.
+TEST(XmlSpeaker, EndsADefinitionWhoseTableHasNoEnd) {
+  for (const char* end : {"</DEFINITION>", ""}) {
+    SCOPED_TRACE(end);
+    KVN_network network;
+    const std::vector<std::string> messages = ReadText(
+        network, "xml03",
+        kTwoNodes + "<DEFINITION><FOR>A</FOR><TABLE>1 0\n" + end +
+            "<DEFINITION><FOR>B</FOR><GIVEN>A</GIVEN><TABLE>1 0 0 0 0 1</TABLE></DEFINITION>" +
+            kTail);
+    ASSERT_FALSE(messages.empty());
+    EXPECT_EQ(ShortMessage(messages[0]), "4 'DEFINITION' : 'TABLE' expected");
+    EXPECT_THAT(ParentsOf(network, "A"), IsEmpty());
+    EXPECT_THAT(CellsOf(network, "A"), ElementsAre(0.5, 0.5));
+    EXPECT_THAT(ParentsOf(network, "B"), ElementsAre("A"));
+    EXPECT_THAT(CellsOf(network, "B"), ElementsAre(1, 0, 0, 0, 0, 1));
+  }
+}
+
 // The first definition of a node has given it its arcs; the last one has the numbers.
 TEST(XmlSpeaker, TakesTheNumbersOfTheLastDefinition) {
   KVN_network network;
@@ -322,6 +351,16 @@ TEST(XmlSpeaker, ReadsBackWhatItWrites) {
     EXPECT_TRUE(NetworksEqual(network, copy, compare));
   }
 }
+
+// A gate makes its table while it is written.
+TEST(XmlSpeaker, WritesAllOrNothing) {
+  ExpectWritesAllOrNothing("xml03", [](KVN_network& network) {
+    AddWideTable(network);
+    AddNodeBelow(network, KVN_TYPE_NOISY_MAX, "Gate", 3, {network.FindNode("Child")});
+  });
+}
+
+TEST(XmlSpeaker, ReadsAllOrTells) { ExpectReadsAllOrTells("xml03", kDiagram); }
 
 TEST(XmlSpeaker, SurvivesDamage) {
   ExpectSurvivesDamage("xml03", kDiagram, {0, KVN_REFUSED, KVN_SYNTAX_ERROR});
