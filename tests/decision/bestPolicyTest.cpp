@@ -96,6 +96,9 @@ TEST(BestPolicy, RefusesWithTheReason) {
 
   Shared wide({0, 1, 2, 3, 4, 5}, {0, 0, 0});
   for (int i = 0; i < 12; i++) {
+    if (i == 11) {
+      EXPECT_EQ(wide.network.UpdateBeliefs(), 0) << "13 parents";
+    }
     const int node = AddNodeBelow(wide.network, KVN_TYPE_CPT, nullptr, 2, {});
     (void)AddNodeBelow(wide.network, KVN_TYPE_TABLE, nullptr, 0, {node});
   }
@@ -130,11 +133,13 @@ TEST(BestPolicy, CarriesAChoiceOverWhereNothingIsKnown) {
   EXPECT_TRUE(CellsNear(MatrixOf(s.network, first), {1, 0}, 0.0)) << "equal, so the first";
   EXPECT_FALSE(s.network.ValueOf(second)->IsValueValid());
   EXPECT_FALSE(s.network.ValueOf(s.d)->IsValueValid());
-  // Without any posterior the choice for the later decision is the answer for the first one.
-  theForcedResult = KVN_NO_MEMORY;
+  // The later decision is looked at first, and its second alternative is the best. Without a
+  // posterior for the first decision that is the answer for it, too.
+  theUpdateCount = 0;
+  theBlindUpdate = 2;
   EXPECT_EQ(s.network.UpdateBeliefs(), 0);
-  theForcedResult = 0;
-  EXPECT_TRUE(CellsNear(MatrixOf(s.network, first), {1, 0}, 0.0));
+  theBlindUpdate = 0;
+  EXPECT_TRUE(CellsNear(MatrixOf(s.network, first), {0, 1}, 0.0));
 }
 
 /// With one decision the answer is exact.

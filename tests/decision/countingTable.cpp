@@ -5,16 +5,26 @@
 #include "decision/cooperEvaluator.h"
 #include "decision/shachterEvaluator.h"
 #include "inference/exact/clusterUpdate.h"
+#include "network/network.h"
 #include "network/updateAlgorithm.h"
+#include "values/nodeValue.h"
 
 int theUpdateCount = 0;
 int theForcedResult = 0;
+int theBlindUpdate = 0;
 
 namespace {
 
 int CountedUpdate(KVN_network& network) {
   theUpdateCount++;
-  return theForcedResult != 0 ? theForcedResult : RunClustering(network);
+  if (theForcedResult != 0) return theForcedResult;
+  const int result = RunClustering(network);
+  if (theUpdateCount != theBlindUpdate) return result;
+  for (int h = network.GetFirstNode(); h >= 0; h = network.GetNextNode(h)) {
+    KVN_Dmatrix* posterior = nullptr;
+    if (network.ValueOf(h)->GetValue(posterior) == 0) posterior->FillWith(0.0);
+  }
+  return result;
 }
 
 }  // namespace

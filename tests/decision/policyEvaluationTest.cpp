@@ -125,6 +125,7 @@ TEST(PolicyEvaluation, ImpossibleScenariosKeepTheMark) {
   ASSERT_EQ(p.network.UpdateBeliefs(), 0);
   EXPECT_TRUE(CellsNear(MatrixOf(p.network, p.joy), {-5, -7, mark, mark}, kTolerance));
   EXPECT_EQ(MatrixOf(p.network, p.joy)[2], mark);
+  EXPECT_EQ(MatrixOf(p.network, p.joy)[3], mark);
   EXPECT_EQ(MatrixOf(p.network, p.place)[2], mark);
   EXPECT_TRUE(CellsNear(MatrixOf(p.network, p.forecast), {1, 0}, kTolerance));
 }

@@ -50,16 +50,11 @@ class Filler {
     for (int before : random.Permutation(static_cast<int>(place))) {
       const int parent = nodes[before];
       const bool links = isDecision && network.TypeOf(parent) == KVN_TYPE_LIST;
-      if (links && (options.everyOrderGiven || random.Chance(0.7))) wanted++;
+      if (links && random.Chance(0.7)) wanted++;
       if (wanted-- > 0 && network.IsArcEitherWay(parent, child) == 0) {
         EXPECT_EQ(network.AddArc(parent, child, 0), 0);
       }
     }
-    if (!isDecision) return;
-    if (options.everyOrderGiven && lastDecision >= 0) {
-      (void)network.AddArc(lastDecision, child, 0);  // it may stand
-    }
-    lastDecision = child;
   }
 
   void SetRows(int node) {
@@ -169,7 +164,6 @@ class Filler {
   RandomSource random;
   const RandomDiagramOptions& options;
   std::vector<int> nodes;  // in an order that parents come first
-  int lastDecision = -1;
 };
 
 }  // namespace

@@ -9,10 +9,9 @@ struct RandomDiagramOptions {
   int maxDecisions = 3;
   int maxChance = 6;
   int maxUtilities = 2;
-  double zeroShare = 0.2;        // of the probabilities
-  bool evidence = true;          // on some nodes that no decision to make lies above
-  bool combine = true;           // now and then a multi-attribute node on top
-  bool everyOrderGiven = false;  // an arc from each decision to the next
+  double zeroShare = 0.2;  // of the probabilities
+  bool evidence = true;    // on some nodes that no decision to make lies above
+  bool combine = true;     // now and then a multi-attribute node on top
 };
 
 /// Fills an empty network with a diagram: decisions of 2 or 3 alternatives, chance nodes of 2 or 3
