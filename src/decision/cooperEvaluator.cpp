@@ -388,8 +388,10 @@ int CooperEvaluator::AverageOut(int handle, KVN_Dmatrix& expected) const {
       any = any || expected[start + k] != KVN_UNDEFINED_VALUE;
       sum += (*weights)[row + k] * expected[start + k];
     }
-    // An impossible scenario stays marked, so that no maximum takes it for a utility of 0.
-    expected[start] = any ? sum : KVN_UNDEFINED_VALUE;  // RemoveDimension keeps this one
+    // RemoveDimension keeps this cell. As documented, marks count as the tiny numbers they are, so
+    // that an impossible scenario is worth 0; with effort it stays marked, and no maximum takes it
+    // for a utility that beats the negative ones.
+    expected[start] = any || !hasEffort ? sum : KVN_UNDEFINED_VALUE;
   }
   return expected.RemoveDimension(last);
 }
