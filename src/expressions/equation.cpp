@@ -51,6 +51,11 @@ int KVN_equation::AddParent(int parent) {
   return KVN_SUCCESS;
 }
 
+int KVN_equation::ReorderParents(const KVN_intArray& /*order*/) {
+  DropDiscreteTable();
+  return KVN_NOT_APPLICABLE;
+}
+
 int KVN_equation::RemoveParent(int parent) {
   equation.SetDefault(OwnId(), IdentifiersOfParents(network, handle, parent));
   discreteTable.reset();

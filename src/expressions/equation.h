@@ -39,6 +39,9 @@ class KVN_equation : public KVN_nodeDefinition {
   /// grown as deep as a formula may be.
   int AddParent(int parent) override;
   int RemoveParent(int parent) override;
+  /// Drops the cached table, whose dimensions follow the parents. KVN_NOT_APPLICABLE still: the
+  /// formula names its parents, so nothing else changes.
+  int ReorderParents(const KVN_intArray& order) override;
   void ParentRenamed(int parent, const char* oldId, const char* newId) override;
   /// KVN_REFUSED for a source of another class: this is then as Init makes it.
   int Assign(KVN_nodeDefinition& source) override;

@@ -1,6 +1,8 @@
 // Tables over intervals. Frequencies of S samples are held to five standard errors, so a row of n
 // cells fails by chance about once in 1.7 million / n runs with another seed; with the fixed seeds
-// here the outcome is always the same.
+// here the outcome is always the same. Six more hits are allowed, since a uniform is exactly 0 or 1
+// once in 32,768 draws and falls on the wrong side of a bound then: 0.3 expected, above six once in
+// a million times.
 
 #include <cmath>
 
@@ -34,7 +36,7 @@ testing::AssertionResult RowsNear(const KVN_Dmatrix& table, const std::vector<do
   }
   for (int i = 0; i < table.GetSize(); i++) {
     const double p = cells[static_cast<std::size_t>(i)];
-    const double allowed = kStandardErrors * std::sqrt(p * (1.0 - p) / samples) + 1.0 / samples;
+    const double allowed = kStandardErrors * std::sqrt(p * (1.0 - p) / samples) + 6.0 / samples;
     if (std::fabs(table[i] - p) > allowed) {
       return testing::AssertionFailure() << "cell " << i << " is " << table[i] << ", not " << p;
     }
@@ -87,6 +89,17 @@ TEST(Discretize, AParentWithoutIntervalsVariesOverItsRange) {
   Discretise(net.network, z, -2, {-0.5, 2});
   EXPECT_EQ(ItemsOf(net.network.GetParents(z)), (std::vector<int>{s}));
   EXPECT_TRUE(RowsNear(net.TableOf(z), {0.25, 0.75}, 10000));
+}
+
+TEST(Discretize, AnotherOrderOfParentsDropsTheTable) {
+  DiscreteNet net;
+  const int a = AddEquation(net.network, "a");
+  const int b = AddEquation(net.network, "b");
+  const int y = AddEquation(net.network, "y", "y = a - b");
+  for (int handle : {a, b, y}) Discretise(net.network, handle, -1, {0, 1});
+  (void)net.TableOf(y);
+  (void)net.network.ChangeOrderOfParents(y, IntsOf({1, 0}));
+  EXPECT_EQ(EquationNode(net.network, y).GetDiscreteTable(), nullptr);
 }
 
 TEST(Discretize, SamplesOutsideTheRangeAreDroppedAndAnEmptyRowIsUniform) {

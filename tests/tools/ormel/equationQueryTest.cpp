@@ -1,5 +1,5 @@
-// `ormel query` on networks of equations. Means of the example's 10,000 samples are held to five
-// standard errors; the seed is fixed, so the outcome is always the same.
+// `ormel query` on networks of equations. Means, deviations and quantiles of the example's 10,000
+// samples are held to five standard errors; the seed is fixed, so the outcome is always the same.
 
 #include <gtest/gtest.h>
 
