@@ -125,8 +125,10 @@ int KVN_blankListFormat::ReportCellCount(int child, int found, int expected) {
 int KVN_blankListFormat::CreateNode() {
   if (int result = RequireToken(KVN_TOKEN_IDENTIFIER, nullptr); result < 0) return result;
   const int handle = network->AddNode(nodeType, tokenText);
-  if (handle >= 0) return handle;
-  return ReportText(handle, "ERROR: Couldn't Create Node (\"%s\")", tokenText);
+  if (handle >= 0 && network->DefinitionOf(handle) != nullptr) return handle;
+  if (handle >= 0) (void)network->DeleteNode(handle);  // memory was short: it can't be worked with
+  return ReportText(handle < 0 ? handle : int{KVN_NO_MEMORY},
+                    "ERROR: Couldn't Create Node (\"%s\")", tokenText);
 }
 
 void KVN_blankListFormat::FinishNode(int handle, bool isWhole) {

@@ -138,7 +138,9 @@ int KVN_huginSpeaker::ReadNode() {
   if (result == 0) {
     ReadStatements([&] { return ReadNodeStatement(handle, hasStates); });
     KVN_node& node = *network->GetNode(handle);
-    if (IsEmpty(node.Info().Header().GetName())) (void)node.SetName(node.GetId());
+    if (IsEmpty(node.Info().Header().GetName())) {
+      (void)ReportError(node.SetName(node.GetId()), nullptr);  // memory: told, and reading goes on
+    }
   }
   FinishNode(handle, result == 0 && (hasStates || nodeType == KVN_TYPE_TABLE));
   return result;

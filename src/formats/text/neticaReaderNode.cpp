@@ -201,8 +201,13 @@ int KVN_neticaSpeaker::NeedDefinition() {
 
 // Statements of the definition.
 
+/// Reading a list tells what is wrong in it, but not that memory ran out.
+int KVN_neticaSpeaker::TellMemory(int result) {
+  return result == KVN_NO_MEMORY ? ReportError(result, nullptr) : result;
+}
+
 int KVN_neticaSpeaker::ReadParents() {
-  if (int result = ReadIdentifierList(inHand->parents); result < 0) return result;
+  if (int result = ReadIdentifierList(inHand->parents); result < 0) return TellMemory(result);
   bool areKnown = true;
   for (int i = 0; i < inHand->parents.GetNumItems(); ++i) {
     areKnown = areKnown && network->FindNode(inHand->parents[i]) >= 0;
@@ -225,7 +230,7 @@ void KVN_neticaSpeaker::AddParents(NodeInHand& hand) {
 
 int KVN_neticaSpeaker::ReadStates() {
   KVN_stringArray names;
-  if (int result = ReadIdentifierList(names); result < 0) return result;
+  if (int result = ReadIdentifierList(names); result < 0) return TellMemory(result);
   KVN_nodeDefinition& definition = *network->DefinitionOf(inHand->handle);
   const int count = names.GetNumItems();
   if (count == 0) return ReportError(KVN_REFUSED, nullptr);

@@ -97,6 +97,7 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
   int ReadNumbers(KVN_doubleArray& numbers);
   int ReadNumber(KVN_doubleArray& numbers, std::vector<int>& impossible);
   int ReadNames(KVN_stringArray& names);
+  int TellMemory(int result);
   template <typename Element>
   int ReadNested(Element readElement);
   int NeedDefinition();

@@ -364,6 +364,8 @@ TEST(HuginSpeaker, RefusesToWriteWhatItCannotCarry) {
 
 TEST(HuginSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("net", AddWideTable); }
 
+TEST(HuginSpeaker, ReadsAllOrTells) { ExpectReadsAllOrTells("net", kDiagram); }
+
 TEST(HuginSpeaker, SurvivesDamage) { ExpectSurvivesDamage("net", kDiagram); }
 
 TEST(HuginSpeaker, ReadsTheSharedNetworks) {

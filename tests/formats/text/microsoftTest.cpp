@@ -256,6 +256,8 @@ TEST(MicrosoftSpeaker, RefusesToWriteWhatItCannotCarry) {
 
 TEST(MicrosoftSpeaker, WritesAllOrNothing) { ExpectWritesAllOrNothing("dsc", AddWideTable); }
 
+TEST(MicrosoftSpeaker, ReadsAllOrTells) { ExpectReadsAllOrTells("dsc", kDiagram); }
+
 TEST(MicrosoftSpeaker, SurvivesDamage) { ExpectSurvivesDamage("dsc", kDiagram); }
 
 TEST(MicrosoftSpeaker, ReadsTheSharedNetworks) {

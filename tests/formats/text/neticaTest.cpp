@@ -356,6 +356,8 @@ TEST(NeticaSpeaker, RefusesToWriteWhatItCannotCarry) {
   ExpectRefusedToWrite("dne", KVN_TYPE_MAU, "ERROR: This Network cannot be saved in Netica format");
 }
 
+TEST(NeticaSpeaker, ReadsAllOrTells) { ExpectReadsAllOrTells("dne", kDiagram); }
+
 TEST(NeticaSpeaker, SurvivesDamage) {
   ExpectSurvivesDamage("dne", kDiagram, {0, KVN_SYNTAX_ERROR});
 }
