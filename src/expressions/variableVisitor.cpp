@@ -1,7 +1,5 @@
 #include "expressions/variableVisitor.h"
 
-#include <algorithm>
-
 #include "expressions/expression.h"
 
 void AssigningVisitor::Visit(KVN_variable& variable) {
@@ -16,10 +14,11 @@ void RenamingVisitor::Visit(KVN_variable& variable) {
   if (variable.name == oldName) variable.name = newName;
 }
 
+GetVarsVisitor::GetVarsVisitor(std::vector<std::string>& list)
+    : names(&list), known(list.begin(), list.end()) {}
+
 void GetVarsVisitor::Visit(KVN_variable& variable) {
-  if (std::find(names->begin(), names->end(), variable.name) == names->end()) {
-    names->push_back(variable.name);
-  }
+  if (known.insert(variable.name).second) names->push_back(variable.name);
 }
 
 void AssignVariable(KVN_expression& root, const std::string& name, double value) {

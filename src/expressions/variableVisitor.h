@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 class KVN_expression;
@@ -54,11 +55,12 @@ class RenamingVisitor : public KVN_variableVisitor {
 /// Appends each name that is not in the list yet: names in the order of their first occurrence.
 class GetVarsVisitor : public KVN_variableVisitor {
  public:
-  explicit GetVarsVisitor(std::vector<std::string>& list) : names(&list) {}
+  explicit GetVarsVisitor(std::vector<std::string>& list);
   void Visit(KVN_variable& variable) override;
 
  private:
-  std::vector<std::string>* names;  // not owned
+  std::vector<std::string>* names;        // not owned
+  std::unordered_set<std::string> known;  // the same, for long formulas
 };
 
 void AssignVariable(KVN_expression& root, const std::string& name, double value);
