@@ -58,6 +58,10 @@ int KVN_neticaSpeaker::ReadLevels() {
 int KVN_neticaSpeaker::ReadEquation() {
   if (int result = RequireToken(KVN_TOKEN_STRING, nullptr); result < 0) return result;
   inHand->hasEquation = true;
+  // An empty text stands below for one that is stored.
+  if (*tokenText == '\0' && EquationOf(inHand->handle) != nullptr) {
+    return ReportError(KVN_REFUSED, "Can't find the '=' sign in equation");
+  }
   inHand->equation = tokenText;
   if (!inHand->isDeferred) StoreEquation(*inHand);
   return 0;
@@ -68,8 +72,11 @@ void KVN_neticaSpeaker::StoreEquation(NodeInHand& hand) {
   if (equation == nullptr || hand.equation.empty()) return;
   std::string error;
   const std::string text = TranslateNeticaEquation(hand.equation.c_str(), IdOf(hand.handle), error);
-  if (text.empty() || equation->SetEquation(text, nullptr, &error) < 0) {
+  // Validated first, since setting tells the log of a refusal by itself, without the line.
+  if (text.empty() || !equation->ValidateEquation(text, nullptr, &error, nullptr)) {
     (void)ReportText(KVN_REFUSED, "%s", error.c_str());
+  } else {
+    (void)ReportError(std::min(equation->SetEquation(text), 0), nullptr);
   }
   hand.equation.clear();
 }

@@ -148,9 +148,12 @@ int KVN_neticaSpeaker::ReadChance() {
   return FollowKind();
 }
 
-/// Of use where the states have no names.
+/// Of use where nothing else tells how many states there are.
 int KVN_neticaSpeaker::ReadNumberOfStates() {
-  return ReadIntStatement("numstates", inHand->statesWanted);
+  int count = 0;
+  const int result = ReadIntStatement("numstates", count);
+  if (result == 0 && !inHand->hasStates && !inHand->hasTable) inHand->statesWanted = count;
+  return result;
 }
 
 int KVN_neticaSpeaker::ReadUserStatement() {
@@ -207,6 +210,7 @@ int KVN_neticaSpeaker::TellMemory(int result) {
 }
 
 int KVN_neticaSpeaker::ReadParents() {
+  if (!inHand->isDeferred) inHand->parents.CleanUp(/*deep=*/1);  // those of an earlier list stand
   if (int result = ReadIdentifierList(inHand->parents); result < 0) return TellMemory(result);
   bool areKnown = true;
   for (int i = 0; i < inHand->parents.GetNumItems(); ++i) {
@@ -235,6 +239,7 @@ int KVN_neticaSpeaker::ReadStates() {
   const int count = names.GetNumItems();
   if (count == 0) return ReportError(KVN_REFUSED, nullptr);
   inHand->statesWanted = 0;
+  inHand->hasStates = true;
   if (KVN_equation* equation = EquationOf(inHand->handle); equation != nullptr) {
     return SetEvenIntervals(*equation, names);
   }
@@ -296,6 +301,7 @@ int KVN_neticaSpeaker::ReadProbabilities() {
   if (nodeKind == KVN_TYPE_EQUATION) return SkipKnown();  // the formula stands for them
   std::vector<int> impossible;
   UseNumberOfStates();
+  inHand->hasNumbers = false;
   inHand->numbers.CleanUp();
   if (int result = ReadNested([&] { return ReadNumber(inHand->numbers, impossible); });
       result < 0) {
@@ -329,10 +335,12 @@ int KVN_neticaSpeaker::ReadFunctionTable() {
   UseNumberOfStates();
   int result = 0;
   if ((nodeKind & KVN_TYPE_BIT_DISCRETE) != 0) {
+    inHand->hasResults = false;
     inHand->results.CleanUp(/*deep=*/1);
     result = ReadNames(inHand->results);
     inHand->hasResults = result == 0;
   } else {
+    inHand->hasNumbers = false;
     inHand->numbers.CleanUp();
     result = ReadNumbers(inHand->numbers);
     inHand->hasNumbers = result == 0;

@@ -50,6 +50,7 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
   struct NodeInHand {
     int handle = -1;
     bool isRefused = false;  // of no kind that there is: deleted at the end of its block
+    bool hasStates = false;  // by name
     bool hasEquation = false;
     bool hasTable = false;    // numbers or states for the configurations of the parents
     int statesWanted = 0;     // `numstates`

@@ -32,11 +32,12 @@ const char* KindOf(int type) {
 int KVN_neticaSpeaker::WriteFile(const char* fileName) {
   const KVN_intArray& order = network->GetOrderOfNodes();
   for (int handle : order) {
-    const int type = network->TypeOf(handle);
-    if (HasBlock(type)) continue;
-    return ReportError(KVN_REFUSED, type == KVN_TYPE_MAU
-                                        ? "ERROR: This Network cannot be saved in Netica format"
-                                        : "ERROR: Unsupported node type");
+    if (network->TypeOf(handle) != KVN_TYPE_MAU) continue;
+    return ReportError(KVN_REFUSED, "ERROR: This Network cannot be saved in Netica format");
+  }
+  for (int handle : order) {
+    if (HasBlock(network->TypeOf(handle))) continue;
+    return ReportError(KVN_REFUSED, "ERROR: Unsupported node type");
   }
   if (int result = outputFile.Open(fileName, KVN_OPEN_TO_WRITE); result < 0) return result;
   (void)outputFile.SetIndentWidth(kIndentWidth);

@@ -187,11 +187,28 @@ TEST(NeticaSpeaker, TellsWhatIsWrongWithANode) {
         "4 WRONG NODE TYPE"}},
       {"utility", "node A { states = (a, b); };\nnode U { kind = UTILITY; parents = (A);\n"
                   "equation = \"U = 1\"; };" + end, 2, {"4 Node (\"U\") : Equation without a table"}},
+      {"formulas", "node A { discrete = FALSE; equation = \"\"; };\n"
+                   "node B { discrete = FALSE; equation = \"B = Zed\"; };" + end, 2,
+       {"2 Can't find the '=' sign in equation", "3 Unknown node identifier: Zed"}},
+      {"another list of parents", "node A { };\nnode C { };\n"
+                                  "node B { parents = (A); parents = (C); };" + end, 3, {}},
       {"layout", "node A { visual V1 { center = (1); size = (1, 2, 3); foo = 1; link 1 { foo = 1; }; }; };" + end, 1,
        {"2 Wrong Center Coordinates", "2 Wrong Size Values", "2 'foo' : Unknown Visual Node Statement",
         "2 'foo' : Unknown Visual Link Statement"}},
   });
   // clang-format on
+}
+
+TEST(NeticaSpeaker, NumberOfStatesGivesWayToTheirNames) {
+  for (const char* where : {"numstates = 2; states = (a, b, c); probs = (0.2, 0.3, 0.5);",
+                            "states = (a, b, c); probs = (0.2, 0.3, 0.5); numstates = 2;",
+                            "states = (a, b, c); numstates = 2; probs = (0.2, 0.3, 0.5);"}) {
+    SCOPED_TRACE(where);
+    KVN_network network;
+    EXPECT_THAT(ReadText(network, "dne", std::string("bnet N { node A { ") + where + " }; };"),
+                IsEmpty());
+    EXPECT_EQ(network.DefinitionOf(network.FindNode("A"))->GetNumberOfOutcomes(), 3);
+  }
 }
 
 struct TranslationCase {
