@@ -28,7 +28,7 @@ int RunBestPolicySearch(KVN_network& network) { return ShachterEvaluator().Evalu
 int ShachterEvaluator::Evaluate(KVN_network& network) {
   model = &network;
   if (int result = model->GetTemporalOrder(order); result < 0) return result;
-  if (!IsApplicable()) {
+  if (!CheckApplicable()) {
     return LogError(KVN_REFUSED, "Can't solve this network using best policy algorithm");
   }
   const int mask = model->GetChangeMask();
@@ -60,7 +60,7 @@ int ShachterEvaluator::Evaluate(KVN_network& network) {
 }
 
 /// Whether all that the next decision may know is known. Later decisions aren't looked at.
-bool ShachterEvaluator::IsApplicable() const {
+bool ShachterEvaluator::CheckApplicable() const {
   for (int handle : order) {
     if (model->TypeOf(handle) != KVN_TYPE_LIST || HasEvidence(*model, handle)) continue;
     for (int parent : model->GetParents(handle)) {

@@ -24,7 +24,7 @@ class ShachterEvaluator {
   int Evaluate(KVN_network& network);
 
  private:
-  bool IsApplicable() const;
+  bool CheckApplicable() const;
   int Prepare();
   int FoldMauNodes();
   int MergeUtilities();

@@ -47,7 +47,8 @@ class KVN_mau : public KVN_nodeDefinition {
   int GetType() const override { return KVN_TYPE_MAU; }
   const char* GetTypeName() const override { return "MAU"; }
 
-  /// KVN_REFUSED for a parent that is neither a decision nor a utility.
+  /// KVN_REFUSED for a parent that is neither a decision nor a utility. After KVN_NO_MEMORY the
+  /// weights may have grown already: NumbersFit is false then, and nothing computes with them.
   int AddParent(int parent) override;
   /// For a decision the weights and formulas of its first alternative stay. A formula that names
   /// the utility that goes becomes the plain sum of its other names, sorted.
