@@ -70,7 +70,7 @@ int KVN_xmlSpeaker::WriteDoubleList(const KVN_doubleArray& list, bool whole) {
     const std::size_t length = std::char_traits<char>::length(text);
     text[length] = ' ';
     text[length + 1] = '\0';
-    result = outputFile.Write(text, KVN_textFile::kIndentLines);
+    result = WriteText(text);  // which breaks no number, however long
   }
   return result;
 }
