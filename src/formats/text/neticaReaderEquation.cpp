@@ -33,9 +33,11 @@ int KVN_neticaSpeaker::ReportIntervals(int result) {
   return ReportText(result, "ERROR: Node (\"%s\") : Invalid intervals", IdOf(inHand->handle));
 }
 
-/// The bounds of the intervals, one more than there are, which keep the names that they have.
+/// The bounds of the intervals, one more than there are, which keep the names that they have. Two
+/// numbers are the range of a node without intervals.
 int KVN_neticaSpeaker::ReadLevels() {
   KVN_equation* const equation = EquationOf(inHand->handle);
+  inHand->hasLevels = true;
   if (equation == nullptr) return SkipKnown();
   KVN_doubleArray levels;
   if (int result = ReadNumbers(levels); result < 0) return result;
@@ -48,7 +50,9 @@ int KVN_neticaSpeaker::ReadLevels() {
   }
   const double lower = equation->GetLowerBound();
   const double upper = equation->GetUpperBound();
+  const bool isRange = count == 1 && named.size() < 2 && levels[0] < levels[1];
   if (count >= 1) equation->SetBounds(levels[0], levels[count]);
+  if (isRange) return 0;
   const int result = count < 1 ? KVN_REFUSED : equation->SetDiscIntervals(intervals);
   if (result < 0) equation->SetBounds(lower, upper);
   return ReportIntervals(result);

@@ -28,13 +28,32 @@ const char* const kNodeWords[] = {
     "locked",        "value",     "evidence", "belief",   "children",   "statetitles",
     "statecomments", "ExperBase", "EqnDirty", "Disabled", nullptr};
 
+/// The definition that a set of KVN_TYPE_BIT_... stands for: of the kinds that the engine has this
+/// format has words for five. KVN_TYPE_NONE for any other set.
+int TypeOfKind(int kind) {
+  switch (kind) {
+    case kBitChance:
+      return KVN_TYPE_EQUATION;  // neither discrete nor deterministic
+    case KVN_TYPE_TABLE:
+    case KVN_TYPE_LIST:
+    case KVN_TYPE_CPT:
+    case KVN_TYPE_TRUTHTABLE:
+    case KVN_TYPE_EQUATION:
+      return kind;
+    default:
+      return KVN_TYPE_NONE;
+  }
+}
+
 /// A row of nothing but impossible cells belongs to states of the parents that can't meet: any
-/// distribution will do, and an even one is consistent.
-void EvenOutImpossible(KVN_doubleArray& numbers, const std::vector<int>& impossible, int states) {
-  for (std::size_t i = 0; i + states <= impossible.size(); ++i) {
+/// distribution will do, and an even one is consistent. `width` numbers of each row stood in the
+/// file, to which the positions in `impossible` refer; `numbers` has whole rows.
+void EvenOutImpossible(KVN_doubleArray& numbers, const std::vector<int>& impossible, int width,
+                       int states) {
+  for (std::size_t i = 0; i + width <= impossible.size(); ++i) {
     const int first = impossible[i];
-    if (first % states != 0 || impossible[i + states - 1] != first + states - 1) continue;
-    for (int k = 0; k < states; ++k) numbers[first + k] = 1.0 / states;
+    if (first % width != 0 || impossible[i + width - 1] != first + width - 1) continue;
+    for (int k = 0; k < states; ++k) numbers[first / width * states + k] = 1.0 / states;
   }
 }
 
@@ -59,10 +78,11 @@ int CompleteRows(KVN_doubleArray& numbers, int states) {
 
 int KVN_neticaSpeaker::ReadNode() {
   if (int result = RequireToken(KVN_TOKEN_IDENTIFIER, nullptr); result < 0) return result;
-  const int handle = network->AddNode(KVN_TYPE_NONE, tokenText);
-  if (handle < 0) return ReportText(handle, "ERROR: Couldn't Create Node (\"%s\")", tokenText);
-  inHand = std::make_unique<NodeInHand>();
-  inHand->handle = handle;
+  inHand = std::make_unique<NodeInHand>();  // may throw, and so comes before the node
+  inHand->handle = network->AddNode(KVN_TYPE_NONE, tokenText);
+  if (inHand->handle < 0) {
+    return ReportText(inHand->handle, "ERROR: Couldn't Create Node (\"%s\")", tokenText);
+  }
   nodeKind = KVN_TYPE_CPT;
   int result = RequireToken(KVN_TOKEN_PUNCTUATOR, "{");
   if (result == 0) result = ReadBlockBody([this] { return ReadNodeStatement(); });
@@ -99,13 +119,6 @@ int KVN_neticaSpeaker::ReadNodeStatement() {
   return result;
 }
 
-/// A statement that changes the kind behind the first use of the definition converts that.
-int KVN_neticaSpeaker::FollowKind() {
-  KVN_node& node = *network->GetNode(inHand->handle);
-  if (node.Definition() == nullptr || inHand->isRefused) return 0;
-  return ReportError(node.ChangeType(nodeKind), nullptr);
-}
-
 int KVN_neticaSpeaker::ReadKind() {
   if (int result = ReadStatement("kind", KVN_TOKEN_IDENTIFIER); result != 0) return result;
   if (TokenIs("NATURE") == 1) {
@@ -123,7 +136,7 @@ int KVN_neticaSpeaker::ReadKind() {
     inHand->isRefused = true;
     return ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Unknown Node Type", tokenText);
   }
-  return FollowKind();
+  return 0;
 }
 
 /// Of a utility all other statements about the kind are passed over.
@@ -133,7 +146,7 @@ int KVN_neticaSpeaker::ReadDiscrete() {
   if (nodeKind == KVN_TYPE_TABLE) return 0;
   nodeKind &= ~KVN_TYPE_BIT_DISCRETE;
   if (isDiscrete != 0) nodeKind |= KVN_TYPE_BIT_DISCRETE;
-  return FollowKind();
+  return 0;
 }
 
 int KVN_neticaSpeaker::ReadChance() {
@@ -145,7 +158,7 @@ int KVN_neticaSpeaker::ReadChance() {
   }
   nodeKind &= ~(kBitChance | kBitDeterministic);
   nodeKind |= isChance ? kBitChance : kBitDeterministic;
-  return FollowKind();
+  return 0;
 }
 
 /// Of use where nothing else tells how many states there are.
@@ -187,17 +200,26 @@ int KVN_neticaSpeaker::ReadDefinitionStatement() {
   return ReportToken("ERROR: '%s' : Unknown Node Statement");
 }
 
-/// Makes the definition that the kind asks for, at the first statement that needs it.
+/// Makes the definition that the kind asks for, at the first statement that needs it. Where the
+/// words for the kind stand behind that statement, the next one converts the definition: what they
+/// say together counts, and not what the first of them would mean alone.
 int KVN_neticaSpeaker::NeedDefinition() {
   if (inHand->isRefused) return KVN_REFUSED;
   KVN_node& node = *network->GetNode(inHand->handle);
-  if (node.Definition() != nullptr) return 0;
-  if (nodeKind == kBitChance) nodeKind = KVN_TYPE_EQUATION;
-  // Of the types that the engine has this format has words for five.
-  const bool isKnown = nodeKind == KVN_TYPE_TABLE || nodeKind == KVN_TYPE_LIST ||
-                       nodeKind == KVN_TYPE_CPT || nodeKind == KVN_TYPE_TRUTHTABLE ||
-                       nodeKind == KVN_TYPE_EQUATION;
-  if (isKnown && node.ChangeType(nodeKind) == 0 && node.Definition() != nullptr) return 0;
+  const int type = TypeOfKind(nodeKind);
+  const bool isNew = node.Definition() == nullptr;
+  if (!isNew && (type == KVN_TYPE_NONE || type == node.GetType())) return 0;
+  const int result = type == KVN_TYPE_NONE ? KVN_REFUSED : node.ChangeType(type);
+  if (node.Definition() != nullptr && (!isNew || result == 0)) {
+    if (isNew) nodeKind = type;
+    const bool hasStored = inHand->hasStates || inHand->hasLevels || inHand->hasTable ||
+                           (inHand->hasEquation && inHand->equation.empty());
+    if (result < 0 && hasStored) {
+      (void)ReportText(result, "ERROR: Node (\"%s\") : Kind told behind a definition that it loses",
+                       IdOf(inHand->handle));
+    }
+    return 0;
+  }
   inHand->isRefused = true;
   return ReportText(KVN_REFUSED, "ERROR: Type of node [%s] unsupported", IdOf(inHand->handle));
 }
@@ -277,6 +299,15 @@ int KVN_neticaSpeaker::ReadNumbers(KVN_doubleArray& numbers) {
   return ReadNested([&] { return ReadNumber(numbers, impossible); });
 }
 
+/// Of a list with a fault nothing is kept, nor of one that stood before.
+int KVN_neticaSpeaker::ReadNumbersInHand() {
+  inHand->numbers.CleanUp();
+  inHand->impossible.clear();
+  const int result = ReadNested([this] { return ReadNumber(inHand->numbers, inHand->impossible); });
+  inHand->hasNumbers = result == 0;
+  return result;
+}
+
 /// A number, or `@imposs` for a cell that no states of the parents lead to.
 int KVN_neticaSpeaker::ReadNumber(KVN_doubleArray& numbers, std::vector<int>& impossible) {
   double value = 0.0;
@@ -298,18 +329,10 @@ int KVN_neticaSpeaker::ReadNames(KVN_stringArray& names) {
 }
 
 int KVN_neticaSpeaker::ReadProbabilities() {
-  if (nodeKind == KVN_TYPE_EQUATION) return SkipKnown();  // the formula stands for them
-  std::vector<int> impossible;
+  if (EquationOf(inHand->handle) != nullptr) return SkipKnown();  // the formula stands for them
   UseNumberOfStates();
-  inHand->hasNumbers = false;
-  inHand->numbers.CleanUp();
-  if (int result = ReadNested([&] { return ReadNumber(inHand->numbers, impossible); });
-      result < 0) {
-    return result;
-  }
-  const int states = network->DefinitionOf(inHand->handle)->GetNumberOfOutcomes();
-  if (states > 0) EvenOutImpossible(inHand->numbers, impossible, states);
-  inHand->hasNumbers = inHand->hasTable = true;
+  if (int result = ReadNumbersInHand(); result < 0) return result;
+  inHand->hasTable = true;
   if (!inHand->isDeferred) StoreNumbers(*inHand);
   return 0;
 }
@@ -320,7 +343,7 @@ void KVN_neticaSpeaker::UseNumberOfStates() {
   const int count = std::exchange(inHand->statesWanted, 0);
   KVN_nodeDefinition& definition = *network->DefinitionOf(inHand->handle);
   if (count == 0 || count == definition.GetNumberOfOutcomes()) return;
-  if ((nodeKind & KVN_TYPE_BIT_DISCRETE) == 0) return;
+  if ((definition.GetType() & KVN_TYPE_BIT_DISCRETE) == 0) return;
   if (count < 2 || count > statesLeft) {
     (void)ReportNumber(KVN_REFUSED, "ERROR: '%d' : Invalid number of states", count);
     return;
@@ -331,19 +354,17 @@ void KVN_neticaSpeaker::UseNumberOfStates() {
 
 /// A decision's table is the policy that somebody has computed once.
 int KVN_neticaSpeaker::ReadFunctionTable() {
-  if ((nodeKind & KVN_TYPE_BIT_DECISION) != 0) return SkipKnown();
+  const int type = network->TypeOf(inHand->handle);
+  if ((type & KVN_TYPE_BIT_DECISION) != 0) return SkipKnown();
   UseNumberOfStates();
   int result = 0;
-  if ((nodeKind & KVN_TYPE_BIT_DISCRETE) != 0) {
+  if ((type & KVN_TYPE_BIT_DISCRETE) != 0) {
     inHand->hasResults = false;
     inHand->results.CleanUp(/*deep=*/1);
     result = ReadNames(inHand->results);
     inHand->hasResults = result == 0;
   } else {
-    inHand->hasNumbers = false;
-    inHand->numbers.CleanUp();
-    result = ReadNumbers(inHand->numbers);
-    inHand->hasNumbers = result == 0;
+    result = ReadNumbersInHand();
   }
   if (result < 0) return result;
   inHand->hasTable = true;
@@ -386,7 +407,8 @@ void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
   const int expected = std::max(definition.GetSize(), 0);
   const int states = definition.GetNumberOfOutcomes();
   int count = hand.numbers.GetNumItems();
-  if (states > 1 && count == expected / states * (states - 1)) {
+  const bool lacksLast = states > 1 && count == expected / states * (states - 1);
+  if (lacksLast) {
     if (int result = CompleteRows(hand.numbers, states); result < 0) {
       (void)ReportError(result, nullptr);
       return;
@@ -396,6 +418,10 @@ void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
   if (count != expected) {
     return ReportCount("ERROR: Node (\"%s\") : %d numbers found, %d expected", hand.handle, count,
                        expected);
+  }
+  // A row without its last number is told by one number at least.
+  if (states > 1) {
+    EvenOutImpossible(hand.numbers, hand.impossible, lacksLast ? states - 1 : states, states);
   }
   (void)ReportError(definition.SetDefinition(hand.numbers), nullptr);
 }
@@ -410,7 +436,12 @@ void KVN_neticaSpeaker::FinishNode() {
     inHand.reset();
     return;
   }
+  if (TypeOfKind(nodeKind) == KVN_TYPE_NONE) {
+    // The last words for the kind made none, and the definition is of the one before.
+    (void)ReportText(KVN_REFUSED, "ERROR: Type of node [%s] unsupported", IdOf(inHand->handle));
+  }
   UseNumberOfStates();
+  if (!inHand->isDeferred) StoreEquation(*inHand);  // it may have stood before the kind
   TellWhatIsMissing(EquationOf(inHand->handle) != nullptr);
   if (inHand->isDeferred) deferred.push_back(std::move(inHand));
   inHand.reset();

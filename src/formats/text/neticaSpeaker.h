@@ -51,6 +51,7 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
     int handle = -1;
     bool isRefused = false;  // of no kind that there is: deleted at the end of its block
     bool hasStates = false;  // by name
+    bool hasLevels = false;
     bool hasEquation = false;
     bool hasTable = false;    // numbers or states for the configurations of the parents
     int statesWanted = 0;     // `numstates`
@@ -58,6 +59,7 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
     KVN_stringArray parents;
     bool hasNumbers = false;  // still to be stored, as are `results`
     KVN_doubleArray numbers;
+    std::vector<int> impossible;  // which of `numbers` were given as `@imposs`
     bool hasResults = false;
     KVN_stringArray results;
     std::string equation;  // still to be stored; empty afterwards
@@ -96,13 +98,13 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
   int ReadProbabilities();
   int ReadFunctionTable();
   int ReadNumbers(KVN_doubleArray& numbers);
+  int ReadNumbersInHand();
   int ReadNumber(KVN_doubleArray& numbers, std::vector<int>& impossible);
   int ReadNames(KVN_stringArray& names);
   int TellMemory(int result);
   template <typename Element>
   int ReadNested(Element readElement);
   int NeedDefinition();
-  int FollowKind();
   void UseNumberOfStates();
   void AddParents(NodeInHand& hand);
   void StoreResults(NodeInHand& hand);

@@ -169,6 +169,9 @@ TEST(NeticaSpeaker, TellsWhatIsWrongWithANode) {
                            "node C { discrete = FALSE; equation = \"C () = Foo(1)\"; };" + end, 3,
        {"2 'INFINITY' : Unexpected", "2 Node (\"A\") : No equation", "3 Node (\"B\") : Invalid intervals",
         "3 Can't find the '=' sign in equation", "4 Unknown function: Foo"}},
+      {"kind behind what it loses", "node A { states = (a, b, c); discrete = FALSE; equation = \"A = 7\"; };\n"
+                                    "node B { states = (a, b); kind = DECISION; discrete = FALSE; };" + end, 2,
+       {"2 Node (\"A\") : Kind told behind a definition that it loses", "3 Type of node [B] unsupported"}},
       {"boolean", "node A { discrete = MAYBE; };" + end, 1, {"2 (\"MAYBE\") : Boolean Expected"}},
       {"states", "node A { states = (a); };\nnode B { states = (a, 5); };\nnode C { numstates = 1; };\n"
                  "node D { numstates = 2000000000; };" + end, 4,
@@ -211,6 +214,79 @@ TEST(NeticaSpeaker, NumberOfStatesGivesWayToTheirNames) {
   }
 }
 
+struct KindCase {
+  const char* statements;
+  int type;
+  std::vector<double> cells;  // of a discrete node
+};
+
+// Several words tell the kind, anywhere in the block. What one of them would mean without the
+// others costs nothing.
+TEST(NeticaSpeaker, TakesTheKindFromAllItsWords) {
+  const KindCase cases[] = {
+      {"states = (a, b); discrete = TRUE; chance = DETERMIN; functable = (b);",
+       KVN_TYPE_TRUTHTABLE,
+       {0, 1}},
+      {"states = (a, b); chance = DETERMIN; chance = CHANCE; probs = (0.25, 0.75);",
+       KVN_TYPE_CPT,
+       {0.25, 0.75}},
+      {"probs = (0.25, 0.75); discrete = FALSE; discrete = TRUE;", KVN_TYPE_CPT, {0.25, 0.75}},
+      {"states = (a, b); discrete = FALSE; kind = UTILITY; functable = (7);", KVN_TYPE_TABLE, {7}},
+      {"discrete = FALSE; levels = (0, 1, 2); equation = \"A = 7\"; chance = CHANCE;",
+       KVN_TYPE_EQUATION,
+       {}},
+      {"discrete = FALSE; levels = (0, 1, 2); equation = \"A = 7\"; chance = DETERMIN;",
+       KVN_TYPE_EQUATION,
+       {}},
+      {"chance = DETERMIN; parents = (); discrete = FALSE; equation = \"A = 7\";",
+       KVN_TYPE_EQUATION,
+       {}},
+      {"equation = \"A = 7\"; discrete = FALSE;", KVN_TYPE_EQUATION, {}},
+  };
+  for (const KindCase& c : cases) {
+    SCOPED_TRACE(c.statements);
+    KVN_network network;
+    EXPECT_THAT(
+        ReadText(network, "dne", std::string("bnet N { node A { ") + c.statements + " }; };"),
+        IsEmpty());
+    const int node = network.FindNode("A");
+    ASSERT_EQ(network.TypeOf(node), c.type);
+    if (c.type == KVN_TYPE_EQUATION) {
+      std::string equation;
+      dynamic_cast<KVN_equation&>(*network.DefinitionOf(node)).GetEquation().Print(equation);
+      EXPECT_EQ(equation, "A=7");
+    } else {
+      EXPECT_EQ(CellsOf(network, "A"), c.cells);
+    }
+  }
+}
+
+// The rows of states of the parents that can't meet are even, whole or without their last number,
+// also where the parent stands behind.
+TEST(NeticaSpeaker, EvensOutImpossibleRows) {
+  const struct {
+    const char* numbers;
+    std::vector<double> cells;
+  } cases[] = {
+      {"((0.5, 0.5, 0), (@imposs, @imposs, @imposs))", {0.5, 0.5, 0, 1.0 / 3, 1.0 / 3, 1.0 / 3}},
+      {"((0.5, 0.5), (@imposs, @imposs))", {0.5, 0.5, 0, 1.0 / 3, 1.0 / 3, 1.0 / 3}},
+      {"((0.5, @imposs), (@imposs, 1))", {0.5, 0, 0.5, 0, 1, 0}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.numbers);
+    for (const bool isParentFirst : {true, false}) {
+      const std::string parent = "node P { states = (p, q); };\n";
+      const std::string child =
+          std::string("node A { states = (a, b, c); parents = (P); probs = ") + c.numbers +
+          "; };\n";
+      KVN_network network;
+      const std::string nodes = isParentFirst ? parent + child : child + parent;
+      EXPECT_THAT(ReadText(network, "dne", "bnet N {\n" + nodes + "};"), IsEmpty());
+      EXPECT_EQ(CellsOf(network, "A"), c.cells);
+    }
+  }
+}
+
 struct TranslationCase {
   const char* text;
   const char* equation;  // empty for a failure
@@ -241,7 +317,8 @@ TEST(NeticaSpeaker, TranslatesFormulas) {
   }
 }
 
-// The second node stands before its parent; the third has its names and no bounds of its own.
+// The second node stands before its parent; the third has its names and no bounds of its own, the
+// last bounds and no intervals.
 TEST(NeticaSpeaker, ReadsEquationNodes) {
   KVN_network network;
   EXPECT_THAT(ReadText(network, "dne", R"x(bnet N {
@@ -255,6 +332,7 @@ node z {
   states = (a, b, c, d);
   equation = "z () = 1";
 };
+node w { discrete = FALSE; levels = (-5, 20); equation = "w = 3"; };
 };)x"),
               IsEmpty());
   const auto equationOf = [&network](const char* id) -> KVN_equation& {
@@ -272,6 +350,9 @@ node z {
   // The range is -1 to 1.
   ASSERT_EQ(equationOf("z").GetDiscIntervals().size(), 4u);
   EXPECT_EQ(equationOf("z").GetDiscIntervals()[0].upper, -0.5);
+  EXPECT_EQ(equationOf("w").GetLowerBound(), -5.0);
+  EXPECT_EQ(equationOf("w").GetUpperBound(), 20.0);
+  EXPECT_THAT(equationOf("w").GetDiscIntervals(), IsEmpty());
 }
 
 TEST(NeticaSpeaker, WritesItsDocument) {
