@@ -41,10 +41,14 @@ bool IsKnown(const std::string& name) {
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
-void Trim(std::string& text) {
-  const auto first = std::find_if_not(text.begin(), text.end(), IsBlank);
-  text.erase(text.begin(), first);
-  while (!text.empty() && IsBlank(text.back())) text.pop_back();
+/// Without the blanks around it, and with one for each run of blanks within: how a text is laid out
+/// over lines is no part of it.
+void Squeeze(std::string& text) {
+  const auto areBlanks = [](char left, char right) { return left == ' ' && right == ' '; };
+  std::replace_if(text.begin(), text.end(), IsBlank, ' ');
+  text.erase(std::unique(text.begin(), text.end(), areBlanks), text.end());
+  if (!text.empty() && text.front() == ' ') text.erase(0, 1);
+  if (!text.empty() && text.back() == ' ') text.pop_back();
 }
 
 struct Entity {
@@ -207,8 +211,8 @@ bool KVN_xmlSpeaker::EndsOuterElement(const char* name) {
   return ends;
 }
 
-/// The text of the element whose start tag is the present one, without the blanks around it. Its
-/// own end tag must follow; KVN_SYNTAX_ERROR, reported.
+/// The text of the element whose start tag is the present one, without its layout. Its own end tag
+/// must follow; KVN_SYNTAX_ERROR, reported.
 int KVN_xmlSpeaker::ReadText(std::string& text) {
   text.clear();
   if (tag.isEmpty) return 0;
@@ -218,7 +222,7 @@ int KVN_xmlSpeaker::ReadText(std::string& text) {
     if (ReadEndTagName() == 0) isTagPending = DepthOf(tag.name) < 3;
     return result;
   }
-  Trim(text);
+  Squeeze(text);
   ReplaceEntities(text);
   return RequireToken(KVN_TOKEN_PUNCTUATOR, ">");
 }

@@ -1,3 +1,5 @@
+#include <string>
+
 #include "definitions/nodeDefinition.h"
 #include "formats/text/xmlSpeaker.h"
 #include "foundation/doubleArray.h"
@@ -82,10 +84,21 @@ void KVN_xmlSpeaker::WriteTag(const char* before, const char* name) {
   PutText(">\n");
 }
 
-/// The texts of this format are identifiers, so that nothing in them needs an entity.
+/// The texts of this format are identifiers. Those of networks may hold any character behind an
+/// "@".
 void KVN_xmlSpeaker::WriteElement(const char* name, const char* text) {
+  std::string escaped;
+  for (const char* c = text; *c != '\0'; ++c) {
+    if (*c == '&') {
+      escaped += "&amp;";
+    } else if (*c == '<') {
+      escaped += "&lt;";
+    } else {
+      escaped += *c;
+    }
+  }
   outputFile.WriteIndent();
-  for (const char* piece : {"<", name, ">", text, "</", name, ">\n"}) PutText(piece);
+  for (const char* piece : {"<", name, ">", escaped.c_str(), "</", name, ">\n"}) PutText(piece);
 }
 
 /// A deterministic node has states and a table, and goes out as what it is to a reader that knows

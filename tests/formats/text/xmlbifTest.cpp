@@ -70,6 +70,29 @@ TEST(XmlSpeaker, ReadsAnInfluenceDiagram) {
   EXPECT_THAT(CellsOf(network, "Gain"), ElementsAre(-1, 2, -3, 4.5, 5, 6));
 }
 
+// How a text is laid out is no part of it, and a network may be called anything behind an "@".
+TEST(XmlSpeaker, ReadsBackTheNamesOfNetworks) {
+  const struct {
+    const char* text;
+    const char* id;
+  } cases[] = {
+      {"\n  plain\t", "plain"},
+      {"@two\n\t lines  of it\r\n", "@two lines of it"},
+      {"@a<;/b &lt;/NAME> &amp;lt; &quot;", "@a<;/b </NAME> &lt; \""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    KVN_network network;
+    const std::string text =
+        std::string("<BIF VERSION=\"0.3\"><NETWORK><NAME>") + c.text + "</NAME></NETWORK></BIF>";
+    EXPECT_THAT(ReadText(network, "xml03", text), IsEmpty());
+    EXPECT_STREQ(network.Header().GetId(), c.id);
+    KVN_network copy;
+    EXPECT_THAT(ReadText(copy, "xml03", WrittenText(network, "xml03")), IsEmpty());
+    EXPECT_STREQ(copy.Header().GetId(), c.id);
+  }
+}
+
 const std::string kHead = "<BIF VERSION=\"0.3\"><NETWORK><NAME>n</NAME>\n";
 const std::string kTail = "</NETWORK></BIF>\n";
 // A has two states, B three.
