@@ -222,6 +222,10 @@ int KVN_xmlSpeaker::ReadText(std::string& text) {
     if (ReadEndTagName() == 0) isTagPending = DepthOf(tag.name) < 3;
     return result;
   }
+  if (const std::size_t null = text.find('\0'); null != std::string::npos) {
+    text.erase(null);  // the engine's texts end there
+    (void)ReportText(KVN_SYNTAX_ERROR, "ERROR: '%s' : Text with a null character", text.c_str());
+  }
   Squeeze(text);
   ReplaceEntities(text);
   return RequireToken(KVN_TOKEN_PUNCTUATOR, ">");

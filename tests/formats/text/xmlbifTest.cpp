@@ -15,6 +15,7 @@
 
 namespace {
 
+using std::string_literals::operator""s;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -154,6 +155,10 @@ TEST(XmlSpeaker, TellsWhatIsWrongWithTheNetwork) {
        "<BIF VERSION=\"0.3\"><NETWORK>\n<NAME> </NAME>" + kTail,
        0,
        {"2 '' : Illegal identifier"}},
+      {"a network's name with a null character",
+       "<BIF VERSION=\"0.3\"><NETWORK>\n<NAME>a \0b</NAME>"s + kTail,
+       0,
+       {"2 'a ' : Text with a null character"}},
       {"empty elements in the wrong place",
        kHead + "<FOR/><FOO/>\n<VARIABLE><BAR/><NAME>A</NAME></VARIABLE>" + kTail,
        1,
