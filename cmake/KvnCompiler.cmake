@@ -9,6 +9,10 @@ endif()
 # multiply-add changes last bits between machines.
 add_compile_options(-ffp-contract=off)
 
+# For the tool and the tests, whose speed is that of the library and whose compile time is that of
+# the templates of others: it halves the time of an optimised build of them.
+set(KVN_QUICK_COMPILE $<$<CONFIG:Release>:-O1>)
+
 if(KVN_SANITIZE)
   add_compile_options(-fsanitize=${KVN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KVN_SANITIZE})
