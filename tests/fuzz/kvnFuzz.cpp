@@ -3,9 +3,6 @@
 // that a user saves is never changed by loading and saving it once more. CanBeCarried tells of the
 // few networks that the format is known not to carry.
 
-#include <unistd.h>
-
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -13,55 +10,15 @@
 #include <string>
 
 #include "definitions/nodeDefinition.h"
-#include "foundation/errorLog.h"
-#include "foundation/resultCodes.h"
 #include "network/fileSpeaker.h"
 #include "network/header.h"
 #include "network/network.h"
 #include "network/node.h"
 #include "network/submodel.h"
 #include "network/submodelHandler.h"
+#include "tests/fuzz/fuzzTools.h"
 
 namespace {
-
-/// Takes the messages away: the log of the process would grow with every input.
-class MessageSink : public KVN_errorTarget {
- public:
-  void Log(int code, const char* text) override {
-    if (code == KVN_NO_MEMORY) ranOut = true;
-    last = text;
-  }
-  bool ranOut = false;
-  std::string last;
-};
-
-MessageSink theSink;  // outlives every use; the log does not own it
-
-/// Files in memory where the system has them: the disk would set the pace.
-std::string ScratchName(const char* suffix) {
-  static const std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-  return folder + "/kvnFuzz" + std::to_string(getpid()) + suffix;
-}
-
-void Save(const std::string& name, const std::uint8_t* data, std::size_t size) {
-  std::FILE* file = std::fopen(name.c_str(), "wb");
-  if (file == nullptr) std::abort();
-  // An empty input may come without an address, which fwrite does not take.
-  if (size > 0 && std::fwrite(data, 1, size, file) != size) std::abort();
-  if (std::fclose(file) != 0) std::abort();
-}
-
-std::string Load(const std::string& name) {
-  std::FILE* file = std::fopen(name.c_str(), "rb");
-  if (file == nullptr) std::abort();
-  std::string text;
-  char piece[4096];
-  while (const std::size_t count = std::fread(piece, 1, sizeof piece, file)) {
-    text.append(piece, count);
-  }
-  std::fclose(file);
-  return text;
-}
 
 /// Whether the text has the word as a list element, with or without a sign.
 bool HasElement(const std::string& text, const char* word) {
@@ -105,38 +62,22 @@ bool CanBeCarried(KVN_network& network, const std::string& written) {
   return !HasElement(written, "inf") && !HasElement(written, "nan");
 }
 
-void Complain(const char* what, const std::string& first, const std::string& second) {
-  std::fprintf(stderr, "%s\nlast message: %s\n--- first\n%s\n--- second\n%s\n", what,
-               theSink.last.c_str(), first.c_str(), second.c_str());
-  std::abort();
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::string input = ScratchName(".kvn");
-  static const std::string output = ScratchName("w.kvn");
-  KVN_errorLog().SetRedirect(&theSink, /*own=*/false);
-  theSink.ranOut = false;
-  Save(input, data, size);
+  static const std::string name = ScratchName(".kvn");
+  MessageSink log;
+  SaveBytes(name, data, size);
 
   KVN_network network;
-  const int result = network.ReadFile(input.c_str(), KVN_FORMAT_KVN);
-  std::remove(input.c_str());
+  const int result = network.ReadFile(name.c_str(), KVN_FORMAT_KVN);
   if (result > 0) std::abort();
-  if (network.WriteFile(output.c_str(), KVN_FORMAT_KVN) != 0) std::abort();
-  const std::string first = Load(output);
-
-  KVN_network again;
-  theSink.last.clear();
-  if (again.ReadFile(output.c_str(), KVN_FORMAT_KVN) != 0) Complain("not read back", first, "");
-  if (again.WriteFile(output.c_str(), KVN_FORMAT_KVN) != 0) std::abort();
-  const std::string second = Load(output);
-  std::remove(output.c_str());
-  // Where the memory ends depends on what else was allocated, so nothing is promised then.
-  if (first != second && !theSink.ranOut && CanBeCarried(network, first)) {
-    Complain("written differently", first, second);
+  if (network.WriteFile(name.c_str(), KVN_FORMAT_KVN) != 0) std::abort();
+  const std::string first = LoadBytes(name);
+  const std::string second = Rewritten(log, name, KVN_FORMAT_KVN, first);
+  std::remove(name.c_str());
+  if (first != second && CanBeCarried(network, first)) {
+    Complain(log, "written differently", first, second);
   }
-  KVN_errorLog().SetRedirect(nullptr, /*own=*/false);
   return 0;
 }
