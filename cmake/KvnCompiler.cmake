@@ -14,7 +14,8 @@ add_compile_options(-ffp-contract=off)
 set(KVN_QUICK_COMPILE $<$<CONFIG:Release>:-O1>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # At this level g++ 12 takes moves within std::string for moves beyond it.
-  list(APPEND KVN_QUICK_COMPILE $<$<CONFIG:Release>:-Wno-array-bounds>)
+  list(APPEND KVN_QUICK_COMPILE
+       $<$<CONFIG:Release>:-Wno-array-bounds> $<$<CONFIG:Release>:-Wno-stringop-overread>)
 endif()
 
 if(KVN_SANITIZE)

@@ -102,11 +102,18 @@ int KVN_fileFormat::PeekToken() {
   tokenType = token.type;
   tokenText = token.text;
   tokenLength = token.length;
+  isTokenCut = token.isCut;
   return 0;
 }
 
 void KVN_fileFormat::ConsumeToken() {
   if (lexer != nullptr) lexer->ConsumeToken();
+}
+
+void KVN_fileFormat::TakeToken() {
+  ConsumeToken();
+  if (!isTokenCut) return;
+  (void)ReportNumber(KVN_REFUSED, "ERROR: Text of more than %d characters, cut", tokenLength);
 }
 
 bool KVN_fileFormat::TokenIsOfClass(int type) const {
@@ -123,14 +130,14 @@ bool KVN_fileFormat::TokenFits(int type, const char* text) const {
 int KVN_fileFormat::AcceptToken(int type, const char* text) {
   if (int result = PeekToken(); result < 0) return result;
   if (!TokenFits(type, text)) return KVN_SYNTAX_ERROR;
-  ConsumeToken();
+  TakeToken();
   return 0;
 }
 
 int KVN_fileFormat::RequireToken(int type, const char* text) {
   if (lexer == nullptr) return ReportError(KVN_SYNTAX_ERROR, "ERROR: Unable to parse file");
   if (PeekToken() == 0 && TokenFits(type, text)) {
-    ConsumeToken();
+    TakeToken();
     return 0;
   }
   return ReportMisfit(type, text);
@@ -292,7 +299,8 @@ int KVN_fileFormat::ReportError(int code, const char* message) {
   if (code == 0) return 0;
   if (lexer == nullptr) return LogError(code, message);
   char prefix[64];
-  std::snprintf(prefix, sizeof prefix, "(line %d) : ", lexer->GetLineCount());
+  const int line = faultLine > 0 ? faultLine : lexer->GetLineCount();
+  std::snprintf(prefix, sizeof prefix, "(line %d) : ", line);
   return LogError(code, message, prefix);
 }
 

@@ -123,6 +123,8 @@ class KVN_fileFormat : public KVN_fileSpeaker {
   [[nodiscard]] int PeekToken();
   /// Consumes the token in hand; its text stays valid.
   void ConsumeToken();
+  /// The same, and tells of a token that was too long, whose text lacks its end.
+  void TakeToken();
 
   /// Consumes the next token if its class and, where `text` is not null, its text fit. Class 8 with
   /// a text compares the text alone: operators such as "=" have classes of their own and may be
@@ -226,6 +228,8 @@ class KVN_fileFormat : public KVN_fileSpeaker {
   int tokenType = 0;
   const char* tokenText = "";  // inside the lexer
   int tokenLength = 0;
+  bool isTokenCut = false;
+  int faultLine = 0;             // above 0: what ReportError names in place of the present line
   char errorMessage[1021] = {};  // where a message is composed before it is reported
   bool caseSensitive = true;
 

@@ -190,6 +190,7 @@ int KVN_lexicalAnalizer::SkipBlanks() {
 int KVN_lexicalAnalizer::RunAutomaton() {
   const unsigned char* const classes = GetCharacterClasses();
   Scanned().length = 0;
+  Scanned().isCut = false;
   currentState = 0;
   scanPosition = tokenStart;
   while (true) {
@@ -286,7 +287,7 @@ int KVN_lexicalAnalizer::ScanEscape(bool& skipping) {
     default: {
       const int high = hasHexEscapes ? HexDigit(second) : -1;
       const int low = high < 0 ? -1 : HexDigit(scanPosition[2]);
-      if (low < 0) return 0;
+      if (low < 0 || high + low == 0) return 0;
       Append(static_cast<char>(16 * high + low));
       ++scanPosition;
       break;
@@ -409,13 +410,18 @@ void KVN_lexicalAnalizer::ContinueOverSeam() {
 
 void KVN_lexicalAnalizer::Append(char character) {
   Slot& slot = Scanned();
-  if (slot.length < kMaxTokenLength) slot.text[slot.length++] = character;
+  if (slot.length < kMaxTokenLength) {
+    slot.text[slot.length++] = character;
+  } else {
+    slot.isCut = true;
+  }
 }
 
 void KVN_lexicalAnalizer::AppendRange(const char* first, const char* last) {
   Slot& slot = Scanned();
   const int count =
       static_cast<int>(std::min<std::ptrdiff_t>(last - first, kMaxTokenLength - slot.length));
+  if (count < last - first) slot.isCut = true;
   std::memcpy(slot.text + slot.length, first, static_cast<std::size_t>(count));
   slot.length += count;
 }
@@ -437,4 +443,5 @@ void KVN_lexicalAnalizer::GiveRecord(KVN_token& token) const {
   token.type = slot.type;
   token.text = slot.text;
   token.length = slot.length;
+  token.isCut = slot.isCut;
 }

@@ -29,7 +29,8 @@ enum KVN_tokenType : int {
 struct KVN_token {
   int type = 0;
   const char* text = "";
-  int length = 0;  // bytes of `text`
+  int length = 0;      // bytes of `text`
+  bool isCut = false;  // it was longer
 };
 
 /// Cuts a text file into tokens with a table-driven automaton. One automaton serves all text
@@ -62,11 +63,9 @@ class KVN_lexicalAnalizer : public KVN_object {
   int CheckReadiness(int deep) override;
   ~KVN_lexicalAnalizer() override;
 
-  /// With `returnsEndLines` a carriage return alone ends a line, as the files of old machines have
-  /// it.
-  ///
   /// Starts on a file, dropping all tokens of an earlier one. An empty file opens well and has no
-  /// tokens. KVN_FILE_IO with "OPEN FILE FAILED" in the log; KVN_NO_MEMORY.
+  /// tokens. With `returnsEndLines` a carriage return alone ends a line, as the files of old
+  /// machines have it. KVN_FILE_IO with "OPEN FILE FAILED" in the log; KVN_NO_MEMORY.
   [[nodiscard]] int OpenFile(const char* name, bool returnsEndLines = false);
 
   /// The next token, which stays the next one until ConsumeToken. A result below 0 leaves `token`
@@ -89,7 +88,8 @@ class KVN_lexicalAnalizer : public KVN_object {
   /// Whether `text` stands next, behind blanks; consumes nothing but them.
   [[nodiscard]] bool IsNext(const char* text);
 
-  /// From now on a backslash and two hexadecimal digits in a string stand for a byte.
+  /// From now on a backslash and two hexadecimal digits in a string stand for a byte other than 0,
+  /// which would end the text.
   void AcceptHexEscapes() { hasHexEscapes = true; }
 
   /// Characters to skip ahead of a token, besides blank, tab and line feed. They still are what
@@ -108,6 +108,7 @@ class KVN_lexicalAnalizer : public KVN_object {
   struct Slot {
     int type;
     int length;
+    bool isCut;
     char text[kMaxTokenLength + 1];
   };
 

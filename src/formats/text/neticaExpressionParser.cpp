@@ -9,6 +9,7 @@
 
 #include "expressions/function.h"
 #include "expressions/functionTable.h"
+#include "expressions/operators.h"
 
 namespace {
 
@@ -81,6 +82,8 @@ KVN_function* KVN_neticaExpressionParser::ValidateFunction(KVN_function* functio
   for (int i = 0; i < count; ++i) {
     translated->args[i] = std::exchange(function->args[SourceOf(row->order, i)], nullptr);
   }
+  // A sum takes two arguments at least.
+  if (arity < 0 && count == 1) translated->args[1] = new (std::nothrow) KVN_constant(0.0);
   delete function;  // with the first argument of a distribution
   return translated;
 }
@@ -92,9 +95,12 @@ std::string TranslateNeticaEquation(const char* text, const char* id, std::strin
     return "";
   }
   KVN_neticaExpressionParser parser;
-  const std::unique_ptr<KVN_expression> formula(parser.Parse(sign + 1, &error, nullptr));
+  std::unique_ptr<KVN_expression> formula(parser.Parse(sign + 1, &error, nullptr));
   if (formula == nullptr) return "";
-  std::string equation = std::string(id) + "=";
-  PrintSigned(*formula, equation);
-  return equation;
+  // As a comparison, so that what binds no tighter than its "=" gets parentheses.
+  auto variable = std::make_unique<KVN_variable>(id);
+  const KVN_operatorEQ equation(variable.release(), formula.release());
+  std::string printed;
+  equation.Print(printed);
+  return printed;
 }

@@ -46,14 +46,17 @@ int TypeOfKind(int kind) {
 }
 
 /// A row of nothing but impossible cells belongs to states of the parents that can't meet: any
-/// distribution will do, and an even one is consistent. `width` numbers of each row stood in the
+/// distribution will do, and an even one is consistent, or one state where the node is
+/// deterministic. `width` numbers of each row stood in the
 /// file, to which the positions in `impossible` refer; `numbers` has whole rows.
 void EvenOutImpossible(KVN_doubleArray& numbers, const std::vector<int>& impossible, int width,
-                       int states) {
+                       int states, bool isDeterministic) {
   for (std::size_t i = 0; i + width <= impossible.size(); ++i) {
     const int first = impossible[i];
     if (first % width != 0 || impossible[i + width - 1] != first + width - 1) continue;
-    for (int k = 0; k < states; ++k) numbers[first / width * states + k] = 1.0 / states;
+    double* const row = &numbers[first / width * states];
+    std::fill(row, row + states, isDeterministic ? 0.0 : 1.0 / states);
+    if (isDeterministic) row[0] = 1.0;
   }
 }
 
@@ -139,7 +142,7 @@ int KVN_neticaSpeaker::ReadKind() {
   return 0;
 }
 
-/// Of a utility all other statements about the kind are passed over.
+/// Of a utility `discrete` and `chance` are passed over.
 int KVN_neticaSpeaker::ReadDiscrete() {
   int isDiscrete = 0;
   if (int result = ReadBoolStatement("discrete", isDiscrete); result != 0) return result;
@@ -165,7 +168,10 @@ int KVN_neticaSpeaker::ReadChance() {
 int KVN_neticaSpeaker::ReadNumberOfStates() {
   int count = 0;
   const int result = ReadIntStatement("numstates", count);
-  if (result == 0 && !inHand->hasStates && !inHand->hasTable) inHand->statesWanted = count;
+  if (result == 0 && !inHand->hasStates) {
+    inHand->statesWanted = count;
+    inHand->countLine = Line();
+  }
   return result;
 }
 
@@ -175,6 +181,9 @@ int KVN_neticaSpeaker::ReadUserStatement() {
   if (int result = RequireToken(KVN_TOKEN_PUNCTUATOR, "="); result < 0) return result;
   if (int result = RequireToken(KVN_TOKEN_STRING, nullptr); result < 0) return result;
   KVN_userProperties& properties = network->GetNode(inHand->handle)->Info().UserProperties();
+  if (properties.FindProperty(key.c_str()) >= 0) {
+    return ReportText(KVN_REFUSED, "ERROR: '%s' : Duplicated property", key.c_str());
+  }
   return ReportError(std::min(properties.AddProperty(key.c_str(), tokenText), 0), nullptr);
 }
 
@@ -208,14 +217,16 @@ int KVN_neticaSpeaker::NeedDefinition() {
   KVN_node& node = *network->GetNode(inHand->handle);
   const int type = TypeOfKind(nodeKind);
   const bool isNew = node.Definition() == nullptr;
+  const bool wasEquation = node.GetType() == KVN_TYPE_EQUATION;
   if (!isNew && (type == KVN_TYPE_NONE || type == node.GetType())) return 0;
   const int result = type == KVN_TYPE_NONE ? KVN_REFUSED : node.ChangeType(type);
   if (node.Definition() != nullptr && (!isNew || result == 0)) {
     if (isNew) nodeKind = type;
-    const bool hasStored = inHand->hasStates || inHand->hasLevels || inHand->hasTable ||
-                           (inHand->hasEquation && inHand->equation.empty());
-    if (result < 0 && hasStored) {
-      (void)ReportText(result, "ERROR: Node (\"%s\") : Kind told behind a definition that it loses",
+    const bool keepsStates = result == 0 && (type & KVN_TYPE_BIT_DISCRETE) != 0;
+    const bool losesLevels = inHand->hasLevels && (result < 0 || wasEquation);
+    if (losesLevels || (inHand->hasStates && !keepsStates && !isNew)) {
+      (void)ReportText(KVN_REFUSED,
+                       "ERROR: Node (\"%s\") : Kind told behind a definition that it loses",
                        IdOf(inHand->handle));
     }
     return 0;
@@ -239,15 +250,18 @@ int KVN_neticaSpeaker::ReadParents() {
     areKnown = areKnown && network->FindNode(inHand->parents[i]) >= 0;
   }
   inHand->isDeferred = !areKnown;
+  inHand->parentsLine = Line();
   if (areKnown) AddParents(*inHand);
   return 0;
 }
 
 void KVN_neticaSpeaker::AddParents(NodeInHand& hand) {
+  const AtLine line(*this, hand.parentsLine);
   for (int i = 0; i < hand.parents.GetNumItems(); ++i) {
     const char* const id = hand.parents[i];
     const int result = network->AddArc(network->FindNode(id), hand.handle, /*layer=*/0);
     if (result == 0) continue;
+    hand.lacksParent = true;
     std::snprintf(errorMessage, sizeof errorMessage,
                   "ERROR: Couldn't add arc from node [%s] to node [%s]", id, IdOf(hand.handle));
     (void)ReportError(result, errorMessage);
@@ -263,7 +277,7 @@ int KVN_neticaSpeaker::ReadStates() {
   inHand->statesWanted = 0;
   inHand->hasStates = true;
   if (KVN_equation* equation = EquationOf(inHand->handle); equation != nullptr) {
-    return SetEvenIntervals(*equation, names);
+    return NameIntervals(*equation, names);
   }
   if (int result = definition.SetNumberOfOutcomes(names); result < 0) {
     return ReportError(result, nullptr);
@@ -276,33 +290,46 @@ int KVN_neticaSpeaker::ReadStates() {
 }
 
 /// "(" elements "," elements ")", nested in any way. An element is read by `int ()`, which answers
-/// KVN_NOT_THIS_STATEMENT for what is none.
+/// KVN_NOT_THIS_STATEMENT for what is none. Behind a comma there must be one, since a row with a
+/// gap would look like one that leaves out its last number; blanks may do for a comma.
 template <typename Element>
 int KVN_neticaSpeaker::ReadNested(Element readElement) {
   int depth = 0;
+  bool isBehindElement = false;  // or behind a list
+  bool isBehindComma = false;
   do {
     if (AcceptToken(KVN_TOKEN_PUNCTUATOR, "(") == 0) {
       ++depth;
-    } else if (depth > 0 && AcceptToken(KVN_TOKEN_PUNCTUATOR, ")") == 0) {
+      isBehindElement = isBehindComma = false;
+    } else if (depth > 0 && !isBehindComma && AcceptToken(KVN_TOKEN_PUNCTUATOR, ")") == 0) {
       --depth;
-    } else if (depth == 0 || AcceptToken(KVN_TOKEN_PUNCTUATOR, ",") != 0) {
+      isBehindElement = true;
+    } else if (isBehindElement && AcceptToken(KVN_TOKEN_PUNCTUATOR, ",") == 0) {
+      isBehindElement = false;
+      isBehindComma = true;
+    } else {
       const int result = depth == 0 ? KVN_NOT_THIS_STATEMENT : readElement();
       if (result == KVN_NOT_THIS_STATEMENT) return RequireToken(kNoClass, nullptr);
       if (result < 0) return result;
+      isBehindElement = true;
+      isBehindComma = false;
     }
   } while (depth > 0);
   return 0;
 }
 
 int KVN_neticaSpeaker::ReadNumbers(KVN_doubleArray& numbers) {
-  std::vector<int> impossible;
-  return ReadNested([&] { return ReadNumber(numbers, impossible); });
+  return ReadNested([&] {
+    double value = 0.0;
+    return ReadDouble(value) != 0 ? KVN_NOT_THIS_STATEMENT : TellMemory(numbers.Add(value));
+  });
 }
 
 /// Of a list with a fault nothing is kept, nor of one that stood before.
 int KVN_neticaSpeaker::ReadNumbersInHand() {
   inHand->numbers.CleanUp();
   inHand->impossible.clear();
+  inHand->tableLine = Line();
   const int result = ReadNested([this] { return ReadNumber(inHand->numbers, inHand->impossible); });
   inHand->hasNumbers = result == 0;
   return result;
@@ -330,10 +357,8 @@ int KVN_neticaSpeaker::ReadNames(KVN_stringArray& names) {
 
 int KVN_neticaSpeaker::ReadProbabilities() {
   if (EquationOf(inHand->handle) != nullptr) return SkipKnown();  // the formula stands for them
-  UseNumberOfStates();
   if (int result = ReadNumbersInHand(); result < 0) return result;
   inHand->hasTable = true;
-  if (!inHand->isDeferred) StoreNumbers(*inHand);
   return 0;
 }
 
@@ -341,6 +366,7 @@ int KVN_neticaSpeaker::ReadProbabilities() {
 /// against its size: no file says anything of more states than it has bytes.
 void KVN_neticaSpeaker::UseNumberOfStates() {
   const int count = std::exchange(inHand->statesWanted, 0);
+  const AtLine line(*this, inHand->countLine);
   KVN_nodeDefinition& definition = *network->DefinitionOf(inHand->handle);
   if (count == 0 || count == definition.GetNumberOfOutcomes()) return;
   if ((definition.GetType() & KVN_TYPE_BIT_DISCRETE) == 0) return;
@@ -355,8 +381,9 @@ void KVN_neticaSpeaker::UseNumberOfStates() {
 /// A decision's table is the policy that somebody has computed once.
 int KVN_neticaSpeaker::ReadFunctionTable() {
   const int type = network->TypeOf(inHand->handle);
+  inHand->hasTable = true;
   if ((type & KVN_TYPE_BIT_DECISION) != 0) return SkipKnown();
-  UseNumberOfStates();
+  inHand->tableLine = Line();
   int result = 0;
   if ((type & KVN_TYPE_BIT_DISCRETE) != 0) {
     inHand->hasResults = false;
@@ -366,15 +393,11 @@ int KVN_neticaSpeaker::ReadFunctionTable() {
   } else {
     result = ReadNumbersInHand();
   }
-  if (result < 0) return result;
-  inHand->hasTable = true;
-  if (!inHand->isDeferred) StoreNumbers(*inHand);
-  return 0;
+  return result;
 }
 
 /// A state for each configuration of the parents, all of them states of the node.
 void KVN_neticaSpeaker::StoreResults(NodeInHand& hand) {
-  hand.hasResults = false;
   KVN_nodeDefinition& definition = *network->DefinitionOf(hand.handle);
   const KVN_idArray* const states = definition.GetOutcomesNames();
   const int count = hand.results.GetNumItems();
@@ -401,9 +424,14 @@ void KVN_neticaSpeaker::ReportCount(const char* format, int handle, int found, i
 /// Numbers that are too few or too many are worse than none: it isn't known where they belong.
 void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
   KVN_nodeDefinition& definition = *network->DefinitionOf(hand.handle);
+  const AtLine line(*this, hand.tableLine);
+  if (hand.lacksParent && (hand.hasResults || hand.hasNumbers)) {
+    (void)ReportText(KVN_REFUSED, "ERROR: Node (\"%s\") : Table for a parent that is missing",
+                     IdOf(hand.handle));
+    return;
+  }
   if (hand.hasResults) StoreResults(hand);
   if (!hand.hasNumbers) return;
-  hand.hasNumbers = false;
   const int expected = std::max(definition.GetSize(), 0);
   const int states = definition.GetNumberOfOutcomes();
   int count = hand.numbers.GetNumItems();
@@ -421,7 +449,8 @@ void KVN_neticaSpeaker::StoreNumbers(NodeInHand& hand) {
   }
   // A row without its last number is told by one number at least.
   if (states > 1) {
-    EvenOutImpossible(hand.numbers, hand.impossible, lacksLast ? states - 1 : states, states);
+    EvenOutImpossible(hand.numbers, hand.impossible, lacksLast ? states - 1 : states, states,
+                      definition.GetType() == KVN_TYPE_TRUTHTABLE);
   }
   (void)ReportError(definition.SetDefinition(hand.numbers), nullptr);
 }
@@ -441,7 +470,7 @@ void KVN_neticaSpeaker::FinishNode() {
     (void)ReportText(KVN_REFUSED, "ERROR: Type of node [%s] unsupported", IdOf(inHand->handle));
   }
   UseNumberOfStates();
-  if (!inHand->isDeferred) StoreEquation(*inHand);  // it may have stood before the kind
+  if (!inHand->isDeferred) StoreParts(*inHand);
   TellWhatIsMissing(EquationOf(inHand->handle) != nullptr);
   if (inHand->isDeferred) deferred.push_back(std::move(inHand));
   inHand.reset();
@@ -461,8 +490,14 @@ void KVN_neticaSpeaker::TellWhatIsMissing(bool isEquation) {
 void KVN_neticaSpeaker::FinishDeferred() {
   for (const std::unique_ptr<NodeInHand>& hand : deferred) {
     AddParents(*hand);
-    StoreNumbers(*hand);
-    StoreEquation(*hand);
+    StoreParts(*hand);
   }
   deferred.clear();
+}
+
+/// Only when the block has ended its kind, its states and its parents are sure. What is wrong is
+/// told with the line where it stood.
+void KVN_neticaSpeaker::StoreParts(NodeInHand& hand) {
+  StoreNumbers(hand);
+  StoreEquation(hand);
 }

@@ -61,6 +61,8 @@ int KVN_neticaSpeaker::ReadFile(const char* fileName) {
     result = ReadNet();
     if (result == 0) (void)AcceptToken(KVN_TOKEN_PUNCTUATOR, ";");
     FinishDeferred();
+    // A "}" too many ends the network early, and the rest of the file would be lost in silence.
+    if (result == 0 && PeekToken() == 0) (void)ReportToken("ERROR: '%s' : Unexpected");
   } else {
     (void)ReportToken("ERROR: '%s' : 'bnet' expected");
   }

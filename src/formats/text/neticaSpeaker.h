@@ -56,13 +56,32 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
     bool hasTable = false;    // numbers or states for the configurations of the parents
     int statesWanted = 0;     // `numstates`
     bool isDeferred = false;  // a parent is not known yet
+    bool lacksParent = false;
     KVN_stringArray parents;
-    bool hasNumbers = false;  // still to be stored, as are `results`
+    // To be stored when all else is known: the states, the kind, the parents.
+    bool hasNumbers = false;
     KVN_doubleArray numbers;
     std::vector<int> impossible;  // which of `numbers` were given as `@imposs`
     bool hasResults = false;
     KVN_stringArray results;
-    std::string equation;  // still to be stored; empty afterwards
+    std::string equation;
+    // Where they stood, for what is told of them later.
+    int countLine = 0;
+    int parentsLine = 0;
+    int tableLine = 0;
+    int equationLine = 0;
+  };
+
+  /// While one lives, what is reported names this line and not the present one.
+  class AtLine {
+   public:
+    AtLine(KVN_neticaSpeaker& owner, int line) : speaker(owner) { speaker.faultLine = line; }
+    ~AtLine() { speaker.faultLine = 0; }
+    AtLine(const AtLine&) = delete;
+    AtLine& operator=(const AtLine&) = delete;
+
+   private:
+    KVN_neticaSpeaker& speaker;
   };
 
   // Reading: neticaSpeaker.cpp has the network and its layout, neticaReaderNode.cpp the nodes.
@@ -111,13 +130,15 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
   void ReportCount(const char* format, int handle, int found, int expected);
   void StoreNumbers(NodeInHand& hand);
   void TellWhatIsMissing(bool isEquation);
+  void StoreParts(NodeInHand& hand);
+  int Line() const { return lexer->GetLineCount(); }
   void FinishNode();
   void FinishDeferred();
   const char* IdOf(int handle) const;
 
   // Equation nodes, neticaReaderEquation.cpp.
   KVN_equation* EquationOf(int handle) const;
-  int SetEvenIntervals(KVN_equation& equation, const KVN_stringArray& names);
+  int NameIntervals(KVN_equation& equation, const KVN_stringArray& names);
   int ReportIntervals(int result);
   int ReadLevels();
   int ReadEquation();

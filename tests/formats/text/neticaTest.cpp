@@ -6,6 +6,7 @@
 
 #include "expressions/equation.h"
 #include "formats/text/neticaExpressionParser.h"
+#include "foundation/random.h"
 #include "network/creation.h"
 #include "network/header.h"
 #include "network/nodeInfo.h"
@@ -14,6 +15,7 @@
 #include "network/submodelHandler.h"
 #include "network/userProperties.h"
 #include "tests/formats/text/foreignFiles.h"
+#include "tests/support/equationBuilder.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
 
@@ -169,16 +171,39 @@ TEST(NeticaSpeaker, TellsWhatIsWrongWithANode) {
                            "node C { discrete = FALSE; equation = \"C () = Foo(1)\"; };" + end, 3,
        {"2 'INFINITY' : Unexpected", "2 Node (\"A\") : No equation", "3 Node (\"B\") : Invalid intervals",
         "3 Can't find the '=' sign in equation", "4 Unknown function: Foo"}},
+      {"intervals", "node A { discrete = FALSE; states = (a, b, c); levels = (0, 1, 2); equation = \"A = 1\"; };\n"
+                    "node B { discrete = FALSE; levels = (0, 1, 2); states = (a, b, c); equation = \"B = 1\"; };\n"
+                    "node C { discrete = FALSE; levels = (@imposs, 1, 2); equation = \"C = 1\"; };" + end, 3,
+       {"2 Node (\"A\") : Invalid intervals", "3 Node (\"B\") : Invalid intervals", "4 '@' : Unexpected"}},
       {"kind behind what it loses", "node A { states = (a, b, c); discrete = FALSE; equation = \"A = 7\"; };\n"
                                     "node B { states = (a, b); kind = DECISION; discrete = FALSE; };" + end, 2,
        {"2 Node (\"A\") : Kind told behind a definition that it loses", "3 Type of node [B] unsupported"}},
+      {"kind behind its states", "node A { states = (a, b, c); probs = (0.1, 0.2, 0.7); kind = UTILITY; };\n"
+                                 "node B { states = (a, b, c); probs = (0.1, 0.2, 0.7); kind = DECISION; };" + end, 2,
+       {"2 Node (\"A\") : Kind told behind a definition that it loses", "2 Node (\"A\") : 3 numbers found, 1 expected",
+        "3 Node (\"B\") : 3 numbers found, 0 expected"}},
       {"boolean", "node A { discrete = MAYBE; };" + end, 1, {"2 (\"MAYBE\") : Boolean Expected"}},
       {"states", "node A { states = (a); };\nnode B { states = (a, 5); };\nnode C { numstates = 1; };\n"
                  "node D { numstates = 2000000000; };" + end, 4,
        {"2 Node (\"A\") : Two states needed, one added", "3 '5' : Identifier expected",
         "4 '1' : Invalid number of states", "5 '2000000000' : Invalid number of states"}},
       {"parents", "node A { parents = (A); };\nnode B { parents = (X, A); probs = (1, 0, 0, 1); };" + end, 2,
-       {"2 Couldn't add arc from node [A] to node [A]", "4 Couldn't add arc from node [X] to node [B]"}},
+       {"2 Couldn't add arc from node [A] to node [A]", "3 Couldn't add arc from node [X] to node [B]",
+        "3 Node (\"B\") : Table for a parent that is missing"}},
+      {"lists with gaps", "node A { states = (a, b, c); probs = (0.5, , 0.3); };\n"
+                          "node B { probs = (1, 0,); };\nnode C { chance = DETERMIN; functable = (, State0); };" + end, 3,
+       {"2 ',' : Unexpected", "3 ')' : Unexpected", "4 ',' : Unexpected"}},
+      {"faults told at the end of a block", "node A { states = (a, b);\nprobs = (1);\nprobs = (1, 2, 3);\n};\n"
+       "node B { parents = (C);\nprobs = (1);\n};\n"
+       "node C { discrete = FALSE; parents = (D);\nequation = \"C = Foo(1)\";\n};\nnode D { discrete = FALSE; equation = \"D = 1\"; };" + end, 4,
+       {"4 Node (\"A\") : 3 numbers found, 2 expected", "Arc rejected by child node",
+        "6 Couldn't add arc from node [C] to node [B]",
+        "7 Node (\"B\") : Table for a parent that is missing", "10 Unknown function: Foo"}},
+      {"texts that are too long", "node A { title = \"" + std::string(10212, 'x') + "\"; };\n"
+                                  "node B { discrete = FALSE; equation = \"B = 1" + std::string(10212, ' ') + "2\"; };" + end, 2,
+       {"2 Text of more than 10211 characters, cut", "3 Text of more than 10211 characters, cut", "3 Node (\"B\") : No equation"}},
+      {"a brace too many", "node A { }; };\nnode B { }; };", 1, {"3 'node' : Unexpected"}},
+      {"properties", "node A { user U1 { k = \"1\";\nk = \"2\"; }; };" + end, 1, {"3 'k' : Duplicated property"}},
       {"numbers", "node A { probs = (1, 0, 0); };\nnode B { probs = (1, nan); };\n"
                   "node C { probs = 1; };\nnode D { probs = ((1, 0)), (1); title = \"D\"; };" + end, 4,
        {"2 Node (\"A\") : 3 numbers found, 2 expected", "3 'nan' : Unexpected", "4 '1' : Unexpected",
@@ -231,7 +256,7 @@ TEST(NeticaSpeaker, TakesTheKindFromAllItsWords) {
        KVN_TYPE_CPT,
        {0.25, 0.75}},
       {"probs = (0.25, 0.75); discrete = FALSE; discrete = TRUE;", KVN_TYPE_CPT, {0.25, 0.75}},
-      {"states = (a, b); discrete = FALSE; kind = UTILITY; functable = (7);", KVN_TYPE_TABLE, {7}},
+      {"parents = (); discrete = FALSE; kind = UTILITY; functable = (7);", KVN_TYPE_TABLE, {7}},
       {"discrete = FALSE; levels = (0, 1, 2); equation = \"A = 7\"; chance = CHANCE;",
        KVN_TYPE_EQUATION,
        {}},
@@ -242,6 +267,8 @@ TEST(NeticaSpeaker, TakesTheKindFromAllItsWords) {
        KVN_TYPE_EQUATION,
        {}},
       {"equation = \"A = 7\"; discrete = FALSE;", KVN_TYPE_EQUATION, {}},
+      {"probs = (0.2, 0.8); states = (a, b);", KVN_TYPE_CPT, {0.2, 0.8}},
+      {"functable = (b); states = (a, b); chance = DETERMIN; ", KVN_TYPE_TRUTHTABLE, {0, 1}},
   };
   for (const KindCase& c : cases) {
     SCOPED_TRACE(c.statements);
@@ -300,6 +327,13 @@ const TranslationCase kTranslations[] = {
     {"x = BernoulliDist(x, 0.5)", "x=Bernoulli(0.5)", ""},
     {"x (y) = clip(y, 0, 1)", "x=Trim(1,y,0)", ""},
     {"x (y) = plus(y, clip(y, 2, 3), 1)", "x=Sum(y,Trim(3,y,2),1)", ""},
+    {"x (y) = plus(y)", "x=Sum(y,0)", ""},
+    {"x (y) = (y = 3)", "x=(y=3)", ""},
+    {"x (y) = y > 3 ? 1 : 2", "x=(y>3 ? 1 : 2)", ""},
+    {"x (y) = y <> 3", "x=(y<>3)", ""},
+    {"x = BetaDist(x, 2, 3) + BinomialDist(x, 4, 0.5)", "x=Beta(2,3)+Binomial(4,0.5)", ""},
+    {"x = ExponentialDist(x, 2) + LognormalDist(x, 0, 1)", "x=Exponential(2)+Lognormal(0,1)", ""},
+    {"x = WeibullDist(x, 2, 3)", "x=Weibull(2,3)", ""},
     {"x (y) = -binomial(4, y)", "x=-Combin(4,y)", ""},
     {"x (y) = max(y, 3)", "x=Max(y,3)", ""},
     {"x (y) == 3", "", "Factor expected"},
@@ -353,6 +387,33 @@ node w { discrete = FALSE; levels = (-5, 20); equation = "w = 3"; };
   EXPECT_EQ(equationOf("w").GetLowerBound(), -5.0);
   EXPECT_EQ(equationOf("w").GetUpperBound(), 20.0);
   EXPECT_THAT(equationOf("w").GetDiscIntervals(), IsEmpty());
+}
+
+// Formulas whose top binds as loosely as the "=" of the equation, and a random one.
+TEST(NeticaSpeaker, EquationsAnswerAsTheyReadAndWhenSavedAsXml) {
+  const char* const text = R"x(bnet N {
+node x { discrete = FALSE; levels = (0, 10); equation = "x = 4"; };
+node a { discrete = FALSE; parents = (x); equation = "a (x) = (x = 4)"; };
+node b { discrete = FALSE; parents = (x); equation = "b (x) = x > 3 ? 5 : 6"; };
+node c { discrete = FALSE; parents = (x); equation = "c (x) = x <> 4"; };
+node d { discrete = FALSE; parents = (x); equation = "p (d | x) = x + UniformDist(d, 0, 1)"; };
+};)x";
+  const auto meansOf = [](KVN_network& network) {
+    ResetGenerators();
+    EXPECT_EQ(network.UpdateBeliefs(), 0);
+    std::vector<double> means;
+    for (const char* id : {"x", "a", "b", "c", "d"}) {
+      means.push_back(EquationValueOf(network, network.FindNode(id)).GetMean());
+    }
+    return means;
+  };
+  KVN_network network;
+  EXPECT_THAT(ReadText(network, "dne", text), IsEmpty());
+  const std::vector<double> means = meansOf(network);
+  EXPECT_THAT(means, ElementsAre(4, 1, 5, 0, testing::DoubleNear(4.5, 0.5)));
+  KVN_network saved;
+  EXPECT_THAT(ReadText(saved, "xkvn", WrittenText(network, "xkvn")), IsEmpty());
+  EXPECT_EQ(meansOf(saved), means);
 }
 
 TEST(NeticaSpeaker, WritesItsDocument) {
@@ -451,6 +512,7 @@ TEST(NeticaSpeaker, LosesTheNumbersOfDeterministicNodesAndGates) {
 TEST(NeticaSpeaker, RefusesToWriteWhatItCannotCarry) {
   ExpectRefusedToWrite("dne", KVN_TYPE_NOISY_ADDER, "ERROR: Unsupported node type");
   ExpectRefusedToWrite("dne", KVN_TYPE_DEMORGAN, "ERROR: Unsupported node type");
+  ExpectRefusedToWrite("dne", KVN_TYPE_EQUATION, "ERROR: Unsupported node type");
   ExpectRefusedToWrite("dne", KVN_TYPE_MAU, "ERROR: This Network cannot be saved in Netica format");
 }
 
