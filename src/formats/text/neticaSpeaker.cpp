@@ -21,11 +21,12 @@ namespace {
 
 constexpr const char* kUnnamedNetwork = "_Unnamed_Network_";
 
-// Statements that mean nothing here. The last ones of each list come from later versions of the
-// program, which spell some words anew.
-const char* const kNetWords[] = {"numdimensions", "eqncontext", "whochanged", "locked",
-                                 "autoupdate",    "elimorder",  "ElimOrder",  "AutoCompile",
-                                 "AutoUpdate",    nullptr};
+// Statements and blocks that mean nothing here. The last ones of each list come from later versions
+// of the program, which spell some words anew.
+const char* const kNetWords[] = {"numdimensions",  "eqncontext", "whochanged", "locked",
+                                 "autoupdate",     "elimorder",  "ElimOrder",  "AutoCompile",
+                                 "AutoUpdate",     "user",       "NodeSet",    "NodeSets",
+                                 "PrinterSetting", nullptr};
 const char* const kVisualNetWords[] = {
     "dispname",      "dispform",       "defdispform",     "nodelabeling",   "nodefont",
     "hidden",        "linkfont",       "commentfont",     "linkjoin",       "showstrength",

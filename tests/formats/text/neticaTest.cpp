@@ -37,6 +37,8 @@ visual V1 {
 	windowposn = (10, 20, 110, 220); backcolor = 0x00E1E1E1;
 	NodeSet Node {BuiltIn = 1; Color = 0x00E1E1E1;};
 	};
+user U1 { k = "v"; };
+PrinterSetting A {margins = (1, 2); landscape = FALSE;};
 node Report {
 	kind = NATURE;
 	discrete = TRUE;
@@ -58,13 +60,14 @@ node Report {
 		link 1 { path = ((1, 2), (3, 4)); };
 		};
 	};
-node Rain { numstates = 3; probs = (0.5, 1e-1); };
+node Rain { numstates = 3; levels = (1, 2, 3); statetitles = (, "x"); evidence = #0; probs = (0.5, 1e-1); };
 node Take { kind = DECISION; discrete = TRUE; states = (yes, no); parents = (Report);
 	functable = (yes, no); };
 node Wet { chance = DETERMIN; states = (dry, wet); parents = (Take, Report);
-	functable = ((dry, dry), (dry, wet)); };
+	probs = ((1, 0), (1, 0), (1, 0), (0, 1)); functable = ((dry, dry), (dry, wet)); };
 node Mood { kind = UTILITY; discrete = FALSE; measure = RATIO; chance = DETERMIN;
-	parents = (Take, Wet); functable = (1, -2, 3, 4.5); equation = "Mood (Take, Wet) = 0"; };
+	parents = (Take, Wet); functable = (1, -2, 3, 4.5); equation = "Mood (Take, Wet) = \
+	  0"; };
 };
 )";
 
