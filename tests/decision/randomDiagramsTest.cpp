@@ -12,6 +12,7 @@
 #include "tests/decision/randomDiagrams.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/networkComparer.h"
+#include "tests/support/sanitized.h"
 
 namespace {
 
@@ -103,7 +104,7 @@ void ExpectUntouched(KVN_network& before, KVN_network& after) {
 /// The order that both the evaluators and the tree below go by, against what makes one: each node
 /// that is decided or observed for a decision once, and what a decision knows before it.
 TEST(RandomDiagrams, OrderHasWhatIsKnownBeforeEachDecision) {
-  for (std::uint64_t seed = 0; seed < 500; seed++) {
+  for (std::uint64_t seed = 0; seed < FewerIfSanitized(500u); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     KVN_network network;
     FillRandomDiagram(network, seed);
@@ -127,7 +128,7 @@ TEST(RandomDiagrams, OrderHasWhatIsKnownBeforeEachDecision) {
 }
 
 TEST(RandomDiagrams, WithEffortEveryTableIsThatOfTheDecisionTree) {
-  for (std::uint64_t seed = 0; seed < 2000; seed++) {
+  for (std::uint64_t seed = 0; seed < FewerIfSanitized(2000u); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     KVN_network network;
     FillRandomDiagram(network, seed);
@@ -147,7 +148,7 @@ TEST(RandomDiagrams, WithEffortEveryTableIsThatOfTheDecisionTree) {
 /// further nodes or into finding out what these depend on.
 TEST(RandomDiagrams, WithoutEffortTheTablesAreThoseOfWhatIsEnumerated) {
   int differing = 0;
-  for (std::uint64_t seed = 0; seed < 600; seed++) {
+  for (std::uint64_t seed = 0; seed < FewerIfSanitized(600u); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     KVN_network network, careful;
     FillRandomDiagram(network, seed);

@@ -12,6 +12,7 @@
 #include "expressions/variableVisitor.h"
 #include "tests/expressions/expressionTools.h"
 #include "tests/support/failingAllocation.h"
+#include "tests/support/sanitized.h"
 
 namespace {
 
@@ -344,7 +345,7 @@ TEST(Simplify, KeepsTheValueOfRandomFormulas) {
   int checkedSteps = 0;
   for (const bool exact : {true, false}) {
     FormulaMaker maker(/*seed=*/20240607, exact);
-    for (int i = 0; i < 50000 && !::testing::Test::HasFailure(); i++) {
+    for (int i = 0; i < FewerIfSanitized(50000) && !::testing::Test::HasFailure(); i++) {
       Tree tree(maker.New(2 + i % 3));
       AssignVariable(*tree, "p", exact ? 2.0 : 0.7);
       AssignVariable(*tree, "q", exact ? -0.5 : 1.3);
@@ -353,7 +354,7 @@ TEST(Simplify, KeepsTheValueOfRandomFormulas) {
       checkedSteps += CheckSteps(tree);
     }
   }
-  EXPECT_GT(checkedSteps, 150000);
+  EXPECT_GT(checkedSteps, FewerIfSanitized(150000));
 }
 
 }  // namespace

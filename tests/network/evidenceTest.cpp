@@ -11,6 +11,7 @@
 #include "tests/support/failingAllocation.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/smallStack.h"
+#include "tests/support/sanitized.h"
 
 namespace {
 
@@ -106,7 +107,7 @@ class RandomCase {
 
 TEST(Evidence, WalksAgreeWithPlainRecursionOnRandomNetworks) {
   int conflicts = 0, derived = 0;
-  for (unsigned seed = 1; seed <= 1500; seed++) {
+  for (unsigned seed = 1; seed <= FewerIfSanitized(1500u); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomCase net(seed);
     EvidenceReference reference(net.network);
@@ -348,7 +349,7 @@ TEST(Evidence, NoWalkLeavesAStaleValueValidWhenMemoryIsOut) {
 // Every node equal to its parent by certainty, so that evidence anywhere decides all of them.
 TEST(Evidence, LongChainNeedsLittleStack) {
   RunInSmallStack([] {
-    constexpr int kNodes = 50000;
+    constexpr int kNodes = FewerIfSanitized(50000);
     constexpr int kLast = kNodes - 1;
     KVN_network network;
     for (int i = 0; i < kNodes; i++) {

@@ -12,10 +12,11 @@
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
 #include "tests/support/scratchFolder.h"
+#include "tests/support/sanitized.h"
 
 namespace {
 
-constexpr int kSeeds = 200;
+constexpr int kSeeds = FewerIfSanitized(200);
 // Half of the eighth decimal, and what the subtraction of the comparison may add to it.
 constexpr double kEightDecimals = 0.5e-8 + 1e-12;
 

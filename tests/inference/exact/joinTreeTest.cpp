@@ -17,6 +17,7 @@
 #include "tests/support/networkBuilder.h"
 #include "tests/support/oracle.h"
 #include "tests/support/randomBayes.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/smallStack.h"
 #include "values/nodeValue.h"
 
@@ -69,7 +70,7 @@ std::vector<std::vector<double>> Posteriors(KVN_network& network) {
 }  // namespace
 
 TEST(JoinTree, EveryMethodAgreesWithEnumeration) {
-  for (std::uint64_t seed = 0; seed < 1500; ++seed) {
+  for (std::uint64_t seed = 0; seed < FewerIfSanitized(1500u); ++seed) {
     for (const Method& method : kMethods) {
       SCOPED_TRACE(testing::Message() << method.name << ", seed " << seed);
       KVN_network network;
@@ -244,7 +245,7 @@ TEST(JoinTree, RefusesMoreNodesThanItIsMadeFor) {
 
 TEST(JoinTree, LargeTreesAnswerOnASmallStack) {
   for (int shape = 0; shape < 3; ++shape) {  // chain, random tree, star
-    const int count = shape == 0 ? 50000 : 20000;
+    const int count = FewerIfSanitized(shape == 0 ? 50000 : 20000);
     RunInSmallStack([&] {
       KVN_network network;
       network.SetChangeMask(0);

@@ -17,6 +17,7 @@
 #include "tests/support/networkBuilder.h"
 #include "tests/support/oracle.h"
 #include "tests/support/randomBayes.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/smallStack.h"
 
 namespace {
@@ -42,7 +43,7 @@ bool IsConnected(const KVN_network& network) {
 
 TEST(Polytree, AgreesWithEnumeration) {
   int tried = 0;
-  for (std::uint64_t seed = 0; seed < 5000; seed++) {
+  for (std::uint64_t seed = 0; seed < FewerIfSanitized(5000u); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomBayesOptions options;
     options.nodes = 2 + static_cast<int>(seed % 6);
@@ -204,7 +205,7 @@ TEST(Polytree, DoesNotUnderflow) {
 // A step keeps the state with probability 0.9, so i steps with p(i) = (1 + 0.8^i) / 2. Between
 // findings of state 0 at distances i and j, state 0 has the odds p(i) p(j) : (1 - p(i)) (1 - p(j)).
 TEST(Polytree, LongChainNeedsLittleStackAndTime) {
-  constexpr int kLength = 50000;
+  constexpr int kLength = FewerIfSanitized(50000);
   constexpr int kDistance = 10;
   RunInSmallStack([] {
     KVN_network network;

@@ -19,6 +19,7 @@
 #include "tests/support/networkBuilder.h"
 #include "tests/support/oracle.h"
 #include "tests/support/randomBayes.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/smallStack.h"
 
 namespace {
@@ -347,7 +348,8 @@ TEST(Relevance, LongChainsNeedLittleStack) {
     network.SetUpdateFlags(0);
     int last = AddCpt(network, nullptr, 2, {}, {0.25, 0.75});
     const int first = last;
-    for (int i = 1; i < 50000; i++) last = AddCpt(network, nullptr, 2, {last}, {1, 0, 0, 1});
+    for (int i = 1; i < FewerIfSanitized(50000); i++)
+      last = AddCpt(network, nullptr, 2, {last}, {1, 0, 0, 1});
     ASSERT_EQ(network.SetTarget(last), 0);
     const std::unique_ptr<RelevanceParts> parts = Reduce(network);
     ASSERT_EQ(parts->GetCount(), 1);

@@ -13,6 +13,7 @@
 #include "tests/support/networkBuilder.h"
 #include "tests/support/oracle.h"
 #include "tests/support/randomBayes.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/smallStack.h"
 
 namespace {
@@ -21,7 +22,7 @@ constexpr double kRounding = 1e-12;
 
 TEST(SepsetJoinTree, AgreesWithEnumeration) {
   int tried = 0;
-  for (std::uint64_t seed = 0; seed < 4000; seed++) {
+  for (std::uint64_t seed = 0; seed < FewerIfSanitized(4000u); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomBayesOptions options;
     options.nodes = 2 + static_cast<int>(seed % 7);
@@ -173,7 +174,7 @@ TEST(SepsetJoinTree, LongChainNeedsLittleStackAndTime) {
     network.SetUpdateFlags(0);
     int first = AddCpt(network, nullptr, 2, {}, {0.5, 0.5});
     int last = first;
-    for (int i = 1; i < 50000; i++) {
+    for (int i = 1; i < FewerIfSanitized(50000); i++) {
       last = AddCpt(network, nullptr, 2, {last}, {0.9, 0.1, 0.1, 0.9});
     }
     ASSERT_EQ(network.ValueOf(last)->SetEvidence(0), 0);
