@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -218,5 +219,32 @@ void UseDeepTrees() {
 }
 
 TEST(Expression, DeepTreesNeedNoStack) { RunInSmallStack(UseDeepTrees); }
+
+// A walk with frames has its arguments on the heap: where levels got lost, even a small tree has.
+TEST(Expression, AnExceptionGivesTheLevelsBack) {
+  static const double* seen = nullptr;
+  const KVN_functionRow row = {"Probe", 1,
+                               [](const double* args, int) {
+                                 if (args[0] == 0.0) throw std::bad_alloc();
+                                 seen = args;
+                                 return 1.0;
+                               },
+                               nullptr, nullptr};
+  auto* call = new KVN_function(&row);
+  call->args[0] = new KVN_variable("x");
+  const Tree tree(new KVN_operatorConditional(
+      new KVN_operatorPlus(call, new KVN_constant(1)), new KVN_constant(1), new KVN_constant(0)));
+  std::vector<const double*> places;
+  for (int i = 0; i < 302; i++) {
+    AssignVariable(*tree, "x", i == 0 || i == 301);
+    try {
+      (void)tree->Evaluate();
+      places.push_back(seen);
+    } catch (const std::bad_alloc&) {
+    }
+  }
+  ASSERT_EQ(places.size(), 2u);
+  EXPECT_EQ(places[0], places[1]);
+}
 
 }  // namespace
