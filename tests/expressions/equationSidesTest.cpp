@@ -1,13 +1,17 @@
 #include "expressions/equationSides.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "expressions/expression.h"
 #include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
 #include "tests/support/equationBuilder.h"
+#include "tests/support/failingAllocation.h"
 
 namespace {
+
+using Ids = std::vector<std::string>;
 
 KVN_equationSides SidesOf(const std::string& text) {
   KVN_equationSides sides;
@@ -106,6 +110,69 @@ TEST(EquationSides, SolvingDoesNotTakeADifferenceOfUnsetVariablesForZero) {
   EXPECT_EQ(SignedValue(*sides.Rhs()), 14.0 - 2.0 * KVN_UNDEFINED_VALUE);
   sides.AssignVariable("b", 4.0);
   EXPECT_EQ(SignedValue(*sides.Rhs()), 6.0);
+}
+
+// A copy of a distribution would draw for itself.
+TEST(EquationSides, SolvingKeepsOneDrawForEachDistribution) {
+  const struct {
+    const char* text;
+    const char* solved;
+  } cases[] = {
+      {"y = Uniform(0,1)*(a + b)", "y=Uniform(0,1)*(a+b)"},
+      {"y = (a - b)*Uniform(0,1)", "y=(a-b)*Uniform(0,1)"},
+      {"y = (a + b)/Uniform(1,2)", "y=(a+b)/Uniform(1,2)"},
+      {"y = (a + Uniform(0,1))*(b - c)", "y=(a+Uniform(0,1))*(b-c)"},
+      {"(y - a)*Uniform(1,2) = b", "y=b/Uniform(1,2)+a"},
+      {"y = a*(Uniform(0,1) + b)", "y=a*Uniform(0,1)+a*b"},
+      {"y = a*(b + c)", "y=a*b+a*c"},
+  };
+  for (const auto& c : cases) {
+    KVN_equationSides sides = SidesOf(c.text);
+    EXPECT_EQ(sides.Solve("y"), 0) << c.text;
+    EXPECT_EQ(TextOf(sides), c.solved);
+  }
+}
+
+TEST(EquationSides, WithoutMemoryItIsTheRightResultOrTheCodeForIt) {
+  for (const char* text : {"y = x", "2*y + 1 = x", "x = -(y+1)", "x = 2 ^ y", "Log(y, x) = 2",
+                           "y*x^0*2 = x + y^0", "Sqr(-y) = x + 0*y"}) {
+    SCOPED_TRACE(text);
+    KVN_equationSides whole = SidesOf(text);
+    ASSERT_EQ(whole.Solve("y"), 0);
+    whole.AssignVariable("x", 3);
+    EXPECT_GT(FailEachAllocation([&](int n) {
+                KVN_equationSides sides = SidesOf(text);
+                FailingAllocation failing(n);
+                const int result = sides.Solve("y");
+                if (result < 0) {
+                  EXPECT_EQ(result, KVN_NO_MEMORY);
+                } else {
+                  sides.AssignVariable("x", 3);
+                  EXPECT_NEAR(SignedValue(*sides.Rhs()), SignedValue(*whole.Rhs()), 1e-12);
+                }
+                return failing.HasFailed();
+              }),
+              0);
+  }
+  // What builds sides leaves none, all, or the sum with a term less.
+  FailEachAllocation([](int n) {
+    const KVN_equationSides source = SidesOf("y = a + 1");
+    KVN_equationSides copy, made, sum;
+    bool failed = false;
+    {
+      FailingAllocation failing(n);
+      copy = source;
+      failed = made.Parse("y = -Max(x, 1)*3", nullptr, nullptr) < 0 || !copy.IsComplete();
+      sum.SetDefault("y", {"a", "b"});
+      failed = !sum.IsComplete() || sum.AppendTerm("c") < 0 || failed;
+      EXPECT_EQ(failed, failing.HasFailed());
+    }
+    const std::string text = TextOf(copy) + TextOf(made) + TextOf(sum);
+    const Ids expected = {"y=a+1y=-Max(x,1)*3y=a+b+c", "y=-Max(x,1)*3y=a+b+c", "y=a+1y=a+b+c",
+                          "y=a+1y=-Max(x,1)*3y=a+b", "y=a+1y=-Max(x,1)*3"};
+    EXPECT_EQ(std::count(expected.begin(), expected.end(), text), 1) << text;
+    return failed;
+  });
 }
 
 TEST(EquationSides, DefaultFormAndTerms) {

@@ -232,8 +232,8 @@ TEST(Expression, AnExceptionGivesTheLevelsBack) {
                                nullptr, nullptr};
   auto* call = new KVN_function(&row);
   call->args[0] = new KVN_variable("x");
-  const Tree tree(new KVN_operatorConditional(
-      new KVN_operatorPlus(call, new KVN_constant(1)), new KVN_constant(1), new KVN_constant(0)));
+  const Tree tree(new KVN_operatorConditional(new KVN_operatorPlus(call, new KVN_constant(1)),
+                                              new KVN_constant(1), new KVN_constant(0)));
   std::vector<const double*> places;
   for (int i = 0; i < 302; i++) {
     AssignVariable(*tree, "x", i == 0 || i == 301);
