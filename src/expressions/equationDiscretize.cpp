@@ -144,7 +144,6 @@ class RowSampler {
 
 int KVN_equation::Discretize(unsigned seed, std::vector<std::vector<float>>* samplesOut) {
   if (intervals.empty() || !HasNode()) return KVN_REFUSED;
-  discreteTable.reset();
   std::vector<DrawnParent> parents = ParentsToDraw(*network, handle);
   KVN_intArray sizes;
   for (const DrawnParent& parent : parents) {

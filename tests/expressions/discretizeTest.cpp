@@ -5,10 +5,12 @@
 // a million times.
 
 #include <cmath>
+#include <numeric>
 
 #include "foundation/random.h"
 #include "foundation/resultCodes.h"
 #include "tests/support/equationBuilder.h"
+#include "tests/support/failingAllocation.h"
 
 namespace {
 
@@ -167,14 +169,36 @@ TEST(Discretize, SeedDecidesTheDrawsOfParentsAndATableTooLargeIsRefused) {
   EXPECT_EQ(net.TableOf(y, 7)[0], first);
 
   std::string text = "y = x";
-  std::vector<double> tops(100);
-  for (int i = 0; i < 100; i++) tops[static_cast<std::size_t>(i)] = i + 1;
-  for (int i = 0; i < 6; i++) {
-    const std::string id = "p" + std::to_string(i);
-    Discretise(net.network, AddEquation(net.network, id.c_str()), 0, tops);
-    text += "+" + id;
+  for (const char* id : {"p0", "p1", "p2", "p3", "p4", "p5"}) {
+    (void)AddEquation(net.network, id);
+    text += std::string("+") + id;
   }
   ASSERT_EQ(EquationNode(net.network, y).SetEquation(text), 0);
+  const double* old = net.TableOf(y).GetData();
+  std::vector<double> tops(100);
+  std::iota(tops.begin(), tops.end(), 1.0);
+  for (int parent : net.network.GetParents(y)) Discretise(net.network, parent, 0, tops);
   EXPECT_EQ(EquationNode(net.network, y).Discretize(0, nullptr), KVN_NO_MEMORY);
-  EXPECT_EQ(EquationNode(net.network, y).GetDiscreteTable(), nullptr);
+  ASSERT_NE(EquationNode(net.network, y).GetDiscreteTable(), nullptr);
+  EXPECT_EQ(EquationNode(net.network, y).GetDiscreteTable()->GetData(), old);
+}
+
+TEST(Discretize, WithoutMemoryTheOldTableStays) {
+  DiscreteNet net;
+  net.network.SetDiscSamples(20);
+  const int x = AddEquation(net.network, "x");
+  const int y = AddEquation(net.network, "y", "x = -(2^y)");
+  Discretise(net.network, x, -8, {-4, -1});
+  Discretise(net.network, y, 0, {1, 2, 3});
+  const double* data = net.TableOf(y).GetData();
+  const std::vector<double> cells(data, data + 6);
+  EXPECT_EQ(cells[2], 1.0);
+  FailEachAllocation([&](int n) {
+    FailingAllocation failing(n);
+    const int result = EquationNode(net.network, y).Discretize(0, nullptr);
+    const bool failed = failing.HasFailed();
+    EXPECT_TRUE(result == 0 || (failed && result == KVN_NO_MEMORY));
+    EXPECT_TRUE(CellsNear(*EquationNode(net.network, y).GetDiscreteTable(), cells, 0.0));
+    return failed;
+  });
 }
