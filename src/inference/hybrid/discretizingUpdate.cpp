@@ -80,6 +80,7 @@ class DiscreteTwin {
   }
 
   int Run() {
+    if (!twin.IsReady()) return KVN_NO_MEMORY;
     const KVN_intArray order = network.GetOrderOfNodes();
     if (order.GetNumItems() != network.GetNumberOfNodes()) return KVN_NO_MEMORY;
     for (int handle : order) {
@@ -116,7 +117,8 @@ class DiscreteTwin {
     for (int parent : network.GetParents(handle)) {
       const auto found = twinOf.find(parent);
       if (found == twinOf.end()) continue;
-      if (int result = twin.AddArc(found->second, made, /*layer=*/0); result < 0) return result;
+      // Nothing else is against an arc between two new nodes, whatever its code says.
+      if (twin.AddArc(found->second, made, /*layer=*/0) < 0) return KVN_NO_MEMORY;
     }
     twinOf[handle] = made;
     pairs.emplace_back(handle, made);

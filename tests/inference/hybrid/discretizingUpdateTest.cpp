@@ -8,6 +8,7 @@
 #include "foundation/resultCodes.h"
 #include "network/updateAlgorithm.h"
 #include "tests/support/equationBuilder.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 
@@ -116,6 +117,22 @@ TEST(DiscretizingUpdate, AnswersForTargetsByTheChosenAlgorithm) {
     // The samplers of 20,000 draws add a standard error of 0.003 to that of the table.
     EXPECT_TRUE(Near(net.Of(net.x), {0.25, 0.75}));
   }
+}
+
+TEST(DiscretizingUpdate, WithoutMemoryItIsTheRightAnswerOrTheCode) {
+  FailEachAllocation([&](int n) {
+    SumNet net;
+    EXPECT_EQ(EquationNode(net.network, net.y).SetEquation("u = y - x"), 0);
+    FailingAllocation failing(n);
+    const int result = net.network.UpdateBeliefs();
+    const bool failed = failing.HasFailed();
+    EXPECT_TRUE(result == 0 || (failed && result == KVN_NO_MEMORY)) << result;
+    EXPECT_EQ(net.network.ValueOf(net.y)->IsValueValid(), result == 0);
+    if (result == 0) {
+      EXPECT_TRUE(Near(net.Of(net.y), {0.125, 0.75, 0.125}));
+    }
+    return failed;
+  });
 }
 
 TEST(DiscretizingUpdate, FailuresHaveTheirCodesAndLeaveNothingValid) {

@@ -7,6 +7,7 @@
 #include "foundation/resultCodes.h"
 #include "network/node.h"
 #include "tests/support/equationBuilder.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/smallStack.h"
@@ -89,6 +90,27 @@ TEST(EquationSolver, AnEquationThatCannotBeRearrangedIsSolvedByNewton) {
   EXPECT_NEAR(MeanOf(network, r), 3.0, 1e-6);
   EXPECT_NEAR(MeanOf(network, s), 18.0, 1e-6);
   EXPECT_EQ(MeanOf(network, flat), 0.0) << "an equation that says nothing leaves the start";
+}
+
+TEST(EquationSolver, WithoutMemoryItIsTheRightNumbersOrTheCode) {
+  KVN_network network;
+  const int a = AddEquation(network, "a", "a = 9");
+  const int b = AddEquation(network, "b", "a = 1 + (2*b)^3");  // b = 1
+  const int r = AddEquation(network, "r", "r*r = a + b - 1");
+  const std::vector<int> c = AddComponent(network, {"x", "y"}, {"x = y/2 + 1", "y = x/2 + 1"});
+  FailEachAllocation([&](int n) {
+    network.InvalidateAllBeliefs();
+    FailingAllocation failing(n);
+    const int result = network.UpdateBeliefs();
+    const bool failed = failing.HasFailed();
+    EXPECT_TRUE(result == 0 || (failed && result == KVN_NO_MEMORY)) << result;
+    for (const auto& [handle, number] : {std::pair{a, 9.0}, {b, 1.0}, {r, 3.0}, {c[0], 2.0}}) {
+      EXPECT_EQ(network.ValueOf(handle)->IsValueValid(), result == 0);
+      if (result < 0) continue;
+      EXPECT_NEAR(MeanOf(network, handle), number, 1e-6);
+    }
+    return failed;
+  });
 }
 
 TEST(EquationSolver, ARandomEquationThatCannotBeRearrangedIsRefused) {
