@@ -8,6 +8,7 @@
 #include "expressions/equationNode.h"
 #include "foundation/resultCodes.h"
 #include "network/network.h"
+#include "network/updateAlgorithm.h"
 #include "network/userProperties.h"
 #include "values/valEqEvaluation.h"
 
@@ -158,11 +159,15 @@ class DiscreteTwin {
     KVN_nodeValue* result = twin.ValueOf(made);
     KVN_Dmatrix* posterior = nullptr;
     if (value == nullptr || value->GetType() != KVN_VALUE_EQUATION || value->HasEvidence()) return;
-    if (!result->IsValueValid() || result->GetValue(posterior) < 0) return;
+    // Loopy propagation gives numbers without the mark that they are valid, here as there.
+    const bool isValid = result->IsValueValid();
+    if (!isValid && twin.GetDefaultBNAlgorithm() != KVN_ALG_LOOPY_PROPAGATION) return;
+    if (result->GetValue(posterior) < 0) return;
     const double* cells = posterior->GetData();
     // One probability for each interval: the outcomes were made from them.
     (void)static_cast<KVN_valEqEvaluation*>(value)->SetDiscretized(
         std::vector<double>(cells, cells + posterior->GetSize()));
+    if (!isValid) value->ClearValueValid();
   }
 
   KVN_network& network;
