@@ -147,6 +147,8 @@ TEST(Discretize, OnlyRandomFormulasAvoidZeros) {
   EXPECT_TRUE(CellsNear(net.TableOf(y), {0, 0, 1}, 0.0));
   ASSERT_EQ(EquationNode(net.network, y).SetEquation("y = -1"), 0);
   EXPECT_TRUE(CellsNear(net.TableOf(y), {1, 0, 0}, 0.0));
+  ASSERT_EQ(EquationNode(net.network, y).SetEquation("y = 0.5"), 0) << "belongs to the next";
+  EXPECT_TRUE(CellsNear(net.TableOf(y), {0, 0, 1}, 0.0));
 }
 
 TEST(Discretize, AnEquationThatCannotBeSolvedIsTakenByItsRightSide) {
@@ -164,6 +166,15 @@ TEST(Discretize, SeedDecidesTheDrawsOfParentsAndATableTooLargeIsRefused) {
   EquationNode(net.network, x).SetBounds(0, 1);
   const int y = AddEquation(net.network, "y", "y = x");
   Discretise(net.network, y, 0, {0.3, 1});
+  // From seed 0 come 38, 7719, 21238, 2437. Parents with intervals draw first, and x gets the rest.
+  const int d = AddEquation(net.network, "d");
+  Discretise(net.network, d, 0, {0.5, 1});
+  ASSERT_EQ(EquationNode(net.network, y).SetEquation("y = x + 0*d"), 0);
+  net.network.SetDiscSamples(1);
+  std::vector<std::vector<float>> samples;
+  (void)net.TableOf(y, 0, &samples);
+  EXPECT_EQ(samples, (std::vector<std::vector<float>>{{7719 / 32767.0f}, {2437 / 32767.0f}}));
+  net.network.SetDiscSamples(10000);
   const double first = net.TableOf(y, 7)[0];
   EXPECT_NE(net.TableOf(y, 8)[0], first);
   EXPECT_EQ(net.TableOf(y, 7)[0], first);

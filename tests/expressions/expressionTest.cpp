@@ -34,6 +34,7 @@ const ValueCase kValues[] = {
     {"a=b", 0},           {"a<>b", 1},
     {"-(a=a)", -1},       {"z?a:b", 5},
     {"a?z:b", 0},         {"-(a?a:b)", -2},
+    {"z/z?a:b", 2},      // not a number isn't 0
     {"0.1+0.2=0.3", 0},  // no tolerance
     {"-Max(a,-b,z)", -2}, {"Sum(-a,b,-(a*b))", -7},
 };
@@ -128,6 +129,12 @@ TEST(Expression, CloneKeepsUnknownFunctions) {
   EXPECT_EQ(Printed(*copy), "Mystery(x+1,-y)");
   EXPECT_EQ(static_cast<KVN_function&>(*copy).GetArgumentCount(), 2);
   EXPECT_TRUE(std::isnan(copy->Evaluate()));
+  KVN_function without(nullptr);
+  const Tree other(without.Clone());
+  EXPECT_EQ(Printed(*other), "()");
+  EXPECT_TRUE(std::isnan(other->Evaluate()));
+  KVN_expression* slot = other.get();
+  EXPECT_FALSE(other->Isolate("x", slot, slot));
 }
 
 TEST(Expression, VisitsVariablesFromLeftToRight) {
@@ -137,6 +144,9 @@ TEST(Expression, VisitsVariablesFromLeftToRight) {
   EXPECT_EQ(names, (std::vector<std::string>{"kept", "x", "y", "u", "b", "a", "d", "c"}));
   EXPECT_EQ(CountVariable(*tree, "x"), 3);
   EXPECT_EQ(CountVariable(*tree, "X"), 0);
+  names.clear();
+  GetVariables(*Parsed("Pi+inf+nan+Pi()"), names);
+  EXPECT_EQ(names, (std::vector<std::string>{"Pi", "inf", "nan"}));
   RenameVariable(*tree, "x", "y");
   EXPECT_EQ(CountVariable(*tree, "y"), 4);
 }

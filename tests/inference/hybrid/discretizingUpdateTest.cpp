@@ -68,8 +68,10 @@ TEST(DiscretizingUpdate, EvidenceWorksUpwardToo) {
   EXPECT_TRUE(Near(net.Of(net.x), {0.0, 1.0}));
   EXPECT_TRUE(net.Of(net.y).empty()) << "evidence stays what it is";
   ASSERT_EQ(net.network.ValueOf(net.y)->ClearEvidence(), 0);
-  // The top of an interval belongs to the next one, and what is outside to the nearest end.
-  for (const auto& [number, low] : {std::pair{1.0, 0.0}, {0.999, 1.0}, {-50.0, 1.0}, {50.0, 0.0}}) {
+  // The top of an interval belongs to the next one, what is outside to the nearest end, and what
+  // is no number to the last.
+  for (const auto& [number, low] :
+       {std::pair{1.0, 0.0}, {0.999, 1.0}, {-50.0, 1.0}, {50.0, 0.0}, {NAN, 0.0}}) {
     SCOPED_TRACE(number);
     ASSERT_EQ(net.network.ValueOf(net.x)->SetEvidence(number), 0);
     ASSERT_EQ(net.network.UpdateBeliefs(), 0);
@@ -87,6 +89,10 @@ TEST(DiscretizingUpdate, EvidenceWithoutIntervalsHoldsTheRangeForTheUpdateAlone)
   EXPECT_EQ(EquationNode(net.network, net.u).GetUpperBound(), 4.0);
   EXPECT_EQ(EquationNode(net.network, net.u).GetLowerBound(), 0.0);
   EXPECT_EQ(EquationNode(net.network, net.y).GetDiscreteTable(), nullptr);
+  ASSERT_EQ(net.network.ValueOf(net.u)->SetEvidence(NAN), 0);
+  ASSERT_EQ(net.network.UpdateBeliefs(), 0);
+  EXPECT_TRUE(Near(net.Of(net.y), {1.0 / 3, 1.0 / 3, 1.0 / 3})) << "no sample is a number";
+  EXPECT_EQ(EquationNode(net.network, net.u).GetUpperBound(), 4.0);
   ASSERT_EQ(net.network.ValueOf(net.u)->ClearEvidence(), 0);
   ASSERT_EQ(net.network.UpdateBeliefs(), 0);
   EXPECT_TRUE(Near(net.Of(net.y), {0.125, 0.75, 0.125}));

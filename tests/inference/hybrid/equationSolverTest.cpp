@@ -49,9 +49,12 @@ TEST(EquationSolver, ObservedRootKeepsItsNumberAndItsValue) {
   EXPECT_EQ(MeanOf(network, b), 45.0);
   EXPECT_TRUE(network.ValueOf(a)->IsEvidence());
   EXPECT_EQ(EquationValueOf(network, a).GetMean(), 0.0) << "the number is the evidence";
-  ASSERT_EQ(network.ValueOf(a)->ClearEvidence(), 0);
+  ASSERT_EQ(network.ValueOf(a)->SetEvidence(NAN), 0);
   ASSERT_EQ(network.UpdateBeliefs(), 0);
-  EXPECT_EQ(MeanOf(network, b), 20.0);
+  EXPECT_TRUE(std::isnan(MeanOf(network, b)));
+  ASSERT_EQ(network.ValueOf(a)->SetPropagatedEvidence(4.5), 0);
+  ASSERT_EQ(network.UpdateBeliefs(), 0);
+  EXPECT_EQ(MeanOf(network, b), 20.0) << "each update drops what was propagated";
 }
 
 TEST(EquationSolver, EvidenceBelowAFormulaIsLeftToTheConversionThatFails) {

@@ -158,6 +158,7 @@ TEST(SolveLinear, EliminatesWithTheFirstNonZeroPivot) {
       {"diagonal", {2, 0, 0, 4}, {2, 8}, {1, 2}},
       {"row swap", {0, 1, 1, 0}, {3, 5}, {5, 3}},
       {"second swap", {1, 1, 1, 1, 1, 2, 0, 1, 0}, {6, 9, 2}, {1, 2, 3}},
+      {"not the largest", {1e-20, 1, 1, 1}, {1, 2}, {0, 1}},
       {"no pivot", {0, 1, 0, 2}, {1, 1}, {}},
       {"last is zero", {1, 1, 1, 1}, {1, 1}, {}},
   };
