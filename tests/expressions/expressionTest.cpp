@@ -105,8 +105,6 @@ TEST(Expression, PrintsAConditionalInTheLastBranchWithoutParentheses) {
   EXPECT_EQ(Printed(*Parsed("a?b:(c?d:e)")), "a ? b : c ? d : e");
 }
 
-TEST(Expression, NewVariablesAreUndefined) { EXPECT_EQ(ValueOf("x"), KVN_UNDEFINED_VALUE); }
-
 TEST(Expression, CloneIsDeep) {
   const Tree tree = Parsed("-(x>1 ? Sum(-x,2)^y : Normal(x,-y))/Pi()");
   AssignVariable(*tree, "y", 3);
