@@ -76,8 +76,9 @@ double DensityOfBernoulli(double x, const double* args) {
   return x == 1.0 ? args[0] : x == 0.0 ? 1 - args[0] : 0.0;
 }
 
-/// Rejection under the height of the mode. Where the formula for the mode gives no height (a shape
-/// below 1) it would never end.
+/// Rejection under the height of the mode. Where the formula for the mode gives no height (one
+/// shape below 1, the other above) it would never end. With both at 1 or below, the "mode" is where
+/// the density is lowest, and the samples are uniform (intended).
 double SampleBeta(const double* args, int) {
   const double a = args[0];
   const double b = args[1];

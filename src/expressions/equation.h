@@ -81,8 +81,8 @@ class KVN_equation : public KVN_nodeDefinition {
   /// sample hits are uniform. `samplesOut`, if given, receives the accepted values row by row.
   ///
   /// Uniform numbers come from a generator of its own started at `seed`, those of distributions in
-  /// the formula from the function library's. KVN_REFUSED without intervals, KVN_NO_MEMORY for a
-  /// table too large: there is then no table.
+  /// the formula from the function library's. KVN_REFUSED without intervals, KVN_NO_MEMORY, also
+  /// for a table too large: the old table stays then.
   [[nodiscard]] int Discretize(unsigned seed, std::vector<std::vector<float>>* samplesOut);
   /// The last result of Discretize; null when something has changed since.
   const KVN_Dmatrix* GetDiscreteTable() const { return discreteTable.get(); }

@@ -60,8 +60,11 @@ class RowSampler {
 
   int Setup(const std::string& ownId) {
     KVN_equationSides solved = equation.GetEquation();
+    if (!solved.IsComplete()) return KVN_NO_MEMORY;
     // An equation that can't be solved for the node is taken by its right side.
-    if (solved.Solve(ownId) < 0) solved = equation.GetEquation();
+    const int result = solved.Solve(ownId);
+    if (result == KVN_NO_MEMORY) return result;
+    if (result < 0) solved = equation.GetEquation();
     if (!solved.IsComplete()) return KVN_NO_MEMORY;
     formula.reset(solved.Rhs()->Clone());
     if (formula == nullptr) return KVN_NO_MEMORY;
@@ -141,7 +144,6 @@ class RowSampler {
 
 int KVN_equation::Discretize(unsigned seed, std::vector<std::vector<float>>* samplesOut) {
   if (intervals.empty() || !HasNode()) return KVN_REFUSED;
-  discreteTable.reset();
   std::vector<DrawnParent> parents = ParentsToDraw(*network, handle);
   KVN_intArray sizes;
   for (const DrawnParent& parent : parents) {

@@ -129,26 +129,28 @@ int KVN_equationSides::Solve(const std::string& name) {
   if (!IsComplete()) return KVN_NO_MEMORY;
   (void)SimplifyOnce(lhs);
   (void)SimplifyOnce(rhs);
-  const bool isSolved = IsolateVariable(name);
-  if (isSolved) {
-    KVN_expression* root = rhs.release();
-    (void)SimplifyFully(root);
-    rhs.reset(root);
-  }
-  return isSolved ? KVN_SUCCESS : KVN_REFUSED;
+  const int result = IsolateVariable(name);
+  // With more memory the variable might have occurred once.
+  if (result == KVN_REFUSED && blind.HasRunOut()) return KVN_NO_MEMORY;
+  if (result < 0) return result;
+  KVN_expression* root = rhs.release();
+  (void)SimplifyFully(root);  // of the same value wherever it stops
+  rhs.reset(root);
+  return KVN_SUCCESS;
 }
 
 /// Moves all but the variable from the left side to the right one.
-bool KVN_equationSides::IsolateVariable(const std::string& name) {
-  if (CountVariable(*lhs, name) != 1) return false;
+int KVN_equationSides::IsolateVariable(const std::string& name) {
+  if (CountVariable(*lhs, name) != 1) return KVN_REFUSED;
   for (;;) {
     // A step takes no account of the sign of what it takes apart, so it is moved across before.
     if (lhs->sign == -1) {
       lhs->sign = 1;
       Negate(rhs);
-      if (rhs == nullptr) return false;
+      if (rhs == nullptr) return KVN_NO_MEMORY;
     }
-    if (IsVariable(*lhs, name)) return true;
+    if (IsVariable(*lhs, name)) return KVN_SUCCESS;
+    if (!HasInverse(*lhs)) return KVN_REFUSED;
     KVN_expression* left = lhs.release();
     KVN_expression* right = rhs.release();
     const KVN_expression* const oldLeft = left;
@@ -156,9 +158,9 @@ bool KVN_equationSides::IsolateVariable(const std::string& name) {
     const bool hasMoved = left->Isolate(name, left, right);
     lhs.reset(left);
     rhs.reset(right);
-    if (!hasMoved) return false;
+    if (!hasMoved) return KVN_NO_MEMORY;
     // Some functions claim success and move nothing.
-    if (left == oldLeft && right == oldRight) return false;
+    if (left == oldLeft && right == oldRight) return KVN_REFUSED;
   }
 }
 

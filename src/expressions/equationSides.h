@@ -36,8 +36,9 @@ class KVN_equationSides {
   void RenameVariable(const std::string& oldName, const std::string& newName);
 
   /// Rearranges so that the left side is the variable alone. KVN_REFUSED for a variable that
-  /// doesn't occur exactly once after simplification, or that stands in what has no inverse; the
-  /// sides are then somewhere between (solve a copy). The values of the variables stay.
+  /// doesn't occur exactly once after simplification, or that stands in what has no inverse;
+  /// KVN_NO_MEMORY. After a failure the sides are somewhere between, or missing (solve a copy). The
+  /// values of the variables stay, and each distribution is drawn once as before.
   [[nodiscard]] int Solve(const std::string& name);
 
   /// Appends left side, "=" and right side, without spaces.
@@ -54,7 +55,7 @@ class KVN_equationSides {
 
  private:
   void Clear();
-  bool IsolateVariable(const std::string& name);
+  int IsolateVariable(const std::string& name);
 
   std::unique_ptr<KVN_expression> lhs;
   std::unique_ptr<KVN_expression> rhs;

@@ -16,6 +16,15 @@ constexpr int kMostLevels = 256;
 
 int theLevel = 0;  // levels of the evaluation in progress
 
+/// One level, given back on every way out: the walk with frames may throw where memory ends.
+class Level {
+ public:
+  Level() { theLevel++; }
+  Level(const Level&) = delete;
+  Level& operator=(const Level&) = delete;
+  ~Level() { theLevel--; }
+};
+
 double Call(const KVN_functionRow* row, const double* args, int count) {
   if (row == nullptr || row->evaluate == nullptr) return std::numeric_limits<double>::quiet_NaN();
   return row->evaluate(args, count);
@@ -129,10 +138,9 @@ inline double Signed(const KVN_expression& child) {
 template <typename Operation>
 double EvaluateBinary(const KVN_binaryOperator& node, Operation operation) {
   if (theLevel == kMostLevels) return EvaluateOnHeap(node);
-  theLevel++;
+  const Level level;
   const double a = Signed(*node.left);
   const double b = Signed(*node.right);
-  theLevel--;
   return operation(a, b);
 }
 
@@ -151,19 +159,16 @@ double KVN_operatorDivide::Evaluate() const { return EvaluateBinary(*this, std::
 
 double KVN_operatorConditional::Evaluate() const {
   if (theLevel == kMostLevels) return EvaluateOnHeap(*this);
-  theLevel++;
+  const Level level;
   const KVN_expression* chosen = Signed(*condition) == 0.0 ? whenFalse : whenTrue;
-  const double value = Signed(*chosen);
-  theLevel--;
-  return value;
+  return Signed(*chosen);
 }
 
 double KVN_function::Evaluate() const {
   if (theLevel == kMostLevels) return EvaluateOnHeap(*this);
-  theLevel++;
+  const Level level;
   double values[KVN_MAX_ARGUMENTS];
   const int count = GetArgumentCount();
   for (int i = 0; i < count; i++) values[i] = Signed(*args[i]);
-  theLevel--;
   return Call(descriptor, values, count);
 }

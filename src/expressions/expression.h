@@ -117,6 +117,10 @@ void PrintSigned(const KVN_expression& root, std::string& out);
 bool IsConstant(const KVN_expression& node);
 bool IsConstantOf(const KVN_expression& node, double signedValue);
 
+/// Whether Isolate moves a node of this form at all: where it does and the variable occurs in one
+/// child, a refusal means that the memory ended.
+bool HasInverse(const KVN_expression& node);
+
 /// What becomes of SimplifyFully's tree at most: rules that multiply out sums double the tree for
 /// each factor.
 constexpr int KVN_MAX_SIMPLIFY_PASSES = 10000;
@@ -126,16 +130,22 @@ constexpr int KVN_MAX_SIMPLIFY_NODES = 1000000;
 /// the value of the first one wherever it stops. Returns the number of passes that changed it.
 int SimplifyFully(KVN_expression*& root, long long mostNodes = KVN_MAX_SIMPLIFY_NODES);
 
-/// While one lives, simplification doesn't look at the values that variables have at the moment,
-/// nor does it draw from distributions: a product stays whose left side only happens to be 0 now,
-/// as
-/// `(x>5)*10` is before x has a value. Not guarded.
+/// While one lives, simplification keeps what a formula means for all values and in each run:
+/// - It doesn't look at the values that variables have at the moment, nor does it draw from
+///   distributions: a product stays whose left side only happens to be 0 now, as `(x>5)*10` is
+///   before x has a value.
+/// - It copies no operand that draws random numbers, since the copies would draw for themselves: a
+///   product with such an operand isn't multiplied out.
+/// Not guarded.
 class KVN_valueBlindScope {
  public:
   KVN_valueBlindScope();
   KVN_valueBlindScope(const KVN_valueBlindScope&) = delete;
   KVN_valueBlindScope& operator=(const KVN_valueBlindScope&) = delete;
   ~KVN_valueBlindScope();
+
+  /// Whether a rule has been left out since the scope began because the memory ended.
+  bool HasRunOut() const;
 
  private:
   bool wasBlind;

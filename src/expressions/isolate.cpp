@@ -81,7 +81,25 @@ const char* InverseOf(const char* name) {
   return nullptr;
 }
 
+/// A function of one argument that Isolate knows; null for all others.
+const char* InverseOf(const KVN_function& call) {
+  const bool isKnown = call.descriptor != &theUnknownFunctionRow && call.args[0] != nullptr;
+  return isKnown ? InverseOf(call.GetName()) : nullptr;
+}
+
+bool IsLog(const KVN_function& call) {
+  return call.descriptor != nullptr && call.descriptor == FindFunction("Log");
+}
+
 }  // namespace
+
+bool HasInverse(const KVN_expression& node) {
+  const int kind = node.GetKind();
+  if (kind >= KVN_KIND_PLUS && kind <= KVN_KIND_EXP) return true;
+  if (kind != KVN_KIND_FUNCTION) return false;
+  const auto& call = static_cast<const KVN_function&>(node);
+  return IsLog(call) || InverseOf(call) != nullptr;
+}
 
 bool KVN_operatorPlus::Isolate(const std::string& variable, KVN_expression*& lhs,
                                KVN_expression*& rhs) {
@@ -159,14 +177,9 @@ bool IsolateLog(const std::string& variable, KVN_expression*& lhs, KVN_expressio
 
 bool KVN_function::Isolate(const std::string& variable, KVN_expression*& lhs,
                            KVN_expression*& rhs) {
-  if (descriptor != nullptr && descriptor == FindFunction("Log")) {
-    return IsolateLog(variable, lhs, rhs);
-  }
-  const char* inverse = InverseOf(GetName());
-  if (inverse == nullptr || descriptor == &theUnknownFunctionRow || args[0] == nullptr ||
-      CountVariable(*args[0], variable) == 0) {
-    return false;
-  }
+  if (IsLog(*this)) return IsolateLog(variable, lhs, rhs);
+  const char* inverse = InverseOf(*this);
+  if (inverse == nullptr || CountVariable(*args[0], variable) == 0) return false;
   KVN_function* call = NewCall(inverse, rhs);
   if (call == nullptr) return false;
   rhs = call;

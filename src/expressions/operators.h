@@ -39,6 +39,9 @@ class KVN_binaryOperator : public KVN_operator {
   KVN_expression* right;  // owned
 
  protected:
+  bool HasConstants() const;
+  /// For two constants only, which no other rule is for, not even where the memory ends: 2*0 must
+  /// not become -2, as x*0 does.
   bool Fold(KVN_expression*& self);
 };
 

@@ -16,6 +16,13 @@ using OwnedTree = std::unique_ptr<KVN_expression>;
 
 /// Set by KVN_valueBlindScope.
 bool isValueBlind = false;
+bool hasRunOut = false;
+
+/// For a rule that can't get its nodes.
+bool LeaveOut() {
+  hasRunOut = true;
+  return false;
+}
 
 /// A constant in the form that folding gives: the stored value isn't negative.
 KVN_constant* NewFolded(double value) {
@@ -26,7 +33,7 @@ KVN_constant* NewFolded(double value) {
 
 /// Puts `replacement` where `self` is and deletes the old node with the children it still has.
 bool ReplaceBy(KVN_expression*& self, KVN_expression* replacement) {
-  if (replacement == nullptr) return false;
+  if (replacement == nullptr) return LeaveOut();
   delete std::exchange(self, replacement);
   return true;
 }
@@ -42,7 +49,7 @@ KVN_expression* DetachNegated(KVN_expression*& slot) {
 /// `self` becomes an operator of another kind with the operands in the slots.
 bool BecomeBinary(KVN_expression*& self, int kind, KVN_expression*& left, KVN_expression*& right) {
   KVN_binaryOperator* made = NewBinaryOperator(kind, nullptr, nullptr);
-  if (made == nullptr) return false;
+  if (made == nullptr) return LeaveOut();
   made->left = Detach(left);
   made->right = Detach(right);
   return ReplaceBy(self, made);
@@ -63,7 +70,7 @@ KVN_binaryOperator* AsSumWithConstant(KVN_expression& node) {
 /// `(a + c1) + c2` and the like in the slots of an outer sum: `self` becomes `a kind constant`.
 bool MergeConstants(KVN_expression*& self, KVN_binaryOperator& inner, int kind, double constant) {
   OwnedTree merged(NewFolded(constant));
-  if (merged == nullptr) return false;
+  if (merged == nullptr) return LeaveOut();
   KVN_expression* right = merged.get();
   if (!BecomeBinary(self, kind, inner.left, right)) return false;
   (void)merged.release();  // it is in the new node
@@ -79,15 +86,19 @@ bool BecomeWithFlippedRight(KVN_expression*& self, int kind) {
   return true;
 }
 
+/// Copies of what draws would draw for themselves, which a scope forbids.
+bool MayCopy(const KVN_expression& node) { return !isValueBlind || node.IsDeterministic(); }
+
 /// `factor op (b +- c)` becomes `(factor op b) +- (factor' op c)` with a copy of the factor, and
 /// the sum keeps its sign; with the factor on the right side likewise. `sum` and `factor` are the
 /// slots of `self`, an operator of that kind.
 bool Distribute(KVN_expression*& self, int kind, KVN_expression*& sum, KVN_expression*& factor) {
+  if (!MayCopy(*factor)) return false;
   const bool factorFirst = &factor == &static_cast<KVN_binaryOperator&>(*self).left;
   OwnedTree copy(factor->Clone());
   std::unique_ptr<KVN_binaryOperator> first(NewBinaryOperator(kind, nullptr, nullptr));
   std::unique_ptr<KVN_binaryOperator> second(NewBinaryOperator(kind, nullptr, nullptr));
-  if (copy == nullptr || first == nullptr || second == nullptr) return false;
+  if (copy == nullptr || first == nullptr || second == nullptr) return LeaveOut();
   auto* kept = static_cast<KVN_binaryOperator*>(Detach(sum));
   (factorFirst ? first->left : first->right) = Detach(factor);
   (factorFirst ? first->right : first->left) = kept->left;
@@ -105,6 +116,7 @@ KVN_binaryOperator* NewProduct(KVN_expression* left, KVN_expression* right) {
 /// The product `self` of two sums, `(a op1 b) * (c op2 d)`, becomes
 /// `((a*c op2 a'*d) op1 b*c') op3 b'*d'`. Signs before the two sums go to the whole.
 bool MultiplyOut(KVN_expression*& self) {
+  if (!MayCopy(*self)) return false;
   auto& product = static_cast<KVN_binaryOperator&>(*self);
   auto& leftSum = static_cast<KVN_binaryOperator&>(*product.left);
   auto& rightSum = static_cast<KVN_binaryOperator&>(*product.right);
@@ -116,7 +128,7 @@ bool MultiplyOut(KVN_expression*& self) {
   const bool sameKind = leftSum.GetKind() == rightSum.GetKind();
   std::unique_ptr<KVN_binaryOperator> whole(
       NewBinaryOperator(sameKind ? KVN_KIND_PLUS : KVN_KIND_MINUS, nullptr, nullptr));
-  if (!a || !b || !c || !d || !ac || !ad || !bc || !bd || !whole) return false;
+  if (!a || !b || !c || !d || !ac || !ad || !bc || !bd || !whole) return LeaveOut();
   whole->sign = leftSum.sign * rightSum.sign;
   leftSum.sign = rightSum.sign = 1;
   ac->left = leftSum.left;
@@ -138,8 +150,12 @@ bool MultiplyOut(KVN_expression*& self) {
 
 }  // namespace
 
-KVN_valueBlindScope::KVN_valueBlindScope() : wasBlind(isValueBlind) { isValueBlind = true; }
+KVN_valueBlindScope::KVN_valueBlindScope() : wasBlind(isValueBlind) {
+  isValueBlind = true;
+  hasRunOut = false;
+}
 KVN_valueBlindScope::~KVN_valueBlindScope() { isValueBlind = wasBlind; }
+bool KVN_valueBlindScope::HasRunOut() const { return hasRunOut; }
 
 bool SimplifyTree(KVN_expression*& root) {
   bool changed = false;
@@ -165,12 +181,13 @@ int SimplifyFully(KVN_expression*& root, long long mostNodes) {
   return passes;
 }
 
+bool KVN_binaryOperator::HasConstants() const { return IsConstant(*left) && IsConstant(*right); }
+
 bool KVN_binaryOperator::Fold(KVN_expression*& self) {
-  if (!IsConstant(*left) || !IsConstant(*right)) return false;
   return ReplaceBy(self, NewFolded(Evaluate()));
 }
 
-bool KVN_binaryOperator::Rewrite(KVN_expression*& self) { return Fold(self); }
+bool KVN_binaryOperator::Rewrite(KVN_expression*& self) { return HasConstants() && Fold(self); }
 
 bool KVN_operatorPlus::Rewrite(KVN_expression*& self) {
   if (sign < 0) {
@@ -179,7 +196,7 @@ bool KVN_operatorPlus::Rewrite(KVN_expression*& self) {
     sign = 1;
     return true;
   }
-  if (Fold(self)) return true;
+  if (HasConstants()) return Fold(self);
   const bool leftIsConstant = IsConstant(*left);
   const bool rightIsConstant = IsConstant(*right);
   if (IsConstantOf(*left, 0.0)) return ReplaceBy(self, Detach(right));
@@ -205,7 +222,7 @@ bool KVN_operatorMinus::Rewrite(KVN_expression*& self) {
     sign = 1;
     return true;
   }
-  if (Fold(self)) return true;
+  if (HasConstants()) return Fold(self);
   if (IsConstantOf(*left, 0.0)) return ReplaceBy(self, DetachNegated(right));
   if (IsConstantOf(*right, 0.0)) return ReplaceBy(self, Detach(left));
   const bool rightIsConstant = IsConstant(*right);
@@ -228,7 +245,7 @@ bool KVN_operatorMultiply::Rewrite(KVN_expression*& self) {
     sign = 1;
     return true;
   }
-  if (Fold(self)) return true;
+  if (HasConstants()) return Fold(self);
   const bool rightIsConstant = IsConstant(*right);
   if (IsConstantOf(*left, 0.0)) return ReplaceBy(self, NewFolded(0.0));
   if (rightIsConstant && !isValueBlind && SignedValue(*left) == 0.0) {
@@ -253,12 +270,12 @@ bool KVN_operatorDivide::Rewrite(KVN_expression*& self) {
     sign = 1;
     return true;
   }
-  if (Fold(self)) return true;
+  if (HasConstants()) return Fold(self);
   if (IsConstantOf(*left, 0.0)) return ReplaceBy(self, Detach(left));
   if (IsConstantOf(*right, 1.0)) return ReplaceBy(self, Detach(left));
   if (IsConstant(*right)) {
     OwnedTree inverse(NewFolded(1.0 / SignedValue(*right)));
-    if (inverse == nullptr) return false;
+    if (inverse == nullptr) return LeaveOut();
     KVN_expression* factor = inverse.get();
     if (!BecomeBinary(self, KVN_KIND_MULTIPLY, factor, left)) return false;
     (void)inverse.release();  // it is in the new node
@@ -273,7 +290,7 @@ bool KVN_operatorDivide::Rewrite(KVN_expression*& self) {
 }
 
 bool KVN_operatorExp::Rewrite(KVN_expression*& self) {
-  if (Fold(self)) return true;
+  if (HasConstants()) return Fold(self);
   // Meant: the sign of a power of 0 is lost, as it is where a power is folded.
   return IsConstantOf(*right, 0.0) && ReplaceBy(self, NewFolded(1.0));
 }

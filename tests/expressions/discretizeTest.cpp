@@ -5,10 +5,12 @@
 // a million times.
 
 #include <cmath>
+#include <numeric>
 
 #include "foundation/random.h"
 #include "foundation/resultCodes.h"
 #include "tests/support/equationBuilder.h"
+#include "tests/support/failingAllocation.h"
 
 namespace {
 
@@ -145,6 +147,8 @@ TEST(Discretize, OnlyRandomFormulasAvoidZeros) {
   EXPECT_TRUE(CellsNear(net.TableOf(y), {0, 0, 1}, 0.0));
   ASSERT_EQ(EquationNode(net.network, y).SetEquation("y = -1"), 0);
   EXPECT_TRUE(CellsNear(net.TableOf(y), {1, 0, 0}, 0.0));
+  ASSERT_EQ(EquationNode(net.network, y).SetEquation("y = 0.5"), 0) << "belongs to the next";
+  EXPECT_TRUE(CellsNear(net.TableOf(y), {0, 0, 1}, 0.0));
 }
 
 TEST(Discretize, AnEquationThatCannotBeSolvedIsTakenByItsRightSide) {
@@ -162,19 +166,50 @@ TEST(Discretize, SeedDecidesTheDrawsOfParentsAndATableTooLargeIsRefused) {
   EquationNode(net.network, x).SetBounds(0, 1);
   const int y = AddEquation(net.network, "y", "y = x");
   Discretise(net.network, y, 0, {0.3, 1});
+  // From seed 0 come 38, 7719, 21238, 2437. Parents with intervals draw first, and x gets the rest.
+  const int d = AddEquation(net.network, "d");
+  Discretise(net.network, d, 0, {0.5, 1});
+  ASSERT_EQ(EquationNode(net.network, y).SetEquation("y = x + 0*d"), 0);
+  net.network.SetDiscSamples(1);
+  std::vector<std::vector<float>> samples;
+  (void)net.TableOf(y, 0, &samples);
+  EXPECT_EQ(samples, (std::vector<std::vector<float>>{{7719 / 32767.0f}, {2437 / 32767.0f}}));
+  net.network.SetDiscSamples(10000);
   const double first = net.TableOf(y, 7)[0];
   EXPECT_NE(net.TableOf(y, 8)[0], first);
   EXPECT_EQ(net.TableOf(y, 7)[0], first);
 
   std::string text = "y = x";
-  std::vector<double> tops(100);
-  for (int i = 0; i < 100; i++) tops[static_cast<std::size_t>(i)] = i + 1;
-  for (int i = 0; i < 6; i++) {
-    const std::string id = "p" + std::to_string(i);
-    Discretise(net.network, AddEquation(net.network, id.c_str()), 0, tops);
-    text += "+" + id;
+  for (const char* id : {"p0", "p1", "p2", "p3", "p4", "p5"}) {
+    (void)AddEquation(net.network, id);
+    text += std::string("+") + id;
   }
   ASSERT_EQ(EquationNode(net.network, y).SetEquation(text), 0);
+  const double* old = net.TableOf(y).GetData();
+  std::vector<double> tops(100);
+  std::iota(tops.begin(), tops.end(), 1.0);
+  for (int parent : net.network.GetParents(y)) Discretise(net.network, parent, 0, tops);
   EXPECT_EQ(EquationNode(net.network, y).Discretize(0, nullptr), KVN_NO_MEMORY);
-  EXPECT_EQ(EquationNode(net.network, y).GetDiscreteTable(), nullptr);
+  ASSERT_NE(EquationNode(net.network, y).GetDiscreteTable(), nullptr);
+  EXPECT_EQ(EquationNode(net.network, y).GetDiscreteTable()->GetData(), old);
+}
+
+TEST(Discretize, WithoutMemoryTheOldTableStays) {
+  DiscreteNet net;
+  net.network.SetDiscSamples(20);
+  const int x = AddEquation(net.network, "x");
+  const int y = AddEquation(net.network, "y", "x = -(2^y)");
+  Discretise(net.network, x, -8, {-4, -1});
+  Discretise(net.network, y, 0, {1, 2, 3});
+  const double* data = net.TableOf(y).GetData();
+  const std::vector<double> cells(data, data + 6);
+  EXPECT_EQ(cells[2], 1.0);
+  FailEachAllocation([&](int n) {
+    FailingAllocation failing(n);
+    const int result = EquationNode(net.network, y).Discretize(0, nullptr);
+    const bool failed = failing.HasFailed();
+    EXPECT_TRUE(result == 0 || (failed && result == KVN_NO_MEMORY));
+    EXPECT_TRUE(CellsNear(*EquationNode(net.network, y).GetDiscreteTable(), cells, 0.0));
+    return failed;
+  });
 }

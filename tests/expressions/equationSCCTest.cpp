@@ -89,6 +89,11 @@ TEST(EquationSCC, RemovedParentRebuildsTheSumOnlyOutsideAComponent) {
   ASSERT_EQ(network.RemoveArc(b, x, 0), 0);
   EXPECT_EQ(TextOfCoupled(network, x), "x=a+c");
 
+  const int chance = AddNodeBelow(network, KVN_TYPE_CPT, "chance", 2, {});
+  EXPECT_EQ(network.AddArc(chance, x, 0), KVN_NOT_APPLICABLE);
+  EXPECT_EQ(CoupledNode(network, x).AddParent(chance), KVN_REFUSED);
+  EXPECT_EQ(TextOfCoupled(network, x), "x=a+c");
+
   // The last member and the first parent run together into one word.
   ASSERT_EQ(network.DeclareComponent(IntsOf({x})), 0);
   ASSERT_EQ(CoupledNode(network, x).SetEquation("x = x/2 + a*c"), 0);
@@ -97,6 +102,11 @@ TEST(EquationSCC, RemovedParentRebuildsTheSumOnlyOutsideAComponent) {
   EXPECT_EQ(log.Texts(),
             (Ids{"Equation contains a variable (xa) which is not ID of this node, one of its "
                  "parents, or one of its scc varaibles."}));
+  EXPECT_EQ(TextOfCoupled(network, x), "x=x/2+a*c");
+  // And `x = ` alone is no equation.
+  ASSERT_EQ(network.ClearComponent(x), 0);
+  ASSERT_EQ(network.RemoveArc(a, x, 0), 0);
+  EXPECT_EQ(log.Texts().back(), "Equation syntax error");
   EXPECT_EQ(TextOfCoupled(network, x), "x=x/2+a*c");
 }
 

@@ -6,6 +6,7 @@
 #include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
 #include "tests/support/equationBuilder.h"
+#include "tests/support/failingAllocation.h"
 
 namespace {
 
@@ -71,6 +72,7 @@ TEST(EquationSides, SolvesForOneVariable) {
       {"Log(y, x) = 2", 9},
       {"-(x - y) * 2 = z", 5.5},
       {"y = (x - z) * 2", -4},
+      {"y*x^0*2 = x + y^0", 2},  // y^0 goes, which takes memory
       {"y*y = x", NAN},
       {"y = y", NAN},
       {"z = x", NAN},
@@ -81,18 +83,25 @@ TEST(EquationSides, SolvesForOneVariable) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
-    KVN_equationSides sides = SidesOf(c.text);
-    if (std::isnan(c.y)) {
-      EXPECT_EQ(sides.Solve("y"), KVN_REFUSED);
-      continue;
-    }
-    ASSERT_EQ(sides.Solve("y"), 0);
-    std::string left;
-    PrintSigned(*sides.Lhs(), left);
-    EXPECT_EQ(left, "y");
-    sides.AssignVariable("x", 3);
-    sides.AssignVariable("z", 5);
-    EXPECT_NEAR(SignedValue(*sides.Rhs()), c.y, 1e-12) << TextOf(sides);
+    const int expected = std::isnan(c.y) ? int{KVN_REFUSED} : 0;
+    // Also where an allocation fails: the result is this one or that there is no memory.
+    FailEachAllocation([&](int n) {
+      KVN_equationSides sides = SidesOf(c.text);
+      bool failed = false;
+      int result = 0;
+      {
+        FailingAllocation failing(n);
+        result = sides.Solve("y");
+        failed = failing.HasFailed();
+      }
+      EXPECT_TRUE(result == expected || (failed && result == KVN_NO_MEMORY)) << result;
+      if (result != 0) return failed;
+      sides.AssignVariable("x", 3);
+      sides.AssignVariable("z", 5);
+      EXPECT_EQ(TextOf(sides).substr(0, 2), "y=");
+      EXPECT_NEAR(SignedValue(*sides.Rhs()), c.y, 1e-12) << TextOf(sides);
+      return failed;
+    });
   }
 }
 
@@ -106,6 +115,41 @@ TEST(EquationSides, SolvingDoesNotTakeADifferenceOfUnsetVariablesForZero) {
   EXPECT_EQ(SignedValue(*sides.Rhs()), 14.0 - 2.0 * KVN_UNDEFINED_VALUE);
   sides.AssignVariable("b", 4.0);
   EXPECT_EQ(SignedValue(*sides.Rhs()), 6.0);
+}
+
+// A copy of a distribution would draw for itself.
+TEST(EquationSides, SolvingKeepsOneDrawForEachDistribution) {
+  for (const auto& [text, solved] : {std::pair{"y = Uniform(0,1)*(a + b)", "y=Uniform(0,1)*(a+b)"},
+                                     {"y = (a + b)/Uniform(1,2)", "y=(a+b)/Uniform(1,2)"},
+                                     {"y = (a + Uniform(0,1))*(b - c)", "y=(a+Uniform(0,1))*(b-c)"},
+                                     {"(y - a)*Uniform(1,2) = b", "y=b/Uniform(1,2)+a"},
+                                     {"y = a*(Uniform(0,1) + b)", "y=a*Uniform(0,1)+a*b"}}) {
+    KVN_equationSides sides = SidesOf(text);
+    EXPECT_EQ(sides.Solve("y"), 0) << text;
+    EXPECT_EQ(TextOf(sides), solved);
+  }
+}
+
+// None, all, or a sum with a term less.
+TEST(EquationSides, WithoutMemoryNoHalfIsMade) {
+  FailEachAllocation([](int n) {
+    const KVN_equationSides source = SidesOf("y = a + 1");
+    KVN_equationSides copy, made, sum;
+    bool failed = false;
+    {
+      FailingAllocation failing(n);
+      copy = source;
+      failed = made.Parse("y = x*3", nullptr, nullptr) < 0 || !copy.IsComplete();
+      sum.SetDefault("y", {"a", "b"});
+      failed = !sum.IsComplete() || sum.AppendTerm("c") < 0 || failed;
+      EXPECT_EQ(failed, failing.HasFailed());
+    }
+    EXPECT_TRUE(!copy.IsComplete() || TextOf(copy) == "y=a+1");
+    EXPECT_TRUE(!made.IsComplete() || TextOf(made) == "y=x*3");
+    const std::string text = sum.IsComplete() ? TextOf(sum) : "y=a+b";
+    EXPECT_TRUE(text == "y=a+b+c" || (failed && text == "y=a+b")) << text;
+    return failed;
+  });
 }
 
 TEST(EquationSides, DefaultFormAndTerms) {

@@ -33,16 +33,6 @@ struct EquationNet {
 
 }  // namespace
 
-TEST(Equation, NewNodeIsZeroOnItsRange) {
-  EquationNet net;
-  EXPECT_EQ(TextOf(net.network, net.y), "y=0");
-  EXPECT_EQ(net.node.GetLowerBound(), -1.0);
-  EXPECT_EQ(net.node.GetUpperBound(), 1.0);
-  EXPECT_EQ(net.node.GetNumberOfOutcomes(), KVN_NOT_APPLICABLE);
-  EXPECT_STREQ(net.node.GetTypeName(), "EQUATION");
-  EXPECT_EQ(net.network.ValueOf(net.y)->GetType(), KVN_VALUE_EQUATION);
-}
-
 TEST(Equation, ArcsEditTheSumAndTheEquationEditsTheArcs) {
   EquationNet net;
   ASSERT_EQ(net.network.AddArc(net.a, net.y, 0), 0);

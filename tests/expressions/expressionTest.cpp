@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,6 +34,7 @@ const ValueCase kValues[] = {
     {"a=b", 0},           {"a<>b", 1},
     {"-(a=a)", -1},       {"z?a:b", 5},
     {"a?z:b", 0},         {"-(a?a:b)", -2},
+    {"z/z?a:b", 2},      // not a number isn't 0
     {"0.1+0.2=0.3", 0},  // no tolerance
     {"-Max(a,-b,z)", -2}, {"Sum(-a,b,-(a*b))", -7},
 };
@@ -103,8 +105,6 @@ TEST(Expression, PrintsAConditionalInTheLastBranchWithoutParentheses) {
   EXPECT_EQ(Printed(*Parsed("a?b:(c?d:e)")), "a ? b : c ? d : e");
 }
 
-TEST(Expression, NewVariablesAreUndefined) { EXPECT_EQ(ValueOf("x"), KVN_UNDEFINED_VALUE); }
-
 TEST(Expression, CloneIsDeep) {
   const Tree tree = Parsed("-(x>1 ? Sum(-x,2)^y : Normal(x,-y))/Pi()");
   AssignVariable(*tree, "y", 3);
@@ -127,6 +127,12 @@ TEST(Expression, CloneKeepsUnknownFunctions) {
   EXPECT_EQ(Printed(*copy), "Mystery(x+1,-y)");
   EXPECT_EQ(static_cast<KVN_function&>(*copy).GetArgumentCount(), 2);
   EXPECT_TRUE(std::isnan(copy->Evaluate()));
+  KVN_function without(nullptr);
+  const Tree other(without.Clone());
+  EXPECT_EQ(Printed(*other), "()");
+  EXPECT_TRUE(std::isnan(other->Evaluate()));
+  KVN_expression* slot = other.get();
+  EXPECT_FALSE(other->Isolate("x", slot, slot));
 }
 
 TEST(Expression, VisitsVariablesFromLeftToRight) {
@@ -136,6 +142,9 @@ TEST(Expression, VisitsVariablesFromLeftToRight) {
   EXPECT_EQ(names, (std::vector<std::string>{"kept", "x", "y", "u", "b", "a", "d", "c"}));
   EXPECT_EQ(CountVariable(*tree, "x"), 3);
   EXPECT_EQ(CountVariable(*tree, "X"), 0);
+  names.clear();
+  GetVariables(*Parsed("Pi+inf+nan+Pi()"), names);
+  EXPECT_EQ(names, (std::vector<std::string>{"Pi", "inf", "nan"}));
   RenameVariable(*tree, "x", "y");
   EXPECT_EQ(CountVariable(*tree, "y"), 4);
 }
@@ -218,5 +227,32 @@ void UseDeepTrees() {
 }
 
 TEST(Expression, DeepTreesNeedNoStack) { RunInSmallStack(UseDeepTrees); }
+
+// A walk with frames has its arguments on the heap: where levels got lost, even a small tree has.
+TEST(Expression, AnExceptionGivesTheLevelsBack) {
+  static const double* seen = nullptr;
+  const KVN_functionRow row = {"Probe", 1,
+                               [](const double* args, int) {
+                                 if (args[0] == 0.0) throw std::bad_alloc();
+                                 seen = args;
+                                 return 1.0;
+                               },
+                               nullptr, nullptr};
+  auto* call = new KVN_function(&row);
+  call->args[0] = new KVN_variable("x");
+  const Tree tree(new KVN_operatorConditional(new KVN_operatorPlus(call, new KVN_constant(1)),
+                                              new KVN_constant(1), new KVN_constant(0)));
+  std::vector<const double*> places;
+  for (int i = 0; i < 302; i++) {
+    AssignVariable(*tree, "x", i == 0 || i == 301);
+    try {
+      (void)tree->Evaluate();
+      places.push_back(seen);
+    } catch (const std::bad_alloc&) {
+    }
+  }
+  ASSERT_EQ(places.size(), 2u);
+  EXPECT_EQ(places[0], places[1]);
+}
 
 }  // namespace

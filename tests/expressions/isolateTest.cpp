@@ -5,7 +5,6 @@
 
 #include "expressions/variableVisitor.h"
 #include "tests/expressions/expressionTools.h"
-#include "tests/support/failingAllocation.h"
 
 namespace {
 
@@ -93,23 +92,6 @@ TEST(Isolate, Inverts) {
     AssignVariable(*equation.rhs, "r", equation.lhs->Evaluate());
     ASSERT_TRUE(equation.Isolate());
     EXPECT_NEAR(SignedValue(*equation.lhs), SignedValue(*equation.rhs), 1e-12);
-  }
-}
-
-TEST(Isolate, WithoutMemoryNothingChanges) {
-  for (const IsolateCase& c : kCases) {
-    if (c.lhs == nullptr) continue;
-    SCOPED_TRACE(c.left);
-    FailEachAllocation([&](int n) {
-      Equation equation(c.left);
-      FailingAllocation failing(n);
-      const bool moved = equation.Isolate();
-      if (!failing.HasFailed()) return false;
-      EXPECT_FALSE(moved);
-      EXPECT_EQ(Printed(*equation.lhs), c.left);
-      EXPECT_EQ(Printed(*equation.rhs), "r");
-      return true;
-    });
   }
 }
 

@@ -62,19 +62,12 @@ TEST(ListOfDecisions, CloneKeepsChoiceAndUtilities) {
   EXPECT_TRUE(CellsNear(*matrix, {10, 20}, 0.0));
 }
 
-TEST(ExpectedUtility, HasOneCellAndNoEvidence) {
+TEST(ExpectedUtility, HasOneCellForEachChoice) {
   KVN_network network;
   const int u = AddNodeBelow(network, KVN_TYPE_TABLE, "U", 0, {});
   const int d = AddNodeBelow(network, KVN_TYPE_LIST, "D", 3, {});
   KVN_nodeValue& value = *network.ValueOf(u);
-  std::vector<double> soft;
   EXPECT_EQ(value.GetSize(), 1);
-  EXPECT_EQ(value.GetEvidence(), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(value.SetEvidence(0), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(value.SetEvidence(0.5), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(value.SetVirtualEvidence({1.0}), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(network.ValueOf(d)->GetVirtualEvidence(soft), KVN_NOT_APPLICABLE);
-
   ASSERT_EQ(value.AddIndexingParent(d), 0);
   EXPECT_EQ(ItemsOf(MatrixOf(network, u).GetDimensions()), (std::vector<int>{3, 1}));
   std::unique_ptr<KVN_nodeValue> copy(CloneValue(value));
@@ -181,33 +174,4 @@ TEST(MauExpectedUtility, RefusesWhatDoesNotFit) {
   ASSERT_EQ(net.network.DefinitionOf(net.m)->SetDefinition(TableOf({2}, {1, 1})), 0);
   EXPECT_EQ(net.Compute(), KVN_REFUSED);
   EXPECT_EQ(MatrixOf(net.network, net.m)[0], KVN_UNDEFINED_VALUE);
-}
-
-TEST(ValueTable, KnowsTheValueOfEachKindOfNode) {
-  const struct {
-    int definitionType, valueType;  // 0: no value class
-  } kCases[] = {
-      {KVN_TYPE_TABLE, KVN_VALUE_EXPECTED_UTILITY},
-      {KVN_TYPE_MAU, KVN_VALUE_MAU_EXPECTED_UTILITY},
-      {KVN_TYPE_LIST, KVN_VALUE_LIST_OF_DECISIONS},
-      {KVN_TYPE_CPT, KVN_VALUE_BELIEF_VECTOR},
-      {KVN_TYPE_TRUTHTABLE, KVN_VALUE_BELIEF_VECTOR},
-      {KVN_TYPE_CAST, KVN_VALUE_BELIEF_VECTOR},
-      {KVN_TYPE_DEMORGAN, KVN_VALUE_BELIEF_VECTOR},
-      {KVN_TYPE_NOISY_MAX, KVN_VALUE_BELIEF_VECTOR},
-      {KVN_TYPE_NOISY_ADDER, KVN_VALUE_BELIEF_VECTOR},
-      {KVN_TYPE_DCHILD_HPARENT, KVN_VALUE_BELIEF_VECTOR},
-      {KVN_TYPE_NONE, 0},
-      {12345, 0},
-  };
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.definitionType);
-    EXPECT_EQ(HasValueClass(c.definitionType), c.valueType != 0);
-    KVN_network network;
-    std::unique_ptr<KVN_nodeValue> value(NewValue(c.definitionType, &network, 0));
-    ASSERT_EQ(value != nullptr, c.valueType != 0);
-    if (value != nullptr) {
-      EXPECT_EQ(value->GetType(), c.valueType);
-    }
-  }
 }

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "foundation/resultCodes.h"
+#include "tests/support/equationBuilder.h"
 #include "tests/support/networkBuilder.h"
 #include "values/valEqEvaluation.h"
 #include "values/valcontinuous.h"
@@ -58,15 +59,17 @@ TEST(ValEqEvaluation, EvidenceIsValidAndPropagatedEvidenceIsEvidenceToo) {
   EXPECT_EQ(v.value.GetFlags(), 0u);
 }
 
-TEST(ValEqEvaluation, HasNoOutcomesAndNoMatrix) {
-  EquationValue v;
-  KVN_Dmatrix* matrix = nullptr;
-  EXPECT_EQ(v.value.SetEvidence(1), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(v.value.GetEvidence(), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(v.value.GetSize(), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(v.value.GetValue(matrix), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(v.value.SetDiscretized({0.5, 0.5}), KVN_NOT_APPLICABLE);
-  EXPECT_FALSE(v.value.IsValueValid());
+TEST(ValEqEvaluation, ProbabilitiesGoWithTheIntervals) {
+  KVN_network network;
+  const int x = AddEquation(network, "x");
+  KVN_valEqEvaluation& value = EquationValueOf(network, x);
+  value.AddSample(5);
+  EXPECT_EQ(value.SetDiscretized({0.5, 0.5}), KVN_NOT_APPLICABLE);
+  Discretise(network, x, 0, {1, 2, 3});
+  EXPECT_EQ(value.SetDiscretized({0.5, 0.5}), KVN_REFUSED);
+  EXPECT_TRUE(value.GetSamples().size() == 1 && value.GetMean() == 5 && !value.IsValueValid());
+  EXPECT_EQ(value.SetDiscretized({0.5, 0.25, 0.25}), 0);
+  EXPECT_TRUE(value.GetSamples().empty() && value.GetMean() == -1 && value.IsValueValid());
 }
 
 TEST(ValEqEvaluation, SamplesBecomeMeanAndDeviation) {
@@ -79,6 +82,8 @@ TEST(ValEqEvaluation, SamplesBecomeMeanAndDeviation) {
       {"one", {7.25}, 7.25, 0.0},
       {"all alike", {0.1, 0.1}, 0.1, 0.0},
       {"not a number is", {1, kNaN}, kNaN, 0.0},
+      // The mean of the squares less the square of the mean: 1e14 leaves 2^-6 for a step.
+      {"far from 0", {1e7 + 1, 1e7 + 2, 1e7 + 3}, 1e7 + 2, std::sqrt(0.671875)},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -94,6 +99,7 @@ TEST(ValEqEvaluation, SamplesBecomeMeanAndDeviation) {
     }
     EXPECT_DOUBLE_EQ(v.value.GetDeviation(), c.deviation);
     EXPECT_EQ(v.value.GetSamples().size(), c.samples.size());
+    for (const KVN_weightedSample& sample : v.value.GetSamples()) EXPECT_EQ(sample.weight, 1.0);
   }
 }
 
@@ -121,6 +127,7 @@ TEST(ValEqEvaluation, WeightedSamplesAreTakenWithTheirWeights) {
       {"no weight becomes 1", {{1, 0}, {3, 0}}, 2.0, -1.0, 1.0},
       {"one weight is enough", {{1, 0}, {3, 2}}, 3.0, -1.0, 0.0},
       {"weights that cancel out", {{9, -2}, {3, 1}}, 9.0, 0.0, -2.0},
+      {"no number for a weight", {{9, 1}, {3, kNaN}}, 9.0, 0.0, 1.0},
       {"no samples", {}, 0.0, 0.0, 0.0},
   };
   for (const auto& c : cases) {
@@ -152,6 +159,13 @@ TEST(ValEqEvaluation, CopiesKeepEvidenceAndResults) {
   EXPECT_EQ(taken.GetSamples().size(), 2u);
   EXPECT_FALSE(taken.GetKeepSamples());
 
+  // Propagated evidence arrives as evidence, meant.
+  ASSERT_EQ(v.value.SetPropagatedEvidence(6.0), 0);
+  ASSERT_EQ(taken.Assign(v.value), 0);
+  EXPECT_EQ(taken.GetFlags(), kEvidence | kValid);
+  ASSERT_EQ(taken.GetValue(number), 0);
+  EXPECT_EQ(number, 6.0);
+
   // Another kind of value has nothing to offer but its flags.
   ASSERT_EQ(v.network.ValueOf(v.node)->SetEvidence(1), 0);
   ASSERT_EQ(taken.Assign(*v.network.ValueOf(v.node)), 0);
@@ -176,17 +190,4 @@ TEST(Valcontinuous, EvidenceLeavesTheValidMarkAlone) {
   EXPECT_EQ(v.value.GetAccumulator(), 0);
   EXPECT_EQ(v.value.GetFlags(), kValid);
   EXPECT_EQ(v.value.ClearEvidence(), 0);
-}
-
-TEST(Valcontinuous, IsAssignedButNotCopiedWithItsNode) {
-  ContinuousValue v;
-  v.value.AddSample(1.0, 0.5);
-  v.value.SetDiscretizedBuckets(4);
-  v.value.FinishSamples();
-  EXPECT_EQ(CloneValue(v.value), nullptr);
-  KVN_valcontinuous other(&v.network, v.node);
-  ASSERT_EQ(other.Assign(v.value), 0);
-  EXPECT_EQ(other.GetSamples().size(), 1u);
-  EXPECT_EQ(other.GetDiscretizedBuckets(), 4);
-  EXPECT_EQ(other.GetAccumulator(), 1);
 }

@@ -8,6 +8,7 @@
 #include "expressions/equationNode.h"
 #include "foundation/resultCodes.h"
 #include "network/network.h"
+#include "network/updateAlgorithm.h"
 #include "network/userProperties.h"
 #include "values/valEqEvaluation.h"
 
@@ -80,6 +81,7 @@ class DiscreteTwin {
   }
 
   int Run() {
+    if (!twin.IsReady()) return KVN_NO_MEMORY;
     const KVN_intArray order = network.GetOrderOfNodes();
     if (order.GetNumItems() != network.GetNumberOfNodes()) return KVN_NO_MEMORY;
     for (int handle : order) {
@@ -116,7 +118,8 @@ class DiscreteTwin {
     for (int parent : network.GetParents(handle)) {
       const auto found = twinOf.find(parent);
       if (found == twinOf.end()) continue;
-      if (int result = twin.AddArc(found->second, made, /*layer=*/0); result < 0) return result;
+      // Nothing else is against an arc between two new nodes, whatever its code says.
+      if (twin.AddArc(found->second, made, /*layer=*/0) < 0) return KVN_NO_MEMORY;
     }
     twinOf[handle] = made;
     pairs.emplace_back(handle, made);
@@ -156,11 +159,15 @@ class DiscreteTwin {
     KVN_nodeValue* result = twin.ValueOf(made);
     KVN_Dmatrix* posterior = nullptr;
     if (value == nullptr || value->GetType() != KVN_VALUE_EQUATION || value->HasEvidence()) return;
-    if (!result->IsValueValid() || result->GetValue(posterior) < 0) return;
+    // Loopy propagation gives numbers without the mark that they are valid, here as there.
+    const bool isValid = result->IsValueValid();
+    if (!isValid && twin.GetDefaultBNAlgorithm() != KVN_ALG_LOOPY_PROPAGATION) return;
+    if (result->GetValue(posterior) < 0) return;
     const double* cells = posterior->GetData();
     // One probability for each interval: the outcomes were made from them.
     (void)static_cast<KVN_valEqEvaluation*>(value)->SetDiscretized(
         std::vector<double>(cells, cells + posterior->GetSize()));
+    if (!isValid) value->ClearValueValid();
   }
 
   KVN_network& network;

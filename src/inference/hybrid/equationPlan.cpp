@@ -146,7 +146,9 @@ int EquationPlan::AddFormula(KVN_network& network, int handle) {
   const KVN_equationSides& sides = *EquationOf(network, handle);
   KVN_equationSides solved = sides;
   if (!solved.IsComplete()) return KVN_NO_MEMORY;
-  if (solved.Solve(IdentifierOfNode(&network, handle)) < 0) {
+  const int result = solved.Solve(IdentifierOfNode(&network, handle));
+  if (result == KVN_NO_MEMORY) return result;
+  if (result < 0) {
     // New random numbers at each look would leave the method nothing to hold on to.
     if (sides.HasDistribution()) return TellSystemFailure();
     return AddSystem(network, {handle}, {});

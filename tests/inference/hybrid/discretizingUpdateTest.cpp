@@ -8,6 +8,7 @@
 #include "foundation/resultCodes.h"
 #include "network/updateAlgorithm.h"
 #include "tests/support/equationBuilder.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 
@@ -67,8 +68,10 @@ TEST(DiscretizingUpdate, EvidenceWorksUpwardToo) {
   EXPECT_TRUE(Near(net.Of(net.x), {0.0, 1.0}));
   EXPECT_TRUE(net.Of(net.y).empty()) << "evidence stays what it is";
   ASSERT_EQ(net.network.ValueOf(net.y)->ClearEvidence(), 0);
-  // The top of an interval belongs to the next one, and what is outside to the nearest end.
-  for (const auto& [number, low] : {std::pair{1.0, 0.0}, {0.999, 1.0}, {-50.0, 1.0}, {50.0, 0.0}}) {
+  // The top of an interval belongs to the next one, what is outside to the nearest end, and what
+  // is no number to the last.
+  for (const auto& [number, low] :
+       {std::pair{1.0, 0.0}, {0.999, 1.0}, {-50.0, 1.0}, {50.0, 0.0}, {NAN, 0.0}}) {
     SCOPED_TRACE(number);
     ASSERT_EQ(net.network.ValueOf(net.x)->SetEvidence(number), 0);
     ASSERT_EQ(net.network.UpdateBeliefs(), 0);
@@ -86,6 +89,10 @@ TEST(DiscretizingUpdate, EvidenceWithoutIntervalsHoldsTheRangeForTheUpdateAlone)
   EXPECT_EQ(EquationNode(net.network, net.u).GetUpperBound(), 4.0);
   EXPECT_EQ(EquationNode(net.network, net.u).GetLowerBound(), 0.0);
   EXPECT_EQ(EquationNode(net.network, net.y).GetDiscreteTable(), nullptr);
+  ASSERT_EQ(net.network.ValueOf(net.u)->SetEvidence(NAN), 0);
+  ASSERT_EQ(net.network.UpdateBeliefs(), 0);
+  EXPECT_TRUE(Near(net.Of(net.y), {1.0 / 3, 1.0 / 3, 1.0 / 3})) << "no sample is a number";
+  EXPECT_EQ(EquationNode(net.network, net.u).GetUpperBound(), 4.0);
   ASSERT_EQ(net.network.ValueOf(net.u)->ClearEvidence(), 0);
   ASSERT_EQ(net.network.UpdateBeliefs(), 0);
   EXPECT_TRUE(Near(net.Of(net.y), {0.125, 0.75, 0.125}));
@@ -105,17 +112,37 @@ TEST(DiscretizingUpdate, TablesAreKeptUntilTheirShapeIsWrong) {
   EXPECT_TRUE(Near(net.Of(net.y), {0.125, 0.75, 0.125}));
 }
 
+// The table's standard error of 0.0043 and the sampler's of 0.0031 make 0.0053, and the bound is
+// five of these: with other seeds the 13 rows give a false alarm in fewer than one of 200,000 runs.
 TEST(DiscretizingUpdate, AnswersForTargetsByTheChosenAlgorithm) {
-  SumNet net;
-  ASSERT_EQ(net.network.SetTarget(net.x), 0);
+  SetAdaptiveSeed(1);
   for (const KVN_updateAlgorithm* row = theUpdateAlgorithms; row->code >= 0; row++) {
     SCOPED_TRACE(row->code);
+    SumNet net;
+    ASSERT_EQ(net.network.SetTarget(net.x), 0);
     net.network.SetNumberOfSamples(20000);
     net.network.SetDefaultBNAlgorithm(row->code);
     ASSERT_EQ(net.network.UpdateBeliefs(), 0);
-    // The samplers of 20,000 draws add a standard error of 0.003 to that of the table.
     EXPECT_TRUE(Near(net.Of(net.x), {0.25, 0.75}));
+    EXPECT_EQ(net.network.ValueOf(net.x)->IsValueValid(), row->code != KVN_ALG_LOOPY_PROPAGATION);
   }
+  UseClockForAdaptiveSeed();
+}
+
+TEST(DiscretizingUpdate, WithoutMemoryItIsTheRightAnswerOrTheCode) {
+  FailEachAllocation([&](int n) {
+    SumNet net;
+    EXPECT_EQ(EquationNode(net.network, net.y).SetEquation("u = y - x"), 0);
+    FailingAllocation failing(n);
+    const int result = net.network.UpdateBeliefs();
+    const bool failed = failing.HasFailed();
+    EXPECT_TRUE(result == 0 || (failed && result == KVN_NO_MEMORY)) << result;
+    EXPECT_EQ(net.network.ValueOf(net.y)->IsValueValid(), result == 0);
+    if (result == 0) {
+      EXPECT_TRUE(Near(net.Of(net.y), {0.125, 0.75, 0.125}));
+    }
+    return failed;
+  });
 }
 
 TEST(DiscretizingUpdate, FailuresHaveTheirCodesAndLeaveNothingValid) {
