@@ -1,11 +1,14 @@
 #include "decision/chanceConversion.h"
 
+#include "decision/policyOrder.h"
 #include "definitions/table.h"
 #include "foundation/resultCodes.h"
 #include "network/network.h"
 #include "network/node.h"
 
 namespace {
+
+constexpr int kCopiedTypes = KVN_TYPE_BIT_DECISION | KVN_TYPE_BIT_DISCRETE | KVN_TYPE_BIT_UTILITY;
 
 int ConvertUtility(KVN_network& network, int handle) {
   auto& utility = static_cast<KVN_table&>(*network.DefinitionOf(handle));
@@ -28,9 +31,20 @@ int ConvertUtility(KVN_network& network, int handle) {
 
 }  // namespace
 
+int CopyNetwork(const KVN_network& source, KVN_network& copy) {
+  if (int result = copy.Assign(source, /*skipTemporal=*/0); result < 0) return result;
+  for (int h = source.GetFirstNode(); h >= 0; h = source.GetNextNode(h)) {
+    const int type = source.TypeOf(h);
+    if ((type & kCopiedTypes) == 0) continue;  // some other kinds aren't copied at all
+    const bool hasValue = copy.ValueOf(h) != nullptr || source.ValueOf(h) == nullptr;
+    if (copy.TypeOf(h) != type || !hasValue) return KVN_NO_MEMORY;
+  }
+  return KVN_SUCCESS;
+}
+
 int ConvertToChance(KVN_network& network) {
-  const KVN_intArray order(network.GetOrderOfNodes());
-  if (order.GetNumItems() != network.GetNumberOfNodes()) return KVN_NO_MEMORY;
+  KVN_intArray order;
+  if (int result = CopyOrderOfNodes(network, order); result < 0) return result;
   for (int handle : order) {
     int result = KVN_SUCCESS;
     switch (network.TypeOf(handle)) {

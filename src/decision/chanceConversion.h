@@ -9,6 +9,10 @@ class KVN_network;
 /// for Using Belief Networks as Influence Diagrams", 1988). Its posterior is then the expected
 /// utility on that scale.
 
+/// Makes `copy` a copy to work on. KVN_NO_MEMORY also where a node would lack its definition or its
+/// value, which a copy of a network alone bears with.
+[[nodiscard]] int CopyNetwork(const KVN_network& source, KVN_network& copy);
+
 /// Converts every node, parents first. Gates over binary nodes stay what they are, since inference
 /// reads the tables that they stand for; so do nodes without a definition. 0, or the first failure.
 int ConvertToChance(KVN_network& network);

@@ -37,10 +37,7 @@ class NoAutomaticUpdate {
 };
 
 bool AsksForEffort(KVN_network& network) {
-  const KVN_userProperties& properties = network.UserProperties();
-  const int position = properties.FindProperty("KVN_POLICY_EFFORT");
-  int effort = 0;
-  return position >= 0 && TextToInt(properties.GetValue(position), effort) == 0 && effort > 0;
+  return network.UserProperties().GetInteger("KVN_POLICY_EFFORT") > 0;
 }
 
 KVN_Dmatrix* MatrixOf(KVN_network& network, int handle) {
@@ -89,19 +86,21 @@ int CooperEvaluator::Evaluate(KVN_network& network) {
   model = &network;
   hasEffort = AsksForEffort(network);
   const NoAutomaticUpdate quiet(network);
-  if (int result = FindMainUtility(); result < 0) {
+  int result = FindMainUtility();
+  if (result < 0 && result != KVN_NO_MEMORY) {
     (void)LogError(result, "Utilities not specified. Policies cannot be evaluated");
     computePolicy = false;
+    result = KVN_SUCCESS;
   }
-  int result = Prepare();
+  if (result == 0) result = Prepare();
   if (result == 0) result = EvaluateScenarios();
   if (result == 0) {
     for (int handle = model->GetFirstNode(); handle >= 0; handle = model->GetNextNode(handle)) {
       const KVN_nodeValue* value = model->ValueOf(handle);
       if (value != nullptr && value->GetIndexingParents().GetNumItems() == 0) StoreResult(handle);
     }
-    FinishValues();
-    if (computePolicy) result = FoldBack();
+    result = FinishValues();
+    if (result == 0 && computePolicy) result = FoldBack();
   }
   if (result != 0) {
     (void)model->InvalidateAllBeliefs();
@@ -115,7 +114,9 @@ int CooperEvaluator::Evaluate(KVN_network& network) {
 // --- Before the first scenario.
 
 int CooperEvaluator::FindMainUtility() {
-  for (int handle : model->GetOrderOfNodes()) {
+  KVN_intArray nodes;
+  if (int result = CopyOrderOfNodes(*model, nodes); result < 0) return result;
+  for (int handle : nodes) {
     if ((model->TypeOf(handle) & KVN_TYPE_BIT_UTILITY) == 0) continue;
     if (int result = utilities.Add(handle); result < 0) return result;
   }
@@ -158,7 +159,7 @@ int CooperEvaluator::Prepare() {
   model->SetChangeMask(0);
   int result = BuildPolicyNodes(*model, policyNodes);
   if (result == 0) result = AddTemporalArcs(*model, policyNodes, addedArcs);
-  if (result == 0) result = working.Assign(*model, /*skipTemporal=*/0);
+  if (result == 0) result = CopyNetwork(*model, working);
   model->SetChangeMask(mask);
   if (result < 0) return result;
 
@@ -215,8 +216,10 @@ int CooperEvaluator::EvaluateScenarios() {
       const int node = scenarioNodes[position];
       const int outcomes = working.DefinitionOf(node)->GetNumberOfOutcomes();
       // Refused evidence means an impossible outcome.
-      while (next[position] < outcomes && working.ValueOf(node)->SetEvidence(next[position]) != 0) {
-        next[position]++;
+      for (; next[position] < outcomes; next[position]++) {
+        const int entered = working.ValueOf(node)->SetEvidence(next[position]);
+        if (entered == KVN_NO_MEMORY) return entered;
+        if (entered == 0) break;
       }
       if (next[position] < outcomes) {
         scenario[static_cast<std::size_t>(node)] = next[position]++;
@@ -307,13 +310,14 @@ void CooperEvaluator::StoreResult(int handle) {
 // --- After the last scenario.
 
 /// Brings the utilities back to their own scale, and combines them where nodes do so.
-void CooperEvaluator::FinishValues() {
+int CooperEvaluator::FinishValues() {
   for (int handle : utilities) {
     KVN_nodeValue* value = model->ValueOf(handle);
     if (value == nullptr) continue;
     if (value->GetType() == KVN_VALUE_MAU_EXPECTED_UTILITY) {
-      // A failure leaves undefined cells, which say so.
-      (void)static_cast<KVN_mauExpectedUtility*>(value)->ComputeFromParents();
+      // Any other failure leaves undefined cells, which say so.
+      const int result = static_cast<KVN_mauExpectedUtility*>(value)->ComputeFromParents();
+      if (result == KVN_NO_MEMORY) return result;
     } else if (value->GetType() == KVN_VALUE_EXPECTED_UTILITY) {
       const auto& definition = static_cast<const KVN_table&>(*model->DefinitionOf(handle));
       (void)static_cast<KVN_expectedUtility*>(value)->Rescale(0.0, 1.0, definition.GetMinimum(),
@@ -321,6 +325,7 @@ void CooperEvaluator::FinishValues() {
     }
     value->SetValueValid();
   }
+  return KVN_SUCCESS;
 }
 
 /// From the last decision or observation to the first: what is observed is averaged over, what is

@@ -50,10 +50,10 @@ class CooperEvaluator {
   int CompleteScenarios();
   int ProbeResults();
   int ProbePolicyNodes();
-  KVN_intArray ScenarioNodesBefore(int policyNode) const;
-  bool DependsOn(int handle, int policyNode);
+  int ListScenarioNodesBefore(int policyNode, KVN_intArray& before) const;
+  [[nodiscard]] int Probe(int handle, int policyNode, bool& depends);
   void Observe(const KVN_intArray& observed);
-  void Forget(int handle);
+  [[nodiscard]] int Forget(int handle);
   void Restore(int handle);
   void KeepSoftEvidence();
   void RestoreSoftEvidence(int handle);
@@ -64,7 +64,7 @@ class CooperEvaluator {
   int TellImpossible() const;
   void StoreResult(int handle);
   void StoreIndexedResults();
-  void FinishValues();
+  int FinishValues();
   int FoldBack();
   int StoreDecision(int handle, const KVN_Dmatrix& expected, int indexCount);
   int AverageOut(int handle, KVN_Dmatrix& expected) const;

@@ -35,6 +35,12 @@ bool HasArcWith(const KVN_network& network, int d, const KVN_intArray& stage) {
 
 }  // namespace
 
+int CopyOrderOfNodes(KVN_network& network, KVN_intArray& nodes) {
+  const KVN_intArray& order = network.GetOrderOfNodes();
+  if (order.GetNumItems() != network.GetNumberOfNodes()) return KVN_NO_MEMORY;
+  return nodes.Assign(order);
+}
+
 int BuildPolicyNodes(KVN_network& network, KVN_intArray& policyNodes) {
   KVN_intArray order;
   if (int result = network.GetTemporalOrder(order); result < 0) return result;

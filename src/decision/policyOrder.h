@@ -7,6 +7,9 @@ class KVN_network;
 /// The order in which an influence diagram is played: what is observed and decided, one after the
 /// other. Both evaluators read a diagram by these rules.
 
+/// A copy of the network's order of all nodes, parents first. KVN_NO_MEMORY where it isn't whole.
+[[nodiscard]] int CopyOrderOfNodes(KVN_network& network, KVN_intArray& nodes);
+
 /// Appends the decisions without evidence, and the nodes without evidence that are parents of a
 /// decision, in temporal order: before each decision what is known when it is made.
 int BuildPolicyNodes(KVN_network& network, KVN_intArray& policyNodes);

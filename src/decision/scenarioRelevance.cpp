@@ -3,6 +3,7 @@
 // their valid mark.
 
 #include "decision/cooperEvaluator.h"
+#include "decision/policyOrder.h"
 #include "definitions/nodeDefinition.h"
 #include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
@@ -39,7 +40,16 @@ void FillWithMark(KVN_network& network, int handle) {
 
 }  // namespace
 
-void CooperEvaluator::Forget(int handle) { (void)working.ValueOf(handle)->ClearEvidence(); }
+/// The network is told from here, since a value keeps to itself that its walk lacked memory. Then
+/// what depends on the node would pass for what doesn't.
+int CooperEvaluator::Forget(int handle) {
+  const int mask = working.GetChangeMask();
+  working.SetChangeMask(mask & ~KVN_HOOK_EVIDENCE_CLEARED);
+  const int cleared = working.ValueOf(handle)->ClearEvidence();
+  working.SetChangeMask(mask);
+  if (cleared < 0) return KVN_SUCCESS;  // there was none
+  return working.EvidenceCleared(handle) == KVN_NO_MEMORY ? KVN_NO_MEMORY : KVN_SUCCESS;
+}
 
 /// Without the hook of new evidence: nothing is to become stale by this.
 void CooperEvaluator::Restore(int handle) {
@@ -99,19 +109,21 @@ void CooperEvaluator::Observe(const KVN_intArray& observed) {
 
 /// Whether what is believed of `handle` changes with the outcome of `policyNode`, which has
 /// evidence.
-bool CooperEvaluator::DependsOn(int handle, int policyNode) {
+int CooperEvaluator::Probe(int handle, int policyNode, bool& depends) {
   KVN_nodeValue& value = *working.ValueOf(handle);
   value.SetValueValid();
-  Forget(policyNode);
-  const bool depends = !value.IsValueValid();
+  if (int result = Forget(policyNode); result < 0) return result;
+  depends = !value.IsValueValid();
   Restore(policyNode);
-  return depends;
+  return KVN_SUCCESS;
 }
 
 /// What the main utility depends on, given all other policy nodes.
 int CooperEvaluator::ProbeMainUtility() {
   for (int policyNode : policyNodes) {
-    if (!DependsOn(mainUtility, policyNode)) continue;
+    bool depends = false;
+    if (int result = Probe(mainUtility, policyNode, depends); result < 0) return result;
+    if (!depends) continue;
     if (int result = scenarioNodes.Add(policyNode); result < 0) return result;
   }
   return KVN_SUCCESS;
@@ -125,10 +137,12 @@ int CooperEvaluator::CompleteScenarios() {
   bool isComplete = false;
   while (!isComplete) {
     isComplete = true;
-    const KVN_intArray known(scenarioNodes);
+    KVN_intArray known;
+    if (int result = known.Assign(scenarioNodes); result < 0) return result;
     for (int handle : known) {
       if (model->TypeOf(handle) == KVN_TYPE_LIST) continue;
-      const KVN_intArray before = ScenarioNodesBefore(handle);
+      KVN_intArray before;
+      if (int result = ListScenarioNodesBefore(handle, before); result < 0) return result;
       bool decided = false;  // whether a decision that matters comes between the two
       for (int i = policyNodes.FindPosition(handle) - 1; i >= 0; i--) {
         const bool isDecision = model->TypeOf(policyNodes[i]) == KVN_TYPE_LIST;
@@ -137,10 +151,13 @@ int CooperEvaluator::CompleteScenarios() {
           continue;
         }
         if (!decided && !isDecision) continue;
-        KVN_intArray observed(before);
+        KVN_intArray observed;
+        if (int result = observed.Assign(before); result < 0) return result;
         if (int result = observed.Add(policyNodes[i]); result < 0) return result;
         Observe(observed);
-        if (!DependsOn(handle, policyNodes[i])) continue;
+        bool depends = false;
+        if (int result = Probe(handle, policyNodes[i], depends); result < 0) return result;
+        if (!depends) continue;
         if (int result = scenarioNodes.Add(policyNodes[i]); result < 0) return result;
         isComplete = false;
         break;  // the next round starts from what is known now
@@ -157,13 +174,13 @@ int CooperEvaluator::CompleteScenarios() {
   return KVN_SUCCESS;
 }
 
-KVN_intArray CooperEvaluator::ScenarioNodesBefore(int policyNode) const {
-  KVN_intArray before;
+int CooperEvaluator::ListScenarioNodesBefore(int policyNode, KVN_intArray& before) const {
   for (int handle : policyNodes) {
     if (handle == policyNode) break;
-    if (scenarioNodes.IsInList(handle) && before.Add(handle) < 0) break;
+    if (!scenarioNodes.IsInList(handle)) continue;
+    if (int result = before.Add(handle); result < 0) return result;
   }
-  return before;
+  return KVN_SUCCESS;
 }
 
 /// Indexes the main utility by what is enumerated, and each other result by those of these nodes
@@ -171,7 +188,9 @@ KVN_intArray CooperEvaluator::ScenarioNodesBefore(int policyNode) const {
 int CooperEvaluator::ProbeResults() {
   Observe(hasEffort ? scenarioNodes : policyNodes);
   KVN_intArray watched;
-  for (int handle : working.GetOrderOfNodes()) {
+  KVN_intArray nodes;
+  if (int result = CopyOrderOfNodes(working, nodes); result < 0) return result;
+  for (int handle : nodes) {
     const KVN_nodeValue* value = working.ValueOf(handle);
     if (handle == mainUtility || value == nullptr || value->HasEvidence()) continue;
     if (working.DefinitionOf(handle) == nullptr) continue;
@@ -181,7 +200,7 @@ int CooperEvaluator::ProbeResults() {
   std::vector<KVN_intArray> dependsOn(static_cast<std::size_t>(watched.GetNumItems()));
   for (int node : scenarioNodes) {
     for (int handle : watched) working.ValueOf(handle)->SetValueValid();
-    Forget(node);
+    if (int result = Forget(node); result < 0) return result;
     for (int i = 0; i < watched.GetNumItems(); i++) {
       if (working.ValueOf(watched[i])->IsValueValid()) continue;
       if (int result = dependsOn[static_cast<std::size_t>(i)].Add(node); result < 0) return result;
@@ -209,13 +228,20 @@ int CooperEvaluator::ProbePolicyNodes() {
       continue;  // among the results
     }
     const bool isIdle = hasEffort && !isEnumerated;  // a decision that nothing depends on
-    const KVN_intArray before = isIdle ? KVN_intArray() : ScenarioNodesBefore(handle);
+    KVN_intArray before;
+    if (!isIdle) {
+      if (int result = ListScenarioNodesBefore(handle, before); result < 0) return result;
+    }
     if (hasEffort) Observe(before);
     const bool wasObserved = working.ValueOf(handle)->IsEvidence();
-    if (wasObserved) Forget(handle);
+    if (wasObserved) {
+      if (int result = Forget(handle); result < 0) return result;
+    }
     KVN_intArray dependsOn;
     for (int node : before) {
-      if (!DependsOn(handle, node)) continue;
+      bool depends = false;
+      if (int result = Probe(handle, node, depends); result < 0) return result;
+      if (!depends) continue;
       if (int result = dependsOn.Add(node); result < 0) return result;
     }
     if (wasObserved) Restore(handle);

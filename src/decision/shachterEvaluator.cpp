@@ -78,14 +78,15 @@ int ShachterEvaluator::Prepare() {
     if (model->TypeOf(handle) != KVN_TYPE_LIST || HasEvidence(*model, handle)) continue;
     if (int result = decisions.Add(handle); result < 0) return result;
   }
-  return working.Assign(*model, /*skipTemporal=*/0);
+  return CopyNetwork(*model, working);
 }
 
 /// Children first, so that the weights of a node reach those below it already multiplied. The
 /// weights are those of the first row: which alternatives of its decision parents hold isn't known
 /// here. A node with expressions counts with the weights that it keeps besides.
 int ShachterEvaluator::FoldMauNodes() {
-  const KVN_intArray nodes(working.GetOrderOfNodes());
+  KVN_intArray nodes;
+  if (int result = CopyOrderOfNodes(working, nodes); result < 0) return result;
   for (int i = nodes.GetNumItems() - 1; i >= 0; i--) {
     if (working.TypeOf(nodes[i]) != KVN_TYPE_MAU) continue;
     KVN_Dmatrix* weights = nullptr;
@@ -108,7 +109,9 @@ int ShachterEvaluator::FoldMauNodes() {
 }
 
 int ShachterEvaluator::ListUtilitiesAndParents(KVN_intArray& utilities, KVN_intArray& parents) {
-  for (int handle : working.GetOrderOfNodes()) {
+  KVN_intArray nodes;
+  if (int result = CopyOrderOfNodes(working, nodes); result < 0) return result;
+  for (int handle : nodes) {
     if (handle == mergedUtility || working.TypeOf(handle) != KVN_TYPE_TABLE) continue;
     if (int result = utilities.Add(handle); result < 0) return result;
     for (int parent : working.GetParents(handle)) {
@@ -166,7 +169,8 @@ int ShachterEvaluator::AddUtility(int utility) {
 
 int ShachterEvaluator::SolveDecisions() {
   // A refusal leaves the decisions equally likely, and the first alternatives are chosen.
-  (void)working.ValueOf(mergedUtility)->SetEvidence(0);
+  const int entered = working.ValueOf(mergedUtility)->SetEvidence(0);
+  if (entered == KVN_NO_MEMORY) return entered;
   if (decisions.GetNumItems() == 0) return KVN_REFUSED;
   // It is meant that this isn't set back for each decision: where nothing speaks for any
   // alternative, the position of the choice before stands.

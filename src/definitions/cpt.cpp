@@ -124,8 +124,7 @@ int KVN_cpt::ReCreate() {
   if (int result = table.AppendDimension(numberOfOutcomes); result < 0) return result;
   table.Normalize();
   (void)CheckReadiness(/*deep=*/0);  // AddParent asks for it
-  AddAllParents();
-  return KVN_SUCCESS;
+  return AddAllParents();
 }
 
 int KVN_cpt::Assign(KVN_nodeDefinition& source) {

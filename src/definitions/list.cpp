@@ -52,8 +52,7 @@ int KVN_list::ReCreate() {
   if (int result = FillOutcomeNames(outcomes, kPrefix, kMinimum); result < 0) return result;
   numberOfOutcomes = outcomes.GetNumItems();
   (void)CheckReadiness(/*deep=*/0);  // AddParent asks for it
-  AddAllParents();
-  return KVN_SUCCESS;
+  return AddAllParents();
 }
 
 int KVN_list::Assign(KVN_nodeDefinition& source) {

@@ -313,7 +313,8 @@ int KVN_mau::TakeContent(KVN_mau& source) {
 
 int KVN_mau::RemoveNonDiscreteParents() {
   if (!HasNode()) return KVN_REFUSED;
-  const KVN_intArray list(Parents());  // the network's own loses entries
+  KVN_intArray list;  // the network's own loses entries
+  if (int result = list.Assign(Parents()); result < 0) return result;
   for (int parent : list) {
     const int type = TypeOf(parent);
     if ((type & KVN_TYPE_BIT_DISCRETE) == 0 || type == KVN_TYPE_LIST) continue;

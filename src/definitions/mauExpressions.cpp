@@ -182,7 +182,8 @@ int KVN_mau::SetExpressions(const KVN_mauExpressionTable* table, std::string* me
 
 /// The utility parents become the nodes of these names. The decisions keep their arcs.
 int KVN_mau::ReplaceUtilities(const std::vector<std::string>& names) {
-  const KVN_intArray list(Parents());
+  KVN_intArray list;
+  if (int result = list.Assign(Parents()); result < 0) return result;
   for (int parent : list) {
     if (KindOf(parent) == Kind::kDecision) continue;
     if (int result = network->RemoveArc(parent, handle, /*layer=*/0); result < 0) return result;
@@ -256,7 +257,8 @@ int KVN_mau::PruneParents() {
   for (int cell = 0; cell < expressions->GetSize(); cell++) {
     if (expressions->GetItem(cell) != nullptr) CollectNames(*expressions->GetItem(cell), names);
   }
-  const KVN_intArray list(Parents());
+  KVN_intArray list;
+  if (int result = list.Assign(Parents()); result < 0) return result;
   for (int parent : list) {
     const bool isUtility = KindOf(parent) == Kind::kUtility;
     if (!isUtility || names.count(IdOf(*network, parent)) != 0) continue;

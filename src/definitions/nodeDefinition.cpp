@@ -244,13 +244,16 @@ namespace {
 template <class TellDefinition, class TellCost>
 int TellChildren(const KVN_network& network, int handle, TellDefinition tellDefinition,
                  TellCost tellCost) {
-  const KVN_intArray children = network.GetChildren(handle);
+  KVN_intArray children;
+  if (int result = children.Assign(network.GetChildren(handle)); result < 0) return result;
   for (int child : children) {
     KVN_nodeDefinition* definition = network.DefinitionOf(child);
     if (definition == nullptr) continue;
     if (int result = tellDefinition(*definition); result != 0) return result;
   }
-  const KVN_intArray costChildren = network.GetChildren(handle, /*layer=*/1);
+  KVN_intArray costChildren;
+  const KVN_intArray& listed = network.GetChildren(handle, /*layer=*/1);
+  if (int result = costChildren.Assign(listed); result < 0) return result;
   for (int child : costChildren) {
     const KVN_node* node = network.GetNode(child);
     if (node != nullptr && node->Cost() != nullptr) (void)tellCost(*node->Cost());
@@ -321,13 +324,15 @@ void KVN_nodeDefinition::OutcomesReplaced() {
   }
 }
 
-void KVN_nodeDefinition::AddAllParents() {
-  const KVN_intArray parents = Parents();
+int KVN_nodeDefinition::AddAllParents() {
+  KVN_intArray parents;
+  if (int result = parents.Assign(Parents()); result < 0) return result;
   for (int parent : parents) {
     if (int result = AddParent(parent); result != 0) {
       (void)LogError(result, "Parent could not be added");
     }
   }
+  return KVN_SUCCESS;
 }
 
 void KVN_nodeDefinition::DropAllParents() {

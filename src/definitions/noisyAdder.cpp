@@ -55,7 +55,7 @@ int KVN_noisyAdder::ReCreate() {
   if (int result = weights.Add(1.0); result < 0) return result;
   parameters[1] = 1.0;
   parameters.Normalize();
-  AddAllParents();
+  if (int result = AddAllParents(); result < 0) return result;
   return (ciFlags & KVN_CI_KEEP_CPT) != 0 ? BuildCpt() : 0;
 }
 

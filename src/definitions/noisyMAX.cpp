@@ -40,7 +40,7 @@ int KVN_noisyMAX::ReCreate() {
   strengths.clear();
   if (int result = StartParameters(); result < 0) return result;
   parameters.Normalize();
-  AddAllParents();
+  if (int result = AddAllParents(); result < 0) return result;
   return (ciFlags & KVN_CI_KEEP_CPT) != 0 ? BuildCpt() : 0;
 }
 

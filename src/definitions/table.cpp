@@ -71,8 +71,7 @@ int KVN_table::ReCreate() {
   table.CleanUp();
   if (int result = table.AppendDimension(1); result < 0) return result;
   (void)CheckReadiness(/*deep=*/0);  // AddParent asks for it
-  AddAllParents();
-  return KVN_SUCCESS;
+  return AddAllParents();
 }
 
 int KVN_table::Assign(KVN_nodeDefinition& source) {

@@ -3,7 +3,9 @@
 #include <locale.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 
@@ -124,7 +126,8 @@ void DoubleToText(double value, char* buffer) {
 int TextToInt(const char* text, int& value) {
   value = 0;
   if (text == nullptr) return KVN_REFUSED;
-  value = static_cast<int>(strtol(text, nullptr, 10));
+  const long number = strtol(text, nullptr, 10);
+  value = static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX));
   return KVN_SUCCESS;
 }
 

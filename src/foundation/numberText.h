@@ -34,7 +34,8 @@ const char* ScanDouble(const char* text, double& value);
 /// `buffer` has kNumberTextSize bytes.
 void DoubleToText(double value, char* buffer);
 
-/// As the C library's atoi: leading blanks and sign, then digits, 0 when there are none.
+/// As the C library's atoi: leading blanks and sign, then digits, 0 when there are none. What no
+/// int holds becomes the nearest one.
 /// KVN_REFUSED, and the value 0, for a null text only.
 int TextToInt(const char* text, int& value);
 

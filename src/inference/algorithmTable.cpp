@@ -19,7 +19,7 @@
 #include "network/updateAlgorithm.h"
 
 const KVN_updateAlgorithm theUpdateAlgorithms[] = {
-    {KVN_ALG_CLUSTERING, RunClustering},
+    {KVN_ALG_CLUSTERING, ClusteringUpdate},
     {KVN_ALG_LOGIC_SAMPLING, RunLogicSampling},
     {KVN_ALG_POLYTREE, PolytreeUpdate},
     {KVN_ALG_LIKELIHOOD_WEIGHTING, RunLikelihoodWeighting},
@@ -30,8 +30,8 @@ const KVN_updateAlgorithm theUpdateAlgorithms[] = {
     {KVN_ALG_EPIS_SAMPLING, RunEpisSampling},
     {KVN_ALG_LOOPY_PROPAGATION, RunLoopyPropagation},
     {KVN_ALG_SEPSET_JOIN_TREE, SepsetJoinTreeUpdate},
-    {KVN_ALG_RELEVANCE_DECOMPOSITION, RunRelevanceDecomposition},
-    {KVN_ALG_RELEVANCE_DECOMPOSITION_2, RunRelevanceDecomposition2},
+    {KVN_ALG_RELEVANCE_DECOMPOSITION, DecomposedUpdate},
+    {KVN_ALG_RELEVANCE_DECOMPOSITION_2, DecomposedUpdateWhole},
     {-1, nullptr},
 };
 

@@ -209,7 +209,7 @@ int KVN_network::Conclude(int from, int other, int outcome, int& follow) {
   }
   if (value->GetEvidence() == outcome) return KVN_SUCCESS;
   char message[kMessageSize];
-  // Spelled so since the first release; hosts may look for the text.
+  // The spelling is meant to stay: hosts look for the texts of messages.
   std::snprintf(message, sizeof message, "ERROR: conficting evidence between nodes [%s] and [%s]",
                 TextOf(GetNode(from)->GetId()), TextOf(GetNode(other)->GetId()));
   return LogError(KVN_CONFLICTING_EVIDENCE, message);

@@ -147,7 +147,7 @@ int KVN_network::GetLevel(int handle) const {
 
 int KVN_network::GetTemporalOrder(KVN_intArray& list) {
   list.Flush();
-  (void)GetOrderOfNodes();
+  if (GetOrderOfNodes().GetNumItems() != numNodes) return KVN_NO_MEMORY;
   KVN_intArray places;  // by handle: place in the order, or kListed
   constexpr int kListed = -1;
   if (int result = places.SetSize(size); result < 0) return result;

@@ -3,12 +3,19 @@
 #include <algorithm>
 #include <memory>
 
+#include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
 #include "network/ownedText.h"
 
 KVN_userProperties::KVN_userProperties() = default;
 
 int KVN_userProperties::FindProperty(const char* key) const { return keys.FindPosition(key); }
+
+int KVN_userProperties::GetInteger(const char* key) const {
+  int number = 0;
+  (void)TextToInt(GetValue(FindProperty(key)), number);  // no text is 0
+  return number;
+}
 
 int KVN_userProperties::AddProperty(const char* key, const char* value) {
   return InsertProperty(GetCount(), key, value);

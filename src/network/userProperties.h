@@ -19,6 +19,9 @@ class KVN_userProperties : public KVN_object {
   /// Position of the key, or KVN_REFUSED.
   int FindProperty(const char* key) const;
 
+  /// The value as an integer, as TextToInt reads it; 0 without the key or a value.
+  int GetInteger(const char* key) const;
+
   /// InsertProperty at the end, so that an existing key moves to the end of the list.
   int AddProperty(const char* key, const char* value);
 

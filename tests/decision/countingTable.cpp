@@ -18,7 +18,7 @@ namespace {
 int CountedUpdate(KVN_network& network) {
   theUpdateCount++;
   if (theForcedResult != 0) return theForcedResult;
-  const int result = RunClustering(network);
+  const int result = ClusteringUpdate(network);
   if (theUpdateCount != theBlindUpdate) return result;
   for (int h = network.GetFirstNode(); h >= 0; h = network.GetNextNode(h)) {
     KVN_Dmatrix* posterior = nullptr;

@@ -8,6 +8,7 @@
 #include "network/node.h"
 #include "tests/decision/countingTable.h"
 #include "tests/support/builders.h"
+#include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 
@@ -224,6 +225,55 @@ TEST(PolicyEvaluation, TakesGatesAndDeterministicNodes) {
   EXPECT_TRUE(CellsNear(MatrixOf(network, gate), rows, kTolerance));
   EXPECT_TRUE(network.ValueOf(cast)->IsValueValid());
   EXPECT_NEAR(MatrixOf(network, cast)[0] + MatrixOf(network, cast)[1], 1.0, kTolerance);
+}
+
+/// All values that are valid, by node.
+std::vector<std::vector<double>> ValidCells(KVN_network& network) {
+  std::vector<std::vector<double>> cells;
+  for (int h = network.GetFirstNode(); h >= 0; h = network.GetNextNode(h)) {
+    cells.emplace_back();
+    if (!network.ValueOf(h)->IsValueValid()) continue;
+    const KVN_Dmatrix& matrix = MatrixOf(network, h);
+    cells.back().assign(matrix.GetData(), matrix.GetData() + matrix.GetSize());
+  }
+  return cells;
+}
+
+/// More nodes, and more of them enumerated, than an array holds without a block of its own: a copy
+/// that is empty for want of memory must not pass for a diagram without decisions.
+TEST(PolicyEvaluation, WithoutMemoryIsRightOrTellsSo) {
+  for (int algorithm : {0, 1}) {
+    SCOPED_TRACE(algorithm);
+    std::vector<std::vector<double>> whole;
+    const auto evaluate = [&](int succeeding) {
+      KVN_network network;
+      std::vector<int> above;
+      for (int i = 0; i < 8; i++) above.push_back(AddCpt(network, nullptr, 2, {}, {1, 0}));
+      above.push_back(AddCpt(network, nullptr, 2, {}, {0.25, 0.75}));
+      if (algorithm == 1) above = {above.back()};
+      const int d =
+          AddNodeBelow(network, KVN_TYPE_LIST, "D", 2, algorithm == 0 ? above : std::vector<int>());
+      above.push_back(d);
+      std::vector<double> worth;
+      while (worth.size() < std::size_t{1} << above.size()) {
+        worth.insert(worth.end(), {9, 1, 2, 7});
+      }
+      WriteCells(network, AddNodeBelow(network, KVN_TYPE_TABLE, "U", 0, above), worth);
+      WriteCells(network, AddNodeBelow(network, KVN_TYPE_TABLE, "V", 0, {d}), {0, 1});
+      network.SetDefaultIDAlgorithm(algorithm);
+      const LogWatch log;
+      const FailingAllocation failing(succeeding);
+      const int result = network.UpdateBeliefs();
+      const bool hasFailed = failing.HasFailed();
+      if (whole.empty()) whole = ValidCells(network);
+      EXPECT_TRUE(result == 0 ? ValidCells(network) == whole : result < 0)
+          << result << " at " << succeeding;
+      return hasFailed;
+    };
+    ASSERT_FALSE(evaluate(1 << 30));
+    // Every third, since the same lines allocate again and again.
+    EXPECT_GT(FailEachAllocation([&](int n) { return evaluate(3 * n); }), 50);
+  }
 }
 
 }  // namespace

@@ -114,8 +114,15 @@ TEST(NumberText, Integers) {
     const char* text;
     int result, value;
   } cases[] = {
-      {"12", 0, 12}, {" -7x", 0, -7},           {"+3", 0, 3}, {"12e5", 0, 12}, {"x", 0, 0},
-      {"", 0, 0},    {nullptr, KVN_REFUSED, 0},
+      {"12", 0, 12},
+      {" -7x", 0, -7},
+      {"+3", 0, 3},
+      {"12e5", 0, 12},
+      {"x", 0, 0},
+      {"", 0, 0},
+      {nullptr, KVN_REFUSED, 0},
+      {"4294967297", 0, std::numeric_limits<int>::max()},
+      {"-99999999999999999999", 0, std::numeric_limits<int>::min()},
   };
   for (const auto& c : cases) {
     int value = 99;

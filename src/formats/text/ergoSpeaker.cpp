@@ -128,7 +128,7 @@ int KVN_ergoSpeaker::AddNode() {
   // No file says anything of more states than it has bytes, and two cost next to nothing.
   if (states < 2 || (states > 2 && states > statesLeft)) {
     (void)ReportText(KVN_REFUSED, "ERROR: '%s' : Invalid number of states", tokenText);
-    states = 2;
+    states = 2;  // meant, for what is below 2 too: the sections behind count on this node
   }
   if (states > 2) statesLeft -= states;
   const int handle = AddUnnamedNode(KVN_TYPE_NOISY_MAX);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 
@@ -80,6 +81,9 @@ class KVN_xmlSpeaker : public KVN_fileFormat {
   void ReadTable();
   bool ReadTableItem();
   void FinishDefinition();
+  std::int64_t CountCells() const;
+  bool MayBuild(std::int64_t cells);
+  void ReportCount(std::int64_t expected);
   void StoreNumbers(KVN_nodeDefinition& definition);
   void WarnOfColumns(KVN_nodeDefinition& definition);
   int FindVariable(const std::string& name) const;
@@ -104,4 +108,5 @@ class KVN_xmlSpeaker : public KVN_fileFormat {
   int forNode = -1;
   bool hasFor = false;  // known or not
   bool hasTable = false;
+  std::int64_t unfilledCells = 0;  // of tables that the file gave no numbers for
 };

@@ -119,6 +119,11 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   // Nodes, networkLoaderNodes.cpp.
   void StartNode(const Kind& kind);
   void EndNode(const Kind& kind);
+  /// Aborts, and gives false for the caller to pass on.
+  bool Refuse(const char* message) {
+    Abort(message);
+    return false;
+  }
   int CreateNode(const Kind& kind, const std::string& id, int temporalType);
   /// Aborts and gives false where a step ran out of memory; other results are the caller's.
   bool HadMemory(int result);
@@ -134,6 +139,7 @@ class XmlNetLoader : public XmlReader, public XmlErrorHandler {
   bool IsCountPlausible(const Kind& kind);
   bool AreRowsPlausible();
   bool IsGatePlausible(const Kind& kind);
+  bool IsBinaryPlausible(const Kind& kind);
   bool IsMauPlausible(const Kind& kind);
   /// A few parents are enough to ask for a table of gigabytes: whether a list of `listed` words may
   /// be the numbers of `cells` cells. Small tables are left to the model.

@@ -27,6 +27,9 @@ const char* const kFunctionWords[] = {"average", "singlefault"};
 constexpr int kNoList = -1;  // fills no table
 /// 128 MB of defaults in gates.
 constexpr std::int64_t kMostUnlisted = 1 << 24;
+/// Tables of gates over binary nodes up to this many cells, those of twelve parents, are as many as
+/// the file has nodes.
+constexpr std::int64_t kUncountedCells = 1 << 13;
 
 /// The list itself, or an array without slots for an empty one: a list that was used before keeps
 /// its slots, and those would pass for a filled block.
@@ -148,13 +151,10 @@ void XmlNetLoader::EndNode(const Kind& kind) {
 bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
   switch (kind.type) {
     case KVN_TYPE_CPT:
-      if (MayFill(CountCells(stateIds.GetNumItems()), numbers.GetNumItems())) return true;
-      Abort("SetProbabilities failed");
-      return false;
+      return MayFill(CountCells(stateIds.GetNumItems()), numbers.GetNumItems()) ||
+             Refuse("SetProbabilities failed");
     case KVN_TYPE_TABLE:
-      if (MayFill(CountCells(1), numbers.GetNumItems())) return true;
-      Abort("SetUtilities failed");
-      return false;
+      return MayFill(CountCells(1), numbers.GetNumItems()) || Refuse("SetUtilities failed");
     case KVN_TYPE_MAU:
       return IsMauPlausible(kind);
     case KVN_TYPE_TRUTHTABLE:
@@ -162,9 +162,29 @@ bool XmlNetLoader::IsCountPlausible(const Kind& kind) {
     case KVN_TYPE_NOISY_MAX:
     case KVN_TYPE_NOISY_ADDER:
       return IsGatePlausible(kind);
+    case KVN_TYPE_CAST:
+    case KVN_TYPE_DEMORGAN:
+      return IsBinaryPlausible(kind);
     default:
       return true;
   }
+}
+
+/// These gates keep a full table, although their lists hold no more than a number or two a parent:
+/// a few hundred bytes of a file make gigabytes.
+bool XmlNetLoader::IsBinaryPlausible(const Kind& kind) {
+  const int count = parents.GetNumItems();
+  const std::int64_t cells = CountCells(2);
+  if (cells <= kUncountedCells) return true;
+  if (kind.type == KVN_TYPE_CAST) {
+    if (positiveWeights.GetNumItems() != count) return Refuse("SetPositiveWeights failed");
+    if (negativeWeights.GetNumItems() != count) return Refuse("SetNegativeWeights failed");
+  } else {
+    if (weights.GetNumItems() != count) return Refuse("SetParentWeights failed");
+    if (parentTypes.GetNumItems() != count) return Refuse("SetParentTypes failed");
+  }
+  unlisted += cells;
+  return unlisted <= kMostUnlisted || Refuse("AddArc failed");
 }
 
 /// A list of one word a row, while every row has as many cells as there are states.
@@ -199,9 +219,8 @@ bool XmlNetLoader::IsMauPlausible(const Kind& kind) {
   const std::int64_t choices = CountChoices(others);
   const bool hasFormulas = kind.finish == &XmlNetLoader::FinishMauFormulas;
   if (!hasFormulas) {
-    if (MayFill(choices * std::max(others, std::int64_t{1}), weights.GetNumItems())) return true;
-    Abort("SetWeights failed");
-    return false;
+    return MayFill(choices * std::max(others, std::int64_t{1}), weights.GetNumItems()) ||
+           Refuse("SetWeights failed");
   }
   if (MayFill(choices, static_cast<int>(formulas.size()))) return true;
   AbortWith("Invalid number of expressions: %d, expected %lld", static_cast<int>(formulas.size()),
@@ -211,17 +230,14 @@ bool XmlNetLoader::IsMauPlausible(const Kind& kind) {
 
 bool XmlNetLoader::AddArcs(int layer) {
   for (int parent : parents) {
-    if (network.AddArc(parent, nodeHandle, layer) == 0) continue;
-    Abort("AddArc failed");
-    return false;
+    if (network.AddArc(parent, nodeHandle, layer) != 0) return Refuse("AddArc failed");
   }
   return true;
 }
 
 bool XmlNetLoader::SetStates() {
   if (definition->SetNumberOfOutcomes(stateIds) != 0 || !HasAllRows()) {
-    Abort("SetNumberOfOutcomes failed");
-    return false;
+    return Refuse("SetNumberOfOutcomes failed");
   }
   return SetStateMarks();
 }
@@ -385,7 +401,8 @@ void XmlNetLoader::FinishNoisyAdder() {
 bool XmlNetLoader::SetDistinguishedStates(KVN_noisyAdder& gate) {
   const int count = integers.GetNumItems();
   if (count != parents.GetNumItems() + 1) {
-    // No blank before the second number: users may look for the message as it has always been.
+    // No blank before the second number, and it is to stay so: hosts look for the texts of
+    // messages.
     AbortWith("Size of distinguished state vector is invalid: %d, expected%d", count,
               parents.GetNumItems() + 1);
     return false;

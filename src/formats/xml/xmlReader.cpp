@@ -170,7 +170,9 @@ void XmlReader::OnEntity(void* reader, const char* name, int /*isParameter*/, co
 void XmlReader::OnAttributeDefault(void* reader, const char* element, const char* attribute,
                                    const char* /*type*/, const char* value, int /*isRequired*/) {
   if (value == nullptr) return;
-  ReaderOf(reader).AbortWith("Attribute '%s' of '%s' must not have a default", attribute, element);
+  Run(reader, [&](XmlReader& self) {
+    self.AbortWith("Attribute '%s' of '%s' must not have a default", attribute, element);
+  });
 }
 
 void XmlReader::OnSkippedEntity(void* reader, const char* name, int isParameter) {
@@ -214,6 +216,7 @@ const XmlBinding* XmlReader::FindBinding(const char* name) {
     const bool isRepeated = parent.seen[static_cast<std::size_t>(position)];
     parent.seen[static_cast<std::size_t>(position)] = true;
     if (!isRepeated || (child.occurrence & KVN_XML_MANY) != 0) return child.binding;
+    // The spelling is meant to stay: hosts look for the texts of messages.
     AbortWith("Multiple occurences of '%s' not allowed in '%s'", name, parentName);
   } else if ((parent.options & KVN_XML_STRICT_CHILDREN) != 0) {
     AbortWith("Unknown element '%s' in '%s'", name, parentName);

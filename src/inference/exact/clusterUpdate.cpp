@@ -1,6 +1,5 @@
 #include "inference/exact/clusterUpdate.h"
 
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <vector>
@@ -23,15 +22,14 @@ constexpr const char* kDisableFallback = "KVN_REL_DECOMP_DISABLE_FALLBACK";
 constexpr int kDefaultGroupSize = 32;
 constexpr int kDefaultHalfLimit = 0x10000;
 
-/// A user property as a decimal integer, 0 when it is absent or no number.
 int IntegerProperty(KVN_network& network, const char* key) {
-  const KVN_userProperties& properties = network.UserProperties();
-  int position = properties.FindProperty(key);
-  const char* value = position < 0 ? nullptr : properties.GetValue(position);
-  return value == nullptr ? 0 : std::atoi(value);
+  return network.UserProperties().GetInteger(key);
 }
 
 int PositiveOr(int value, int substitute) { return value > 0 ? value : substitute; }
+
+/// Whether fewer targets may do: what the network refuses stays refused.
+bool IsTooLarge(int result) { return result == KVN_NO_MEMORY; }
 
 /// One update by groups of targets. The network's own targets are put aside for its duration.
 class Decomposition {
@@ -53,63 +51,68 @@ class Decomposition {
     for (int h : savedTargets) (void)network.SetTarget(h);
   }
 
-  bool RunGroups(int groupSize, std::int64_t wholeLimit, std::int64_t halfLimit);
-  bool RunWhole(std::int64_t limit) {
+  int RunGroups(int groupSize, std::int64_t wholeLimit, std::int64_t halfLimit);
+  int RunWhole(std::int64_t limit) {
     std::vector<int> handles;
-    return ListPendingChildrenFirst(handles) &&
-           Halve(handles.data(), static_cast<int>(handles.size()), limit);
+    if (int result = ListPendingChildrenFirst(handles); result < 0) return result;
+    return Halve(handles.data(), static_cast<int>(handles.size()), limit);
   }
 
  private:
-  bool ListPendingChildrenFirst(std::vector<int>& handles);
-  bool RunGroup(std::vector<int>& group, std::int64_t wholeLimit, std::int64_t halfLimit);
-  bool Halve(const int* handles, int count, std::int64_t limit);
+  int ListPendingChildrenFirst(std::vector<int>& handles);
+  int RunGroup(std::vector<int>& group, std::int64_t wholeLimit, std::int64_t halfLimit);
+  int RunHalves(const int* handles, int count, std::int64_t limit);
+  int Halve(const int* handles, int count, std::int64_t limit);
 
   KVN_network& network;
   std::vector<unsigned char> pending;  // by handle: still to be computed
   std::vector<int> savedTargets;
 };
 
-/// False without memory for the order.
-bool Decomposition::ListPendingChildrenFirst(std::vector<int>& handles) {
+int Decomposition::ListPendingChildrenFirst(std::vector<int>& handles) {
   const KVN_intArray& order = network.GetOrderOfNodes();
-  if (order.GetNumItems() != network.GetNumberOfNodes()) return false;
+  if (order.GetNumItems() != network.GetNumberOfNodes()) return KVN_NO_MEMORY;
   for (int i = order.GetNumItems() - 1; i >= 0; --i) {
     if (pending[order[i]] != 0) handles.push_back(order[i]);
   }
-  return true;
+  return KVN_SUCCESS;
 }
 
-bool Decomposition::RunGroups(int groupSize, std::int64_t wholeLimit, std::int64_t halfLimit) {
+int Decomposition::RunGroups(int groupSize, std::int64_t wholeLimit, std::int64_t halfLimit) {
   std::vector<int> handles;
-  if (!ListPendingChildrenFirst(handles)) return false;
+  if (int result = ListPendingChildrenFirst(handles); result < 0) return result;
   std::vector<int> group;
   for (int h : handles) {
     // A run ticks off every node that it could read out, so fewer may be left than were listed.
     if (pending[h] == 0) continue;
     group.push_back(h);
     if (static_cast<int>(group.size()) < groupSize) continue;
-    if (!RunGroup(group, wholeLimit, halfLimit)) return false;
+    if (int result = RunGroup(group, wholeLimit, halfLimit); result < 0) return result;
     group.clear();
   }
-  return group.empty() || RunGroup(group, wholeLimit, halfLimit);
+  return group.empty() ? int{KVN_SUCCESS} : RunGroup(group, wholeLimit, halfLimit);
 }
 
-bool Decomposition::RunGroup(std::vector<int>& group, std::int64_t wholeLimit,
-                             std::int64_t halfLimit) {
+int Decomposition::RunGroup(std::vector<int>& group, std::int64_t wholeLimit,
+                            std::int64_t halfLimit) {
   int count = static_cast<int>(group.size());
   for (int h : group) (void)network.SetTarget(h);
-  bool done = ClusterUpdate(network, pending.data(), count == 1 ? 0 : wholeLimit);
+  int result = ClusterUpdate(network, pending.data(), count == 1 ? 0 : wholeLimit);
   for (int h : group) (void)network.UnSetTarget(h);
-  if (done || count == 1) return done;
+  if (!IsTooLarge(result) || count == 1) return result;
+  return RunHalves(group.data(), count, halfLimit);
+}
+
+/// The later one first: children come first in the list, and parents are in the networks of these.
+int Decomposition::RunHalves(const int* handles, int count, std::int64_t limit) {
   int half = count / 2;
-  return Halve(group.data() + half, count - half, halfLimit) &&
-         Halve(group.data(), half, halfLimit);
+  if (int result = Halve(handles + half, count - half, limit); result < 0) return result;
+  return Halve(handles, half, limit);
 }
 
 /// The depth is the logarithm of the count.
-bool Decomposition::Halve(const int* handles, int count, std::int64_t limit) {
-  if (count < 1) return true;
+int Decomposition::Halve(const int* handles, int count, std::int64_t limit) {
+  if (count < 1) return KVN_SUCCESS;
   if (count == 1) limit = 0;
   bool any = false;
   for (int i = 0; i < count; ++i) {
@@ -117,50 +120,47 @@ bool Decomposition::Halve(const int* handles, int count, std::int64_t limit) {
     (void)network.SetTarget(handles[i]);
     any = true;
   }
-  if (!any) return true;
-  bool done = ClusterUpdate(network, pending.data(), limit);
+  if (!any) return KVN_SUCCESS;
+  int result = ClusterUpdate(network, pending.data(), limit);
   (void)network.ClearAllTargets();
-  if (done || count == 1) return done;
-  int half = count / 2;
-  return Halve(handles + half, count - half, limit) && Halve(handles, half, limit);
+  if (!IsTooLarge(result) || count == 1) return result;
+  return RunHalves(handles, count, limit);
 }
-
-int ResultOf(bool done) { return done ? KVN_SUCCESS : KVN_NO_MEMORY; }
 
 }  // namespace
 
-bool ClusterUpdate(KVN_network& network, unsigned char* pending, std::int64_t limit) {
+int ClusterUpdate(KVN_network& network, unsigned char* pending, std::int64_t limit) {
   JoinTreeOptions options;
   options.effort = IntegerProperty(network, kEffort) > 0;
   int result = 0;
   std::unique_ptr<RelevanceParts> parts =
       ReduceNetwork(network, /*absorbRoots=*/true, /*useDeterminism=*/true, result);
-  if (parts == nullptr) return result == 0;
+  if (parts == nullptr) return result;
   for (int i = 0; i < parts->GetCount(); ++i) {
     RelevanceGraph& part = (*parts)[i];
     if (part.GetSize() == 1) {
       RelevanceNode& record = part.Node(0);
-      if (WriteOwnTable(record) < 0) return false;
+      if (result = WriteOwnTable(record); result < 0) return result;
       if (pending != nullptr && record.node != nullptr) pending[record.node->Handle()] = 0;
     } else {
       JoinTree tree(part, options);
-      if (!tree.Run(pending, limit)) return false;
+      if (!tree.Run(pending, limit)) return KVN_NO_MEMORY;
     }
     parts->Free(i);
   }
-  return true;
+  return KVN_SUCCESS;
 }
 
-bool ClusteringUpdate(KVN_network& network) {
-  if (ClusterUpdate(network, nullptr, 0)) return true;
-  if (network.GetNumberOfTargets() == 1 ||
+int ClusteringUpdate(KVN_network& network) {
+  int result = ClusterUpdate(network, nullptr, 0);
+  if (!IsTooLarge(result) || network.GetNumberOfTargets() == 1 ||
       network.UserProperties().FindProperty(kDisableFallback) >= 0) {
-    return false;
+    return result;
   }
   return DecomposedUpdate(network);
 }
 
-bool DecomposedUpdate(KVN_network& network) {
+int DecomposedUpdate(KVN_network& network) {
   int whole = IntegerProperty(network, kWholeLimit);
   int half =
       whole > 0 ? whole : PositiveOr(IntegerProperty(network, kHalfLimit), kDefaultHalfLimit);
@@ -168,15 +168,7 @@ bool DecomposedUpdate(KVN_network& network) {
   return Decomposition(network).RunGroups(groupSize, whole > 0 ? whole : 0, half);
 }
 
-bool DecomposedUpdateWhole(KVN_network& network) {
+int DecomposedUpdateWhole(KVN_network& network) {
   int limit = PositiveOr(IntegerProperty(network, kHalfLimit), kDefaultHalfLimit);
   return Decomposition(network).RunWhole(limit);
-}
-
-int RunClustering(KVN_network& network) { return ResultOf(ClusteringUpdate(network)); }
-
-int RunRelevanceDecomposition(KVN_network& network) { return ResultOf(DecomposedUpdate(network)); }
-
-int RunRelevanceDecomposition2(KVN_network& network) {
-  return ResultOf(DecomposedUpdateWhole(network));
 }

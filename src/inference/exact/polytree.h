@@ -16,7 +16,8 @@ class KVN_network;
 /// long isn't even finished. Contradictory evidence has no exact answer: what the whole walk leaves
 /// stands then, uniform wherever a sum was zero.
 ///
-/// -1 with a message in the log, and nothing computed, when the network has a loop; KVN_REFUSED for
-/// a node without a fitting table; KVN_NO_MEMORY. After a failure nothing without evidence is
-/// valid.
+/// KVN_FAILURE with a message in the log, and nothing computed, when the network has a loop;
+/// KVN_REFUSED for a node without a fitting table; KVN_NO_MEMORY; KVN_EXPRESSION_ERROR where a
+/// child doesn't list its parent, which no operation of the network brings about. After any but the
+/// first nothing without evidence is valid.
 int PolytreeUpdate(KVN_network& network);

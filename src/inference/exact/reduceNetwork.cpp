@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <utility>
@@ -377,10 +376,8 @@ std::unique_ptr<RelevanceParts> Reducer::MakeParts(int components) {
 /// property replaces if it exists.
 bool ReadNoisyMaxRelevance(KVN_network& network) {
   const KVN_userProperties& properties = network.UserProperties();
-  int position = properties.FindProperty(kNoisyMaxProperty);
-  if (position < 0) return network.GetNoisyMaxRelevance() != 0;
-  const char* value = properties.GetValue(position);
-  return value != nullptr && std::atoi(value) != 0;
+  if (properties.FindProperty(kNoisyMaxProperty) < 0) return network.GetNoisyMaxRelevance() != 0;
+  return properties.GetInteger(kNoisyMaxProperty) != 0;
 }
 
 /// A node whose value carries the reserved flag is a root with a table of two cells: nothing sets

@@ -141,8 +141,8 @@ class RelevanceParts {
 /// network is otherwise as before. Contradictory evidence isn't noticed here: it shows as a sum of
 /// zero in the algorithm that follows.
 ///
-/// Null with `result` 0 when there is nothing to compute, null with `result` KVN_NO_MEMORY when a
-/// table could not be had.
+/// Null with `result` 0 when there is nothing to compute, with KVN_NO_MEMORY when a table could not
+/// be had, and with KVN_REFUSED for a node without definition or value.
 std::unique_ptr<RelevanceParts> ReduceNetwork(KVN_network& network, bool absorbRoots,
                                               bool useDeterminism, int& result);
 

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -182,6 +184,22 @@ TEST(ErgoSpeaker, WritesPositionsOfTheSortedOrder) {
             "/*\tNames\t*/\nA\tC\t\n\n"
             "\n/*\tLabels\t*/\nState0\tState1\tState2\t\nState0\tState1\t\n\n\n"
             "\n/*\tCenters\t*/\n0\t0\n0\t-7\n");
+}
+
+// A reader takes the states of all nodes from one line; tables and lists are broken.
+TEST(ErgoSpeaker, BreaksLinesBehindTheStructureOnly) {
+  KVN_network network;
+  std::string states;
+  for (int i = 0; i < 40; i++) {
+    (void)AddNodeBelow(network, KVN_TYPE_CPT, nullptr, 12, {});
+    states += "12\t";
+  }
+  const std::string text = WrittenText(network, "erg");
+  EXPECT_THAT(text, testing::StartsWith("40\n\n" + states + "\n\n0\n"));
+  std::size_t longest = 0;
+  std::istringstream lines(text.substr(text.find("Probabilities")));
+  for (std::string line; std::getline(lines, line);) longest = std::max(longest, line.size());
+  EXPECT_EQ(longest, 70u) << "ten names of six characters and a tab each";
 }
 
 // What is left out is what the format has no words for.

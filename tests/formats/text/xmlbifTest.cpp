@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -247,6 +246,11 @@ TEST(XmlSpeaker, TellsWhatIsWrongWithADefinition) {
        definition("<FOR>B</FOR><TABLE></TABLE>"),
        2,
        {"3 Node [B] was expecting 3 numbers but 0 were read"}},
+      {"of a decision",
+       kTwoNodes + "<VARIABLE TYPE='decision'><NAME>D</NAME></VARIABLE>" +
+           "<DEFINITION><FOR>D</FOR><TABLE>1 0</TABLE></DEFINITION>" + kTail,
+       3,
+       {"3 Node [D] was expecting 0 numbers but 2 were read"}},
       {"no numbers",
        definition("<FOR>B</FOR><TABLE>1 0 nan</TABLE>\n"),
        2,
@@ -295,6 +299,37 @@ TEST(XmlSpeaker, EndsADefinitionWhoseTableHasNoEnd) {
   }
 }
 
+// A few lines that ask for gigabytes: no arc is made for a table that the numbers don't fill, nor
+// where it would come about parent by parent.
+TEST(XmlSpeaker, MakesNoLargeTableWithoutItsNumbers) {
+  std::string variables, given, oneByOne;
+  for (int i = 0; i < 26; i++) {
+    const std::string name = "P" + std::to_string(i);
+    variables += "<VARIABLE><NAME>" + name + "</NAME></VARIABLE>";
+    given += "<GIVEN>" + name + "</GIVEN>";
+    oneByOne += "<DEFINITION><FOR>A</FOR><GIVEN>" + name + "</GIVEN></DEFINITION>";
+  }
+  const std::string head = "<DEFINITION><FOR>A</FOR>" + given;
+  const struct {
+    std::string definitions;
+    const char* message;
+    std::size_t messages, arcs;
+  } cases[] = {
+      {head + "<TABLE>1 0</TABLE></DEFINITION>", "134217728 numbers but 2", 1, 0},
+      {head + "</DEFINITION>", "134217728 numbers but 0", 1, 0},
+      {oneByOne, "2097152 numbers but 0", 7, 19},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.message);
+    KVN_network network;
+    const std::vector<std::string> messages =
+        ReadText(network, "xml03", kTwoNodes + variables + c.definitions + kTail);
+    ASSERT_EQ(messages.size(), c.messages);
+    EXPECT_THAT(messages[0], testing::HasSubstr("Node [A] was expecting "s + c.message));
+    EXPECT_EQ(ParentsOf(network, "A").size(), c.arcs);
+  }
+}
+
 // The first definition of a node has given it its arcs; the last one has the numbers.
 TEST(XmlSpeaker, TakesTheNumbersOfTheLastDefinition) {
   KVN_network network;
@@ -312,9 +347,27 @@ TEST(XmlSpeaker, WritesItsDocument) {
   const int d = AddNodeBelow(network, KVN_TYPE_LIST, "D", 2, {a});
   WriteCells(network, AddNodeBelow(network, KVN_TYPE_TABLE, "U", 0, {a, d}), {1, -2, 1e-9, 40000});
   const std::string text = WrittenText(network, "xml03");
-  const std::string prolog = "<?XML VERSION=\"1.0\"?>\n<!--\n\tBayesian network in XMLBIF v0.3";
-  EXPECT_EQ(text.substr(0, prolog.size()), prolog);
-  EXPECT_EQ(text.substr(text.find("]>")), R"(]>
+  EXPECT_EQ(text, R"(<?XML VERSION="1.0"?>
+<!--
+	Bayesian network in XMLBIF v0.3 (BayesNet Interchange Format)
+	Produced by ORMEL/VUSTA (http://ormel.example/)
+-->
+
+<!-- DTD for the XMLBIF 0.3 format -->
+<!DOCTYPE BIF [
+	<!ELEMENT BIF ( NETWORK )*>
+	      <!ATTLIST BIF VERSION CDATA #REQUIRED>
+	<!ELEMENT NETWORK ( NAME, ( PROPERTY | VARIABLE | DEFINITION )* )>
+	<!ELEMENT NAME (#PCDATA)>
+	<!ELEMENT VARIABLE ( NAME, ( OUTCOME |  PROPERTY )* ) >
+	      <!ATTLIST VARIABLE TYPE (chance|decision|utility) chance>
+	<!ELEMENT OUTCOME (#PCDATA)>
+	<!ELEMENT DEFINITION ( FOR | GIVEN | TABLE | PROPERTY )* >
+	<!ELEMENT FOR (#PCDATA)>
+	<!ELEMENT GIVEN (#PCDATA)>
+	<!ELEMENT TABLE (#PCDATA)>
+	<!ELEMENT PROPERTY (#PCDATA)>
+]>
 
 <BIF VERSION="0.3">
 <NETWORK>
@@ -355,13 +408,20 @@ TEST(XmlSpeaker, WritesItsDocument) {
 )");
 }
 
+TEST(XmlSpeaker, TellsOfANodeThatItHasNoWordFor) {
+  KVN_network network;
+  ASSERT_GE(network.AddNode(KVN_TYPE_EQUATION, "E"), 0);
+  const LogWatch log;
+  EXPECT_THAT(WrittenText(network, "xml03"),
+              testing::HasSubstr("<VARIABLE TYPE=\"Unknown\">\n  <NAME>E</NAME>"));
+  EXPECT_THAT(log.Texts(), ElementsAre("ERROR: Unsupported node type"));
+}
+
 // What is left out is what the format has no words for.
 TEST(XmlSpeaker, ReadsBackWhatItWrites) {
   RandomNetworkOptions options;
   options.nodes = 14;
-  const auto isMau = [](int kind) { return kind == KVN_TYPE_MAU; };
-  options.kinds.erase(std::remove_if(options.kinds.begin(), options.kinds.end(), isMau),
-                      options.kinds.end());
+  std::erase(options.kinds, KVN_TYPE_MAU);
   options.diagnosis = options.costs = false;
   NetworkCompareOptions compare;
   compare.byTable = true;

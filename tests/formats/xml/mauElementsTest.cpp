@@ -112,6 +112,9 @@ TEST(MauElements, AreRefusedWithAMessage) {
       {"<mau id='M'/>", "Required element 'weights' not present in element 'mau'"},
       {"<maux id='M'/>", "Invalid number of expressions: 0, expected 1"},
       {maux("U", "<expression>U+</expression>"), "Invalid expression: U+"},
+      {"<cpt id='C'><state id='x'/><state id='y'/><probabilities>1 0</probabilities></cpt>" +
+           maux("C", "<expression>C</expression>"),
+       "AddArc failed"},
       {maux("D U", "<expression>U</expression>"),
        "Invalid number of expressions: 1, expected 2"},
       {maux("U", "<expression>U</expression><expression>U</expression>"),

@@ -369,6 +369,14 @@ TEST(NetworkLoader, ToleratesWhatItDoesNotKnow) {
   EXPECT_EQ(loaded.messages[2].rfind("File contains unknown elements and/or attributes. ", 0), 0u);
 }
 
+/// A file with each element and attribute of the graphical form.
+TEST(NetworkLoader, KnowsTheWholeGraphicalForm) {
+  const LogWatch log;
+  KVN_network network;
+  EXPECT_EQ(network.ReadFile(KVN_SOURCE_DIR "/tests/fuzz/corpus/xml/vusta.xkvn"), 0);
+  EXPECT_EQ(log.Texts(), Strings());
+}
+
 /// The content of `extensions` is the caller's to choose.
 TEST(NetworkLoader, ExtensionOptions) {
   const std::string document = InRoot("<extensions><mine a='1'/></extensions>");

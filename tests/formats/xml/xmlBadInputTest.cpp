@@ -70,7 +70,7 @@ TEST(XmlBadInput, DamagedAtRandom) {
   for (int round = 0; round < 600; round++) {
     std::string text = whole;
     for (int edits = random.Between(1, 3); edits > 0; edits--) {
-      const std::size_t at = static_cast<std::size_t>(random.Below(size / 2));
+      const std::size_t at = static_cast<std::size_t>(random.Below(size));
       const std::size_t length = static_cast<std::size_t>(random.Between(1, 60));
       switch (random.Below(4)) {
         case 0:
@@ -198,10 +198,33 @@ TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
       pair + "<noisymax id='T'>" + inside + "<parameters>1</parameters></noisymax>";
   const std::string adder =
       pair + "<noisyadder id='T'>" + inside + "<dstates>0 0</dstates></noisyadder>";
+  const auto binary = [&](const std::string& kind, const std::string& lists, int count) {
+    const std::string base =
+        kind == "cast" ? "<baseline>0.5</baseline>" : "<priorbelief>0.5</priorbelief>";
+    std::string made, ids;
+    for (int i = 0; i < count; i++) {
+      const std::string id = "G" + std::to_string(i);
+      made += "<" + kind + " id='" + id + "'>" + base + "</" + kind + ">";
+      ids += id + " ";
+    }
+    return made + "<" + kind + " id='T'><parents>" + ids + "</parents>" + base + lists + "</" +
+           kind + ">";
+  };
+  const auto cast = [&](int count, int negative) {
+    return binary("cast",
+                  "<pweights>" + Repeated("0.5 ", count) + "</pweights><nweights>" +
+                      Repeated("0 ", negative) + "</nweights>",
+                  count);
+  };
+  EXPECT_EQ(Load(folder, InNodes(cast(16, 16))).result, 0);
   const struct {
     std::string content;
     const char* message;
   } cases[] = {
+      {binary("demorgan", "", 26), "SetParentWeights failed"},
+      {binary("cast", "", 26), "SetPositiveWeights failed"},
+      {cast(26, 25), "SetNegativeWeights failed"},
+      {cast(26, 26), "AddArc failed"},
       {chance, "SetProbabilities failed"},
       {utility, "SetUtilities failed"},
       {truth, "Invalid number of resulting states: 1, expected 1073741824"},

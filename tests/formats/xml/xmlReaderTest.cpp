@@ -40,6 +40,12 @@ class Probe : public XmlReader, public XmlErrorHandler {
     return parsed;
   }
 
+  /// What a message costs in memory may be too much.
+  void OnError(const char* message, int line, int column) override {
+    if (std::string(message).find("'heavy'") != std::string::npos) throw std::bad_alloc();
+    XmlErrorHandler::OnError(message, line, column);
+  }
+
   Strings events;
 
  private:
@@ -57,7 +63,10 @@ class Probe : public XmlReader, public XmlErrorHandler {
   void StartList() { events.emplace_back("list"); }
   void EndList() { events.emplace_back("/list"); }
   void Word() {
-    if (std::string(GetText()) == "stop") AbortWith("Stopped");
+    if (std::string(GetText()) == "stop") {
+      AbortWith("Stopped");
+      AbortWith("Stopped again");  // which nobody is to hear of
+    }
     if (std::string(GetText()) == "heavy") throw std::bad_alloc();
     events.emplace_back(GetText());
   }
@@ -137,6 +146,9 @@ TEST(XmlReader, RefusesWithLineAndColumn) {
        "'true' or 'false' expected as value of boolean attribute 'b'"},
       {"<r version='1'><list>1 2\n 3 stop 4</list>", 2, 0, "Stopped"},
       {"<r version='1'><list>1 heavy 2 stop</list>", 1, 35, "out of memory"},
+      {"<!DOCTYPE r [<!ATTLIST r heavy CDATA 'x'>]><r version='1'/>", 1, 37, "out of memory"},
+      {"<!DOCTYPE r [<!ENTITY heavy SYSTEM 'x'>]><r version='1'/>", 1, 38, "out of memory"},
+      {"<!DOCTYPE r SYSTEM 'x'><r version='1'>&heavy;</r>", 1, 45, "out of memory"},
       {"<r version='1' version='1'/>", 1, 15, "duplicate attribute"},
       {"<r version='1'><loop></r>", 1, 23, "mismatched tag"},
       {"", 1, 0, "no element found"},

@@ -227,6 +227,16 @@ TEST(JoinTree, GivesUpWhatNoGroupCanHold) {
   }
 }
 
+/// A refusal isn't answered by smaller groups, nor does it pass for a lack of memory.
+TEST(JoinTree, PassesOnWhatTheReductionRefuses) {
+  KVN_network network;
+  (void)AddCpt(network, "A", 2, {}, {0.5, 0.5});
+  ASSERT_GE(network.AddNode(KVN_TYPE_NONE, "Nothing"), 0);
+  EXPECT_EQ(ClusteringUpdate(network), KVN_REFUSED);
+  EXPECT_EQ(DecomposedUpdate(network), KVN_REFUSED);
+  EXPECT_EQ(DecomposedUpdateWhole(network), KVN_REFUSED);
+}
+
 TEST(JoinTree, RefusesMoreNodesThanItIsMadeFor) {
   KVN_network network;
   network.SetChangeMask(0);

@@ -38,7 +38,8 @@ struct RandomGraph {
   std::vector<std::set<int>> neighbours;
 };
 
-/// The documented elimination taken literally: sweeps over all nodes, weights multiplied out anew
+/// The documented elimination without any means of speed: sweeps over all nodes, weights multiplied
+/// out anew
 /// at each look, neighbours in plain sets.
 class Reference {
  public:
