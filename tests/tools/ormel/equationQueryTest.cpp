@@ -87,7 +87,8 @@ TEST(EquationQuery, TakesNumbersAsEvidence) {
   EXPECT_EQ(nlohmann::json::parse(run.data)["evidence"]["Flow"], 0.25);
 
   const ScratchFolder folder;
-  for (const char* text : {"{\"Load\": 4.19, \"Flow\": 0.25}", "Load = 4.19\nFlow = 0.25\n"}) {
+  for (const char* text :
+       {"{\"Load\": 4.19, \"Flow\": 0.25, \"Inlet\": 15}", "Load = 4.19\nFlow = 0.25\n"}) {
     const std::string file = folder.Write("case", text);
     const ToolRun same = QueryTank({"--evidence-file", file, "-t", "Rise", "--output", "json"});
     ASSERT_EQ(same.code, kExitDone) << same.messages;
