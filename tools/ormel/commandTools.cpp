@@ -15,6 +15,7 @@ int ExitCodeOfResult(int result) {
     case 0:
       return kExitDone;
     case KVN_CONFLICTING_EVIDENCE:
+    case KVN_NO_USEFUL_SAMPLES:  // none agreed with the evidence
       return kExitImpossible;
     case KVN_NO_MEMORY:
       return kExitLimit;
@@ -64,6 +65,14 @@ int ExitCodeOfFile(const NetworkFile& file) {
     if (diagnostic.code == KVN_NO_MEMORY) return kExitLimit;
   }
   return file.HasErrors() ? kExitBadFile : kExitDone;
+}
+
+std::string Joined(const std::vector<std::string>& words) {
+  std::string list;
+  for (const std::string& word : words) {
+    list += (list.empty() ? "" : ", ") + ToPrintable(word.c_str());
+  }
+  return list;
 }
 
 std::string DescribeDiagnostic(const std::string& fileName, const Diagnostic& diagnostic,

@@ -25,6 +25,9 @@ int ExitCodeOfFile(const NetworkFile& file);
 /// Tells that the engine's update failed, in the engine's words; the exit code for `result`.
 int TellUpdateFailure(int result, const LogCapture& log, Output& output);
 
+/// "a, b, c", printable.
+std::string Joined(const std::vector<std::string>& words);
+
 /// One line "NAME:LINE: WORD: TEXT".
 std::string DescribeDiagnostic(const std::string& fileName, const Diagnostic& diagnostic,
                                bool colour);

@@ -23,14 +23,10 @@ bool HasEvidenceBelow(const KVN_network& network) {
 
 int TellInvalid(const EquationReport& report, const EquationQuery& query, Output& output) {
   if (report.invalid.empty()) return kExitDone;
-  std::string list;
-  for (const std::string& id : report.invalid) {
-    list += (list.empty() ? "" : ", ") + ToPrintable(id.c_str());
-  }
   const char* const why = query.isDiscretized ? "; a node needs intervals, and evidence that is "
                                                 "possible as a whole"
                                               : "";
-  output.Say(Severity::kError, "no answer for: " + list + why);
+  output.Say(Severity::kError, "no answer for: " + Joined(report.invalid) + why);
   return kExitRefused;
 }
 

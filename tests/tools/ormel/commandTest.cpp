@@ -15,6 +15,7 @@ TEST(ExitCodes, FollowFromTheEnginesCodes) {
   EXPECT_EQ(ExitCodeOfResult(0), kExitDone);
   EXPECT_EQ(ExitCodeOfResult(KVN_REFUSED), kExitRefused);
   EXPECT_EQ(ExitCodeOfResult(KVN_CONFLICTING_EVIDENCE), kExitImpossible);
+  EXPECT_EQ(ExitCodeOfResult(KVN_NO_USEFUL_SAMPLES), kExitImpossible);
   EXPECT_EQ(ExitCodeOfResult(KVN_NO_MEMORY), kExitLimit);
 }
 
