@@ -11,8 +11,12 @@
 
 #include "definitions/cast.h"
 #include "definitions/demorgan.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
+#include "expressions/equation.h"
+#include "expressions/function.h"
+#include "expressions/operators.h"
 #include "network/extraDefinition.h"
 #include "network/network.h"
 #include "network/node.h"
@@ -104,7 +108,33 @@ struct Content {
   Doubles numbers;
   Ints function;   // discrete settings of a gate
   Ints strengths;  // of a noisy-MAX, parent after parent
+  Texts formulas;  // and names of intervals
 };
+
+/// The tree with each node in parentheses and all digits of its constants, which printing hasn't.
+std::string WholeText(const KVN_expression* node) {
+  if (node == nullptr) return "";
+  std::ostringstream text;
+  text.precision(17);
+  if (node->GetKind() == KVN_KIND_CONSTANT) {
+    text << node->sign * node->Evaluate();
+    return text.str();
+  }
+  text << (node->sign < 0 ? "-(" : "(") << node->GetKind() << ' ';
+  if (const auto* variable = dynamic_cast<const KVN_variable*>(node)) text << variable->name;
+  if (const auto* pair = dynamic_cast<const KVN_binaryOperator*>(node)) {
+    text << WholeText(pair->left) << ' ' << WholeText(pair->right);
+  }
+  if (const auto* choice = dynamic_cast<const KVN_operatorConditional*>(node)) {
+    text << WholeText(choice->condition) << ' ' << WholeText(choice->whenTrue) << ' '
+         << WholeText(choice->whenFalse);
+  }
+  if (const auto* call = dynamic_cast<const KVN_function*>(node)) {
+    text << call->GetName();
+    for (const KVN_expression* argument : call->args) text << ' ' << WholeText(argument);
+  }
+  return text.str() + ")";
+}
 
 void Append(Doubles& list, const Doubles& more) {
   list.insert(list.end(), more.begin(), more.end());
@@ -144,7 +174,25 @@ Content ContentOf(KVN_nodeDefinition& definition) {
       Append(content.function, ItemsIn(gate.GetParentDistinguishedStates()));
       break;
     }
+    case KVN_TYPE_EQUATION: {
+      auto& equation = static_cast<KVN_equation&>(definition);
+      content.numbers = {equation.GetLowerBound(), equation.GetUpperBound()};
+      content.formulas = {WholeText(equation.GetEquation().Lhs()),
+                          WholeText(equation.GetEquation().Rhs())};
+      for (const KVN_discInterval& interval : equation.GetDiscIntervals()) {
+        content.numbers.push_back(interval.upper);
+        content.formulas.push_back(interval.id);
+      }
+      break;
+    }
     default: {
+      if (definition.GetType() == KVN_TYPE_MAU) {
+        auto& utility = static_cast<KVN_mau&>(definition);
+        const bool hasFormulas = utility.GetExpressions() != nullptr;
+        for (int i = 0; hasFormulas && i < utility.CountExpressions(); i++) {
+          content.formulas.push_back(WholeText(utility.GetExpression(i)));
+        }
+      }
       KVN_Dmatrix* table = nullptr;
       KVN_doubleArray* list = nullptr;
       if (definition.GetDefinition(table) == 0) {
@@ -397,6 +445,7 @@ class Comparison {
     ExpectNumbers("definition.numbers", ofFirst.numbers, ofSecond.numbers);
     Expect("definition.function", ofFirst.function, ofSecond.function);
     Expect("definition.strengths", ofFirst.strengths, ofSecond.strengths);
+    ExpectTexts("definition.formulas", ofFirst.formulas, ofSecond.formulas);
   }
 
   void CompareTables(KVN_nodeDefinition* a, KVN_nodeDefinition* b) {

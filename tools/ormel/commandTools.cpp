@@ -1,5 +1,6 @@
 #include "ormel/commandTools.h"
 
+#include <cstring>
 #include <sstream>
 
 #include "foundation/resultCodes.h"
@@ -60,6 +61,12 @@ int OpenNetwork(const std::string& fileName, int format, Depth depth, NetworkFil
   return file.result == KVN_NO_MEMORY ? kExitLimit : kExitBadFile;
 }
 
+std::vector<Loss> ListLossesOfFile(const NetworkFile& file, int format) {
+  std::vector<Loss> losses = ListLosses(*file.network, format);
+  if (file.hasExtensions) losses.push_back({"", "extensions", "not kept"});
+  return losses;
+}
+
 int ExitCodeOfFile(const NetworkFile& file) {
   for (const Diagnostic& diagnostic : file.diagnostics) {
     if (diagnostic.code == KVN_NO_MEMORY) return kExitLimit;
@@ -77,10 +84,11 @@ std::string Joined(const std::vector<std::string>& words) {
 
 std::string DescribeDiagnostic(const std::string& fileName, const Diagnostic& diagnostic,
                                bool colour) {
-  // The engine's word for an error is in the text already.
-  const std::string marker = "ERROR: ";
   std::string text = diagnostic.text;
-  if (text.compare(0, marker.size(), marker) == 0) text.erase(0, marker.size());
+  // The engine's word for the severity is in the text already.
+  for (const char* marker : {"ERROR: ", "Warning: "}) {
+    if (text.rfind(marker, 0) == 0) text.erase(0, std::strlen(marker));
+  }
   std::ostringstream line;
   line << ToPrintable(fileName.c_str());
   if (diagnostic.line > 0) line << ':' << diagnostic.line;

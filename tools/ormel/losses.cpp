@@ -9,9 +9,12 @@
 
 #include "definitions/cast.h"
 #include "definitions/demorgan.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
+#include "expressions/equation.h"
 #include "network/extraDefinition.h"
+#include "network/header.h"
 #include "network/network.h"
 #include "network/node.h"
 #include "network/nodeCost.h"
@@ -20,6 +23,7 @@
 #include "network/submodelHandler.h"
 #include "ormel/featureChecks.h"
 #include "ormel/formatCapacity.h"
+#include "ormel/formulaPrint.h"
 
 namespace {
 
@@ -62,6 +66,14 @@ std::vector<double> NumbersOf(KVN_nodeDefinition& definition, bool asTable) {
       take(static_cast<const KVN_noisyAdder&>(definition).GetParameters().GetItems());
       take(static_cast<const KVN_noisyAdder&>(definition).GetWeights());
       break;
+    case KVN_TYPE_EQUATION: {
+      const auto& equation = static_cast<const KVN_equation&>(definition);
+      numbers = {equation.GetLowerBound(), equation.GetUpperBound()};
+      for (const KVN_discInterval& interval : equation.GetDiscIntervals()) {
+        numbers.push_back(interval.upper);
+      }
+      break;
+    }
     case KVN_TYPE_LIST:        // its choice values have a check of their own
     case KVN_TYPE_TRUTHTABLE:  // written as names
       break;
@@ -100,6 +112,15 @@ Rows RowsOf(KVN_nodeDefinition& definition) {
   return worst;
 }
 
+/// Whether the weights that a multi-attribute utility with formulas keeps besides are those of a
+/// new one.
+bool HasUsualWeights(KVN_mau& utility) {
+  KVN_Dmatrix* weights = nullptr;
+  if (utility.GetDefinition(weights) != 0) return true;
+  return std::all_of(weights->GetData(), weights->GetData() + weights->GetSize(),
+                     [](double weight) { return weight == 1.0; });
+}
+
 /// Whether each row gives its first state, as those of a new deterministic definition do.
 bool HasFirstStates(KVN_nodeDefinition& definition) {
   KVN_Dmatrix* table = nullptr;
@@ -123,6 +144,7 @@ class Finder {
     if (capacity.Carries(kPosition) && !capacity.Carries(kOrigin) && HasPlacedNodes(network)) {
       Add("drawing", "it moves as a whole");
     }
+    CheckIdentifier();
     CheckSubmodels();
     for (int handle : NodesInOrder()) Foresee(handle);
     for (int handle : NodesInOrder()) CheckNode(handle);
@@ -135,6 +157,7 @@ class Finder {
     Fate fate = Fate::kOwn;
     std::string reason;    // of a node that is gone
     int outcomesBack = 0;  // its number of outcomes
+    bool isRenamed = false;
   };
 
   std::vector<int> NodesInOrder() const {
@@ -154,6 +177,29 @@ class Finder {
     const int count = definition == nullptr ? 0 : definition->GetNumberOfOutcomes();
     return count > 0 ? count : 0;
   }
+
+  // Identifiers.
+
+  const char* IdWhileReading() const {
+    return OrEmpty((capacity.namesNetworkFirst ? network.Header() : HeaderBeforeReading()).GetId());
+  }
+
+  void CheckIdentifier() {
+    const std::string id = OrEmpty(network.Header().GetId());
+    if (capacity.identifierKept == nullptr || id.empty()) return;
+    const std::string kept = capacity.identifierKept(id);
+    if (kept.empty()) {
+      Add("file", "with the network's identifier '" + id + "' it can't be read back");
+    } else if (kept != id) {
+      Add("identifier", "it comes back as '" + kept + "'");
+    } else if (capacity.twin == Twin::kRenamed && network.FindNode(id.c_str()) >= 0 &&
+               id != IdWhileReading()) {
+      Add("identifier", "a node has the same");
+    }
+  }
+
+  /// Of a node or submodel.
+  static bool IsWritable(const char* id) { return IsSet(id) && *id != '@'; }
 
   // Submodels.
 
@@ -176,11 +222,18 @@ class Finder {
       where = OrEmpty(submodel.Header().GetId());
       if (!capacity.Carries(kSubmodels)) {
         AddPlain("submodel");
-      } else if (where.empty()) {
-        where = OrEmpty(submodel.Header().GetName());
-        Add("submodel", "it has no identifier");
+      } else if (!IsWritable(where.c_str())) {
+        const char* const why =
+            where.empty() ? "it has no identifier" : "its identifier can't be written";
+        if (where.empty()) where = OrEmpty(submodel.Header().GetName());
+        Add("submodel", why);
       } else {
         CheckTexts(submodel);
+        const int around = submodels.GetParent(handle);
+        if (around != KVN_ROOT_SUBMODEL &&
+            !IsWritable(submodels.GetSubmodel(around)->Header().GetId())) {
+          Add("submodel", "the submodel around it has no identifier that can be written");
+        }
       }
     }
     isSubmodel = false;
@@ -263,11 +316,13 @@ class Finder {
     KVN_nodeDefinition* definition = network.DefinitionOf(handle);
     const char* const id = IdOf(handle);
     if (definition == nullptr) {
-      outlook = {Fate::kGone, "it has no definition", 0};
-    } else if (*id == '@' || *id == '\0') {
-      outlook = {Fate::kGone, "its identifier can't be written", 0};
+      outlook = {Fate::kGone, "it has no definition"};
+    } else if (!IsWritable(id)) {
+      outlook = {Fate::kGone, "its identifier can't be written"};
     } else if (capacity.Carries(kSubmodels) && network.Submodels().Exists(id) != 0) {
-      outlook = {Fate::kGone, "the network or a submodel has the same identifier", 0};
+      outlook = {Fate::kGone, "the network or a submodel has the same identifier"};
+    } else if (capacity.twin == Twin::kGone && std::strcmp(id, IdWhileReading()) == 0) {
+      outlook = {Fate::kGone, "the network has the same identifier while the file is read"};
     } else {
       outlook.fate = capacity.FateOf(definition->GetType());
       outlook.outcomesBack = OutcomesOf(handle);
@@ -278,6 +333,8 @@ class Finder {
       } else if (outlook.fate == Fate::kBlank) {
         outlook.outcomesBack = OutcomesOfNew(KindBack(definition->GetType(), Fate::kBlank));
       }
+      outlook.isRenamed = capacity.twin == Twin::kRenamed && outlook.fate != Fate::kRefused &&
+                          std::strcmp(id, IdWhileReading()) == 0;
     }
   }
 
@@ -294,6 +351,11 @@ class Finder {
     where = IdOf(handle);
     const Outlook& outlook = outlooks[handle];
     if (outlook.fate == Fate::kGone) return Add("node", outlook.reason);
+    if (outlook.isRenamed) {
+      return Add("node",
+                 "it comes back under another identifier: its own is the network's while the "
+                 "file is read");
+    }
     KVN_node& node = *network.GetNode(handle);
     CheckNodeTexts(node);
     for (const NodeCheck& check : nodeChecks) {
@@ -309,8 +371,8 @@ class Finder {
   void CheckSubmodelOf(KVN_node& node) {
     if (!capacity.Carries(kSubmodels)) return;
     KVN_submodel* submodel = network.Submodels().GetSubmodel(node.GetSubmodel());
-    if (submodel != nullptr && !IsSet(submodel->Header().GetId())) {
-      Add("submodel", "the submodel has no identifier");
+    if (submodel != nullptr && !IsWritable(submodel->Header().GetId())) {
+      Add("submodel", "the submodel has no identifier that can be written");
     }
   }
 
@@ -334,7 +396,58 @@ class Finder {
         break;
     }
     if (definition.GetType() == KVN_TYPE_TRUTHTABLE) CheckRows(RowsOf(definition));
+    if (definition.GetType() == KVN_TYPE_EQUATION) {
+      CheckEquation(static_cast<KVN_equation&>(definition));
+    }
+    if (definition.GetType() == KVN_TYPE_MAU && capacity.Carries(kUtilityFormulas)) {
+      auto& utility = static_cast<KVN_mau&>(definition);
+      if (utility.GetExpressions() != nullptr) return CheckFormulas(utility);
+    }
     CheckNumbers("digits", NumbersOf(definition, /*asTable=*/false), RowSizeOf(definition));
+  }
+
+  // Formulas.
+
+  void CheckPrinted(Printed printed) {
+    if (printed == Printed::kUnreadable) {
+      Add("file", "with a formula that has no text it can't be read back");
+    } else if (printed == Printed::kChanged) {
+      Add("formulas",
+          "they aren't the same when read again: constants go out with six digits, and "
+          "nested conditionals without parentheses");
+    }
+  }
+
+  void CheckEquation(KVN_equation& equation) {
+    CheckPrinted(WhatPrintingKeeps(equation.GetEquation()));
+    const int handle = equation.GetHandle();
+    std::vector<std::string> names;
+    equation.GetEquation().GetVariables(names);
+    std::erase(names, IdOf(handle));
+    if (names != ParentsOf(handle)) Add("parents", "they come back as the equation names them");
+  }
+
+  void CheckFormulas(KVN_mau& utility) {
+    Printed worst = Printed::kKept;
+    for (int i = 0; i < utility.CountExpressions(); i++) {
+      const KVN_expression* const formula = utility.GetExpression(i);
+      if (formula != nullptr) worst = std::max(worst, WhatPrintingKeeps(*formula));
+    }
+    CheckPrinted(worst);
+    if (!HasUsualWeights(utility)) Add("numbers", "weights aren't written beside formulas");
+    const std::vector<std::string> names = ParentsOf(utility.GetHandle());
+    const auto isDecision = [this](const std::string& id) {
+      return network.TypeOf(network.FindNode(id.c_str())) == KVN_TYPE_LIST;
+    };
+    std::vector<std::string> back = names;
+    std::sort(std::stable_partition(back.begin(), back.end(), isDecision), back.end());
+    if (names != back) Add("parents", "they come back sorted, behind the decisions");
+  }
+
+  std::vector<std::string> ParentsOf(int handle) const {
+    std::vector<std::string> ids;
+    for (int parent : network.GetParents(handle)) ids.emplace_back(IdOf(parent));
+    return ids;
   }
 
   void CheckRows(Rows rows) {
@@ -395,6 +508,8 @@ class Finder {
       if (outlooks[parent].fate == Fate::kGone) {
         Add("parents", "node " + id + " isn't in the file");
         changed = "without node " + id + " the table has another shape";
+      } else if (outlooks[parent].isRenamed) {
+        Add("parents", "node " + id + " comes back under another identifier");
       } else if (!IsReadableArc(network.TypeOf(parent), KindBack(type, outlook.fate))) {
         Add("parents", "no reader takes " + id + ", whose kind is no parent of this one's");
         changed = "without node " + id + " the table has another shape";
