@@ -371,7 +371,8 @@ class Finder {
   void CheckSubmodelOf(KVN_node& node) {
     if (!capacity.Carries(kSubmodels)) return;
     KVN_submodel* submodel = network.Submodels().GetSubmodel(node.GetSubmodel());
-    if (submodel != nullptr && !IsWritable(submodel->Header().GetId())) {
+    const bool isOfRoot = (node.GetSubmodel() | KVN_SUBMODEL_BIT) == KVN_ROOT_SUBMODEL;
+    if (submodel != nullptr && !isOfRoot && !IsWritable(submodel->Header().GetId())) {
       Add("submodel", "the submodel has no identifier that can be written");
     }
   }

@@ -111,6 +111,10 @@ class OrmelTest(unittest.TestCase):
         self.assertEqual([label.replace(" ", "").lower() for label in labels],
                          [key.lower() for key in summary])
 
+    def test_info_makes_room_for_long_keys(self):
+        path = self.write("n.kvn", 'net N { USER_PROPERTIES = { KVN_CLUSTERING_EFFORT = "1"; }; };')
+        self.expect(0, "info", path, out="\n  KVN_CLUSTERING_EFFORT  1\n", err=None)
+
     def test_text_of_a_file_cannot_break_the_output(self):
         bad = self.write("n.kvn", b'net N { HEADER = { ID = N; NAME = "a\\n\x1b[2J\xe9"; }; };\n')
         self.expect(0, "info", bad, out="a\\n\\x1B[2J\u00e9\n", err=None)
@@ -144,6 +148,36 @@ class OrmelTest(unittest.TestCase):
                     self.assertIn(line, text)
                 report = json.loads(self.expect(code, "check", "--output", "json", path, err=None))
                 self.assertEqual(len(report["diagnostics"]), len(text.splitlines()) - 1)
+
+    def test_what_a_foreign_or_newer_file_has_besides(self):
+        node = ("<nodes><cpt id='A'>%s<state id='a'/><state id='b'/>"
+                "<probabilities>0.5 0.5</probabilities></cpt></nodes>")
+        xkvn = "<ormel version='1.0' id='%s'>\n" + node + "%s</ormel>"
+        view = "<extensions><vusta version='1.0' name='v'></vusta></extensions>"
+        named = ("<BIF VERSION='0.3'><NETWORK><NAME>n</NAME><VARIABLE><NAME>light-on</NAME>"
+                 "</VARIABLE></NETWORK></BIF>")
+        cases = [
+            # file, content, what `check` tells, what `convert --strict` to xkvn ends with
+            ("case.xkvn", xkvn % ("N", "<odd/>", ""), ":2: warning: Ignored unknown element 'odd'",
+             "has content that nothing here keeps"),
+            ("case.xkvn", xkvn % ("N", "<odd/>", ""), "note: File contains unknown elements", ""),
+            ("case.xkvn", xkvn % ("N", "", view), "note: the content of its 'extensions'",
+             "cannot carry the network whole"),
+            ("case.xml03", named, "note: 1 node has another identifier than in the file",
+             "cannot carry the network whole"),
+        ]
+        for name, content, told, refused in cases:
+            with self.subTest(told):
+                path = self.write(name, content)
+                self.assertIn(": no errors, 1 node", self.expect(0, "check", path, out=told))
+                self.expect(3, "convert", "--strict", path, self.folder / "o.xkvn", err=refused)
+
+    def test_convert_writes_no_file_that_nobody_can_read(self):
+        path = self.write("in.xkvn", "<ormel version='1.0' id='@a b'></ormel>")
+        out = self.folder / "out.kvn"
+        self.expect(3, "convert", path, out, err="nobody could read the file; ")
+        self.assertFalse(out.exists())
+        self.expect(0, "convert", "--force", path, out, err="identifier '@a b'")
 
     def test_check_tells_line_and_code(self):
         path = self.write("case.kvn", UNKNOWN_WORD)
