@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <sstream>
 #include <utility>
@@ -15,8 +16,8 @@
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
 #include "expressions/equation.h"
-#include "expressions/function.h"
-#include "expressions/operators.h"
+#include "expressions/expression.h"
+#include "expressions/variableVisitor.h"
 #include "network/extraDefinition.h"
 #include "network/network.h"
 #include "network/node.h"
@@ -108,32 +109,24 @@ struct Content {
   Doubles numbers;
   Ints function;   // discrete settings of a gate
   Ints strengths;  // of a noisy-MAX, parent after parent
-  Texts formulas;  // and names of intervals
+  Doubles formulas;
 };
 
-/// The tree with each node in parentheses and all digits of its constants, which printing hasn't.
-std::string WholeText(const KVN_expression* node) {
-  if (node == nullptr) return "";
-  std::ostringstream text;
-  text.precision(17);
-  if (node->GetKind() == KVN_KIND_CONSTANT) {
-    text << node->sign * node->Evaluate();
-    return text.str();
+/// The values of the formula where all its variables are 0.25 and where they are 1.
+Doubles ValuesOf(const KVN_expression* formula) {
+  struct Assigner : KVN_variableVisitor {
+    explicit Assigner(double number) : value(number) {}
+    void Visit(KVN_variable& variable) override { variable.value = value; }
+    double value;
+  };
+  Doubles values;
+  for (double number : {0.25, 1.0}) {
+    const std::unique_ptr<KVN_expression> copy(formula->Clone());
+    Assigner assigner(number);
+    copy->Accept(assigner);
+    values.push_back(SignedValue(*copy));
   }
-  text << (node->sign < 0 ? "-(" : "(") << node->GetKind() << ' ';
-  if (const auto* variable = dynamic_cast<const KVN_variable*>(node)) text << variable->name;
-  if (const auto* pair = dynamic_cast<const KVN_binaryOperator*>(node)) {
-    text << WholeText(pair->left) << ' ' << WholeText(pair->right);
-  }
-  if (const auto* choice = dynamic_cast<const KVN_operatorConditional*>(node)) {
-    text << WholeText(choice->condition) << ' ' << WholeText(choice->whenTrue) << ' '
-         << WholeText(choice->whenFalse);
-  }
-  if (const auto* call = dynamic_cast<const KVN_function*>(node)) {
-    text << call->GetName();
-    for (const KVN_expression* argument : call->args) text << ' ' << WholeText(argument);
-  }
-  return text.str() + ")";
+  return values;
 }
 
 void Append(Doubles& list, const Doubles& more) {
@@ -177,11 +170,10 @@ Content ContentOf(KVN_nodeDefinition& definition) {
     case KVN_TYPE_EQUATION: {
       auto& equation = static_cast<KVN_equation&>(definition);
       content.numbers = {equation.GetLowerBound(), equation.GetUpperBound()};
-      content.formulas = {WholeText(equation.GetEquation().Lhs()),
-                          WholeText(equation.GetEquation().Rhs())};
+      content.formulas = ValuesOf(equation.GetEquation().Lhs());
+      Append(content.formulas, ValuesOf(equation.GetEquation().Rhs()));
       for (const KVN_discInterval& interval : equation.GetDiscIntervals()) {
         content.numbers.push_back(interval.upper);
-        content.formulas.push_back(interval.id);
       }
       break;
     }
@@ -190,7 +182,7 @@ Content ContentOf(KVN_nodeDefinition& definition) {
         auto& utility = static_cast<KVN_mau&>(definition);
         const bool hasFormulas = utility.GetExpressions() != nullptr;
         for (int i = 0; hasFormulas && i < utility.CountExpressions(); i++) {
-          content.formulas.push_back(WholeText(utility.GetExpression(i)));
+          Append(content.formulas, ValuesOf(utility.GetExpression(i)));
         }
       }
       KVN_Dmatrix* table = nullptr;
@@ -445,7 +437,7 @@ class Comparison {
     ExpectNumbers("definition.numbers", ofFirst.numbers, ofSecond.numbers);
     Expect("definition.function", ofFirst.function, ofSecond.function);
     Expect("definition.strengths", ofFirst.strengths, ofSecond.strengths);
-    ExpectTexts("definition.formulas", ofFirst.formulas, ofSecond.formulas);
+    ExpectNumbers("definition.formulas", ofFirst.formulas, ofSecond.formulas);
   }
 
   void CompareTables(KVN_nodeDefinition* a, KVN_nodeDefinition* b) {

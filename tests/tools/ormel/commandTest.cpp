@@ -44,15 +44,6 @@ TEST(RunGuarded, TurnsWhatIsThrownIntoAnExitCode) {
   }
 }
 
-TEST(RunGuarded, DataThatCannotBeWrittenIsNoSuccess) {
-  std::ostringstream data;
-  std::ostringstream messages;
-  Output output(data, messages);
-  data.setstate(std::ios::badbit);
-  EXPECT_EQ(RunGuarded([] { return 0; }, output), kExitRefused);
-  EXPECT_EQ(RunGuarded([] { return 3; }, output), kExitBadFile);
-}
-
 TEST(Output, ColoursOnlyWhereAsked) {
   std::ostringstream data;
   std::ostringstream messages;

