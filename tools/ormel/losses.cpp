@@ -522,7 +522,7 @@ class Finder {
     }
     const bool hasNumbers =
         type != KVN_TYPE_LIST && (outlook.fate == Fate::kOwn || outlook.fate == Fate::kTable ||
-                                  outlook.fate == Fate::kRefused);
+                                  outlook.fate == Fate::kStates || outlook.fate == Fate::kRefused);
     if (hasNumbers && !changed.empty()) Add("numbers", changed);
   }
 
