@@ -7,6 +7,8 @@ import json
 import os
 import pathlib
 import pty
+import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -74,6 +76,20 @@ class OrmelTest(unittest.TestCase):
             text = self.expect(0, *arguments, err=None)
             for part in ("Examples:", "Exit codes:", "kvn", "70"):
                 self.assertIn(part, text)
+
+    def test_the_readme_shows_what_the_tool_prints(self):
+        readme = (EXAMPLES.parent / "README.md").read_text()
+        blocks = re.findall(r"^    \$ ormel (.*)\n((?:    .*\n|\n(?=    ))*)", readme, re.M)
+        shown = [b for b in blocks if " examples/" in b[0] or b[0].startswith("eval ")]
+        self.assertGreaterEqual(len(shown), 6)
+        for command, text in shown:
+            with self.subTest(command):
+                run = subprocess.run([ORMEL] + shlex.split(command), cwd=EXAMPLES.parent,
+                                     capture_output=True, text=True, check=True)
+                wanted = [line[4:] for line in text.splitlines()]
+                cut = -1 if wanted[-1].strip() == "..." else None
+                self.assertEqual(run.stdout.splitlines()[:len(wanted)][:cut], wanted[:cut])
+                self.assertTrue(cut or len(run.stdout.splitlines()) == len(wanted))
 
     def test_bad_usage(self):
         for arguments in ([], ["bogus"], ["info"], ["convert", CLINIC], ["info", CLINIC, "more"],
