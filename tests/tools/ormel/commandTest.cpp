@@ -44,16 +44,4 @@ TEST(RunGuarded, TurnsWhatIsThrownIntoAnExitCode) {
   }
 }
 
-TEST(Output, ColoursOnlyWhereAsked) {
-  std::ostringstream data;
-  std::ostringstream messages;
-  Output output(data, messages);
-  output.Say(Severity::kNote, "plain");
-  output.colourMessages = true;
-  output.Say(Severity::kError, "red");
-  output.quiet = true;
-  output.Say(Severity::kLoss, "left out");
-  EXPECT_EQ(messages.str(), "ormel: note: plain\normel: \033[1;31merror\033[0m: red\n");
-}
-
 }  // namespace
