@@ -5,14 +5,19 @@
 #include <cstring>
 #include <limits>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <sstream>
 #include <utility>
 
 #include "definitions/cast.h"
 #include "definitions/demorgan.h"
+#include "definitions/mau.h"
 #include "definitions/noisyAdder.h"
 #include "definitions/noisyMAX.h"
+#include "expressions/equation.h"
+#include "expressions/expression.h"
+#include "expressions/variableVisitor.h"
 #include "network/extraDefinition.h"
 #include "network/network.h"
 #include "network/node.h"
@@ -104,7 +109,25 @@ struct Content {
   Doubles numbers;
   Ints function;   // discrete settings of a gate
   Ints strengths;  // of a noisy-MAX, parent after parent
+  Doubles formulas;
 };
+
+/// The values of the formula where all its variables are 0.25 and where they are 1.
+Doubles ValuesOf(const KVN_expression* formula) {
+  struct Assigner : KVN_variableVisitor {
+    explicit Assigner(double number) : value(number) {}
+    void Visit(KVN_variable& variable) override { variable.value = value; }
+    double value;
+  };
+  Doubles values;
+  for (double number : {0.25, 1.0}) {
+    const std::unique_ptr<KVN_expression> copy(formula->Clone());
+    Assigner assigner(number);
+    copy->Accept(assigner);
+    values.push_back(SignedValue(*copy));
+  }
+  return values;
+}
 
 void Append(Doubles& list, const Doubles& more) {
   list.insert(list.end(), more.begin(), more.end());
@@ -144,7 +167,24 @@ Content ContentOf(KVN_nodeDefinition& definition) {
       Append(content.function, ItemsIn(gate.GetParentDistinguishedStates()));
       break;
     }
+    case KVN_TYPE_EQUATION: {
+      auto& equation = static_cast<KVN_equation&>(definition);
+      content.numbers = {equation.GetLowerBound(), equation.GetUpperBound()};
+      content.formulas = ValuesOf(equation.GetEquation().Lhs());
+      Append(content.formulas, ValuesOf(equation.GetEquation().Rhs()));
+      for (const KVN_discInterval& interval : equation.GetDiscIntervals()) {
+        content.numbers.push_back(interval.upper);
+      }
+      break;
+    }
     default: {
+      if (definition.GetType() == KVN_TYPE_MAU) {
+        auto& utility = static_cast<KVN_mau&>(definition);
+        const bool hasFormulas = utility.GetExpressions() != nullptr;
+        for (int i = 0; hasFormulas && i < utility.CountExpressions(); i++) {
+          Append(content.formulas, ValuesOf(utility.GetExpression(i)));
+        }
+      }
       KVN_Dmatrix* table = nullptr;
       KVN_doubleArray* list = nullptr;
       if (definition.GetDefinition(table) == 0) {
@@ -397,6 +437,7 @@ class Comparison {
     ExpectNumbers("definition.numbers", ofFirst.numbers, ofSecond.numbers);
     Expect("definition.function", ofFirst.function, ofSecond.function);
     Expect("definition.strengths", ofFirst.strengths, ofSecond.strengths);
+    ExpectNumbers("definition.formulas", ofFirst.formulas, ofSecond.formulas);
   }
 
   void CompareTables(KVN_nodeDefinition* a, KVN_nodeDefinition* b) {

@@ -44,7 +44,7 @@ class CheckCommand : public Command {
     code = OpenNetwork(file, format, Depth::kCheck, read, output);
     if (code != kExitDone) return code;
     const std::vector<Loss> losses =
-        target == 0 ? std::vector<Loss>() : ListLosses(*read.network, target);
+        target == 0 ? std::vector<Loss>() : ListLossesOfFile(read, target);
     if (options.IsJson()) {
       output.Data() << AsJson(read, target, losses).dump(2) << '\n';
     } else {

@@ -1,5 +1,6 @@
 #include "ormel/commandTools.h"
 
+#include <cstring>
 #include <sstream>
 
 #include "foundation/resultCodes.h"
@@ -15,6 +16,7 @@ int ExitCodeOfResult(int result) {
     case 0:
       return kExitDone;
     case KVN_CONFLICTING_EVIDENCE:
+    case KVN_NO_USEFUL_SAMPLES:  // none agreed with the evidence
       return kExitImpossible;
     case KVN_NO_MEMORY:
       return kExitLimit;
@@ -59,6 +61,12 @@ int OpenNetwork(const std::string& fileName, int format, Depth depth, NetworkFil
   return file.result == KVN_NO_MEMORY ? kExitLimit : kExitBadFile;
 }
 
+std::vector<Loss> ListLossesOfFile(const NetworkFile& file, int format) {
+  std::vector<Loss> losses = ListLosses(*file.network, format);
+  if (file.hasExtensions) losses.push_back({"", "extensions", "not kept"});
+  return losses;
+}
+
 int ExitCodeOfFile(const NetworkFile& file) {
   for (const Diagnostic& diagnostic : file.diagnostics) {
     if (diagnostic.code == KVN_NO_MEMORY) return kExitLimit;
@@ -66,12 +74,21 @@ int ExitCodeOfFile(const NetworkFile& file) {
   return file.HasErrors() ? kExitBadFile : kExitDone;
 }
 
+std::string Joined(const std::vector<std::string>& words) {
+  std::string list;
+  for (const std::string& word : words) {
+    list += (list.empty() ? "" : ", ") + ToPrintable(word.c_str());
+  }
+  return list;
+}
+
 std::string DescribeDiagnostic(const std::string& fileName, const Diagnostic& diagnostic,
                                bool colour) {
-  // The engine's word for an error is in the text already.
-  const std::string marker = "ERROR: ";
   std::string text = diagnostic.text;
-  if (text.compare(0, marker.size(), marker) == 0) text.erase(0, marker.size());
+  // The engine's word for the severity is in the text already.
+  for (const char* marker : {"ERROR: ", "Warning: "}) {
+    if (text.rfind(marker, 0) == 0) text.erase(0, std::strlen(marker));
+  }
   std::ostringstream line;
   line << ToPrintable(fileName.c_str());
   if (diagnostic.line > 0) line << ':' << diagnostic.line;

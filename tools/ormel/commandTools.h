@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "ormel/losses.h"
 #include "ormel/networkFile.h"
 
 /// What the commands share: the format of a file, and messages about files.
@@ -22,8 +23,14 @@ int OpenNetwork(const std::string& fileName, int format, Depth depth, NetworkFil
 /// a table would be too large, else kExitBadFile.
 int ExitCodeOfFile(const NetworkFile& file);
 
+/// What writing the network that was read from the file would lose, of the file and of the network.
+std::vector<Loss> ListLossesOfFile(const NetworkFile& file, int format);
+
 /// Tells that the engine's update failed, in the engine's words; the exit code for `result`.
 int TellUpdateFailure(int result, const LogCapture& log, Output& output);
+
+/// "a, b, c", printable.
+std::string Joined(const std::vector<std::string>& words);
 
 /// One line "NAME:LINE: WORD: TEXT".
 std::string DescribeDiagnostic(const std::string& fileName, const Diagnostic& diagnostic,

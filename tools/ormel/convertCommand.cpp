@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
@@ -28,7 +29,8 @@ class ConvertCommand : public Command {
     app.add_option("IN", in, "Network file to read")->required();
     app.add_option("OUT", out, "File to write; it is replaced only when all went well")->required();
     app.add_flag("--strict", strict, "Write nothing when anything would be lost");
-    app.add_flag("--force", force, "Write what could be read from a file with errors");
+    app.add_flag("--force", force,
+                 "Write what could be read from a file with errors, and what nobody can read back");
   }
 
   int Run(const CommonOptions& options, Output& output) override {
@@ -41,7 +43,7 @@ class ConvertCommand : public Command {
     code = OpenNetwork(in, from, Depth::kCheck, read, output);
     if (code != kExitDone) return code;
     SayDiagnostics(read, output);
-    const std::vector<Loss> losses = ListLosses(*read.network, to);
+    const std::vector<Loss> losses = ListLossesOfFile(read, to);
     if (options.IsJson()) output.Data() << LossesAsJson(losses).dump(2) << '\n';
     for (const Loss& loss : losses) output.Say(Severity::kLoss, DescribeLoss(loss));
     code = DecideToWrite(read, losses, output);
@@ -57,13 +59,21 @@ class ConvertCommand : public Command {
       output.Say(Severity::kError, ToPrintable(in.c_str()) + " has errors" + untouched + hint);
       return kExitBadFile;
     }
-    if (strict && read.IsForeign()) {
-      output.Say(Severity::kError,
-                 ToPrintable(in.c_str()) + " is no file of its format" + untouched);
+    if (strict && (read.isForeign || read.HasSkippedContent())) {
+      const char* const why =
+          read.isForeign ? " is no file of its format" : " has content that nothing here keeps";
+      output.Say(Severity::kError, ToPrintable(in.c_str()) + why + untouched);
       return kExitBadFile;
     }
     if (strict && !losses.empty()) {
       output.Say(Severity::kError, "the format cannot carry the network whole" + untouched);
+      return kExitBadFile;
+    }
+    const bool isReadable = std::none_of(losses.begin(), losses.end(),
+                                         [](const Loss& loss) { return loss.what == "file"; });
+    if (!isReadable && !force) {
+      output.Say(Severity::kError,
+                 "nobody could read the file" + untouched + " (--force writes it)");
       return kExitBadFile;
     }
     return kExitDone;

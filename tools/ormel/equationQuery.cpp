@@ -1,5 +1,7 @@
 #include "ormel/equationQuery.h"
 
+#include <algorithm>
+
 #include "network/header.h"
 #include "network/network.h"
 #include "ormel/commandTools.h"
@@ -21,17 +23,19 @@ bool HasEvidenceBelow(const KVN_network& network) {
   return false;
 }
 
-int TellInvalid(const EquationReport& report, const EquationQuery& query, Output& output) {
+/// A node with intervals has no answer only where the evidence is impossible as a whole.
+int TellInvalid(const KVN_network& network, const EquationReport& report, Output& output) {
   if (report.invalid.empty()) return kExitDone;
-  std::string list;
-  for (const std::string& id : report.invalid) {
-    list += (list.empty() ? "" : ", ") + ToPrintable(id.c_str());
-  }
-  const char* const why = query.isDiscretized ? "; a node needs intervals, and evidence that is "
-                                                "possible as a whole"
-                                              : "";
-  output.Say(Severity::kError, "no answer for: " + list + why);
-  return kExitRefused;
+  const std::vector<int> able = DiscretizedNodes(network);
+  const bool isImpossible =
+      !report.evidence.empty() &&
+      std::all_of(report.invalid.begin(), report.invalid.end(), [&](const std::string& id) {
+        return std::binary_search(able.begin(), able.end(), network.FindNode(id.c_str()));
+      });
+  output.Say(Severity::kError, "no answer for: " + Joined(report.invalid) +
+                                   (isImpossible ? "; the evidence is impossible as a whole"
+                                                 : "; a node needs intervals"));
+  return isImpossible ? kExitImpossible : kExitRefused;
 }
 
 }  // namespace
@@ -67,5 +71,5 @@ int AnswerEquations(KVN_network& network, std::vector<int> targets, const Equati
   } else {
     PrintEquationTable(report, query.digits, output.colourData, output.Data());
   }
-  return TellInvalid(report, query, output);
+  return TellInvalid(network, report, output);
 }

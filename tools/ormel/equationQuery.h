@@ -15,7 +15,7 @@ struct EquationQuery {
 };
 
 /// Updates a network whose evidence is set, and prints the answers for `targets` (handles, in
-/// order). An exit code: that of the failed update, or kExitRefused where a wanted node has no
-/// answer.
+/// order). An exit code: that of the failed update, or where a wanted node has no answer
+/// kExitImpossible for evidence that is impossible, else kExitRefused.
 int AnswerEquations(KVN_network& network, std::vector<int> targets, const EquationQuery& query,
                     Output& output);

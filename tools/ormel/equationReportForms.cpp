@@ -21,7 +21,7 @@ constexpr int kSignificantDigits = 6;
 constexpr int kBarEndDigits = 4;
 
 std::string NumberText(double number, int digits, int significant = kSignificantDigits) {
-  if (digits >= 0) return Fixed(number, digits);
+  if (digits >= 0 || std::isnan(number)) return Fixed(number, digits);
   char text[64];
   std::snprintf(text, sizeof text, "%.*g", significant, number);
   return text;

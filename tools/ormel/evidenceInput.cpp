@@ -206,15 +206,28 @@ int ReadEvidenceLines(const std::string& fileName, const std::string& text, Evid
   return kExitDone;
 }
 
+/// Line of a place in the text, from 1.
+int LineAt(const std::string& text, std::size_t place) {
+  const auto end = text.begin() + static_cast<long>(std::min(place, text.size()));
+  return 1 + static_cast<int>(std::count(text.begin(), end, '\n'));
+}
+
 int ReadEvidenceJson(const std::string& fileName, const std::string& text, EvidenceInput& input,
                      Output& output) {
   nlohmann::ordered_json object;
   try {
     object = nlohmann::ordered_json::parse(text);
   } catch (const nlohmann::json::parse_error& error) {
-    const std::size_t end = std::min(error.byte, text.size());
-    const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<long>(end), '\n');
-    return TellBadLine(fileName, static_cast<int>(line), error.what(), output);
+    return TellBadLine(fileName, LineAt(text, error.byte), error.what(), output);
+  } catch (const nlohmann::json::exception& error) {
+    // A number too large for a double: the message holds the number, and not where it stands.
+    const std::string message = error.what();
+    const std::size_t start = message.find('\'');
+    const std::size_t end = message.rfind('\'');
+    const std::size_t place =
+        start < end ? text.find(message.substr(start + 1, end - start - 1)) : std::string::npos;
+    return TellBadLine(fileName, place == std::string::npos ? 1 : LineAt(text, place), message,
+                       output);
   }
   for (const auto& [node, state] : object.items()) {
     if (state.is_string()) {

@@ -6,7 +6,7 @@ enum ExitCode : int {
   kExitRefused = 1,     // the engine or the system refused; message with the engine's code
   kExitBadUsage = 2,    // bad command line
   kExitBadFile = 3,     // a file with errors, or a loss under --strict
-  kExitImpossible = 4,  // impossible or conflicting evidence
+  kExitImpossible = 4,  // impossible or conflicting evidence, or none of the samples agrees with it
   kExitLimit = 5,       // over a limit: a table or a network that memory doesn't hold
   kExitInternal = 70,   // a fault of the tool itself
 };

@@ -53,6 +53,13 @@ bool HasDefaults(const KVN_extraDefinition& extra) {
 
 }  // namespace
 
+const KVN_header& HeaderBeforeReading() {
+  static KVN_network emptied;
+  static const int result = emptied.Submodels().Clear();
+  static KVN_network usual;
+  return (result == 0 ? emptied : usual).Header();
+}
+
 bool HasDiagnosis(KVN_node& node) {
   KVN_extraDefinition* extra = node.ExtraDefinition();
   return extra != nullptr && (HasDiagnosisType(*extra) || HasDiagnosisTexts(*extra) ||
@@ -65,14 +72,6 @@ namespace {
 KVN_network& UsualNetwork() {
   static KVN_network usual;
   return usual;
-}
-
-/// Identifier and name that a reader finds in the emptied network, which are not those of a new
-/// one: a file that has no place for them brings these back.
-const KVN_header& HeaderBeforeReading() {
-  static KVN_network emptied;
-  static const int result = emptied.Submodels().Clear();
-  return result == 0 ? emptied.Header() : UsualNetwork().Header();
 }
 
 /// A name that differs from the identifier: where there is none, the identifier is shown.

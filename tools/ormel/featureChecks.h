@@ -4,6 +4,7 @@
 
 #include "ormel/formatCapacity.h"
 
+class KVN_header;
 class KVN_network;
 class KVN_node;
 
@@ -25,6 +26,10 @@ std::vector<NodeCheck> NodeChecks();
 
 /// Whether any diagnosis attribute differs from those of a new node.
 bool HasDiagnosis(KVN_node& node);
+
+/// Identifier and name that a reader finds in the emptied network, which are not those of a new
+/// one: a file that has no place for them brings these back.
+const KVN_header& HeaderBeforeReading();
 
 /// Whether any node has been given a place on the diagram.
 bool HasPlacedNodes(KVN_network& network);

@@ -22,6 +22,33 @@ double KeepSixteenDigits(double value) {
   return TextToDouble(text, kept) == 0 ? kept : value;
 }
 
+/// The text formats write the identifier as a word, which one behind "@" is not.
+std::string KeepWord(const std::string& id) { return id[0] == '@' ? "" : id; }
+
+bool IsWhite(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+/// An XML reader gives blanks for white space in an attribute, and takes no other control
+/// character.
+std::string KeepAttribute(const std::string& id) {
+  std::string kept;
+  for (char c : id) {
+    if (static_cast<unsigned char>(c) < ' ' && !IsWhite(c)) return "";
+    kept += IsWhite(c) ? ' ' : c;
+  }
+  return kept;
+}
+
+/// A run of white space is one blank, and none at the end.
+std::string KeepSqueezed(const std::string& id) {
+  std::string kept;
+  bool isApart = false;
+  for (char c : id) {
+    if (!IsWhite(c)) kept += isApart ? std::string{' ', c} : std::string{c};
+    isApart = IsWhite(c);
+  }
+  return kept;
+}
+
 constexpr int kLongestPiece = 10210;  // KVN_fileFormat::WriteLine cuts there
 
 constexpr std::uint64_t kAllFeatures = ~std::uint64_t{0};
@@ -44,6 +71,8 @@ FormatCapacity Native() {
   }
   made.numberKept = KeepEightDecimals;
   made.longestText = kLongestPiece;
+  made.identifierKept = KeepWord;
+  made.namesNetworkFirst = true;
   return made;
 }
 
@@ -62,6 +91,8 @@ FormatCapacity NativeXml() {
   made.keepsNonFinite = true;
   made.dropsCarriageReturns = true;
   made.refusesControls = true;
+  made.identifierKept = KeepAttribute;
+  made.twin = Twin::kKept;
   made.needsDeterminism = true;
   return made;
 }
@@ -103,6 +134,8 @@ FormatCapacity Xmlbif() {
     if (kind.type == KVN_TYPE_MAU) kind.fate = Fate::kBlank;
     if (kind.type == KVN_TYPE_EQUATION) kind.fate = Fate::kGone;
   }
+  made.identifierKept = KeepSqueezed;
+  made.twin = Twin::kRenamed;
   return made;
 }
 
@@ -113,6 +146,7 @@ FormatCapacity ChanceOnly() {
     const bool isTable = kind.type == KVN_TYPE_CPT || kind.type == KVN_TYPE_TRUTHTABLE;
     if (!isTable) kind.fate = Fate::kRefused;
   }
+  made.twin = Twin::kRenamed;
   return made;
 }
 
@@ -128,6 +162,8 @@ FormatCapacity Netica() {
     if (kind.type == KVN_TYPE_NOISY_MAX) kind.fate = Fate::kBlank;
     if (kind.type == KVN_TYPE_NOISY_ADDER) kind.fate = Fate::kRefused;
   }
+  made.identifierKept = KeepWord;
+  made.namesNetworkFirst = true;
   return made;
 }
 

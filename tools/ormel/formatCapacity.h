@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 /// Contents of a network that a format may or may not have a place for. Structure, identifiers of
@@ -59,6 +60,13 @@ enum class Fate {
   kRefused,   // the format refuses a network that has such a node
 };
 
+/// What becomes of a node that is called as the network is while its file is read.
+enum class Twin {
+  kKept,
+  kGone,
+  kRenamed,  // comes back under an identifier that the reader makes up
+};
+
 struct KindFate {
   int type;  // definition type code
   Fate fate;
@@ -77,6 +85,11 @@ struct FormatCapacity {
   bool refusesControls = false;   // to read texts with control characters that are no white space
   bool needsDeterminism = false;  // refuses to read a deterministic row without a 1.0
   int longestText = 0;            // bytes, 0 for no limit
+  /// The identifier of the network after writing and reading; empty where the file can't be read
+  /// then. Null for a format that has no place for it.
+  std::string (*identifierKept)(const std::string&) = nullptr;
+  Twin twin = Twin::kGone;
+  bool namesNetworkFirst = false;  // before the nodes, and not at the end or never
 
   Fate FateOf(int type) const;
   bool Carries(Feature feature) const { return (features & feature) != 0; }

@@ -3,6 +3,7 @@
 #include <iomanip>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <string_view>
 
 #include "network/network.h"
 #include "ormel/command.h"
@@ -16,6 +17,8 @@
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr std::string_view kIndent = "  ";  // of the pairs of an object
 
 /// "largestTable" becomes "largest table".
 std::string LabelOf(const std::string& key) {
@@ -42,7 +45,13 @@ std::string Joined(const Json& list, const char* separator) {
 /// One line per field; the pairs of an object stand below it, indented.
 void PrintTable(const Json& summary, std::ostream& stream) {
   std::size_t width = 0;
-  for (const auto& [key, value] : summary.items()) width = std::max(width, LabelOf(key).size());
+  for (const auto& [key, value] : summary.items()) {
+    width = std::max(width, LabelOf(key).size());
+    if (!value.is_object() || key == "largestTable") continue;
+    for (const auto& [name, item] : value.items()) {
+      width = std::max(width, kIndent.size() + ToPrintable(name.c_str()).size());
+    }
+  }
   const auto print = [&](const std::string& label, const std::string& text) {
     const int column = text.empty() ? 0 : static_cast<int>(width) + 2;
     stream << std::left << std::setw(column) << label << text << '\n';
@@ -54,7 +63,7 @@ void PrintTable(const Json& summary, std::ostream& stream) {
     } else if (value.is_object()) {
       print(LabelOf(key), value.empty() ? "-" : "");
       for (const auto& [name, item] : value.items()) {
-        print("  " + ToPrintable(name.c_str()), TextOf(item));
+        print(std::string(kIndent) + ToPrintable(name.c_str()), TextOf(item));
       }
     } else {
       print(LabelOf(key), value.is_array() ? Joined(value, ", ") : TextOf(value));

@@ -7,19 +7,20 @@
 #include <map>
 #include <utility>
 
-#include "definitions/cast.h"
-#include "definitions/demorgan.h"
-#include "definitions/noisyAdder.h"
-#include "definitions/noisyMAX.h"
+#include "definitions/mau.h"
+#include "expressions/equation.h"
 #include "network/extraDefinition.h"
+#include "network/header.h"
 #include "network/network.h"
 #include "network/node.h"
 #include "network/nodeCost.h"
 #include "network/nodeInfo.h"
 #include "network/submodel.h"
 #include "network/submodelHandler.h"
+#include "ormel/definitionContent.h"
 #include "ormel/featureChecks.h"
 #include "ormel/formatCapacity.h"
+#include "ormel/formulaPrint.h"
 
 namespace {
 
@@ -34,83 +35,6 @@ bool HasControls(const char* text) {
   return false;
 }
 
-/// The numbers that a definition is written with: those of the table that it stands for, or its
-/// own.
-std::vector<double> NumbersOf(KVN_nodeDefinition& definition, bool asTable) {
-  std::vector<double> numbers;
-  const auto take = [&numbers](const KVN_doubleArray& list) {
-    numbers.insert(numbers.end(), list.GetItems(), list.GetItems() + UsedCount(list));
-  };
-  switch (asTable ? KVN_TYPE_NONE : definition.GetType()) {
-    case KVN_TYPE_CAST: {
-      const auto& gate = static_cast<const KVN_cast&>(definition);
-      take(gate.GetPositiveWeights());
-      take(gate.GetNegativeWeights());
-      numbers.push_back(gate.GetBaseline());
-      break;
-    }
-    case KVN_TYPE_DEMORGAN: {
-      const auto& gate = static_cast<const KVN_demorgan&>(definition);
-      take(gate.GetParentWeights());
-      numbers.push_back(gate.GetPriorBelief());
-      break;
-    }
-    case KVN_TYPE_NOISY_MAX:
-      take(static_cast<const KVN_noisyMAX&>(definition).GetParameters().GetItems());
-      break;
-    case KVN_TYPE_NOISY_ADDER:
-      take(static_cast<const KVN_noisyAdder&>(definition).GetParameters().GetItems());
-      take(static_cast<const KVN_noisyAdder&>(definition).GetWeights());
-      break;
-    case KVN_TYPE_LIST:        // its choice values have a check of their own
-    case KVN_TYPE_TRUTHTABLE:  // written as names
-      break;
-    default: {
-      KVN_Dmatrix* table = nullptr;
-      if (definition.GetDefinition(table) == 0) take(table->GetItems());
-      break;
-    }
-  }
-  return numbers;
-}
-
-/// How a deterministic node's rows can be written as names.
-enum class Rows {
-  kExact,    // each has its single 1.0
-  kInexact,  // one holds something besides its first 1.0
-  kOpen,     // one has no 1.0
-};
-
-Rows RowsOf(KVN_nodeDefinition& definition) {
-  KVN_Dmatrix* table = nullptr;
-  const int outcomes = definition.GetNumberOfOutcomes();
-  if (definition.GetDefinition(table) != 0 || outcomes < 1) return Rows::kExact;
-  Rows worst = Rows::kExact;
-  for (int start = 0; start + outcomes <= table->GetSize(); start += outcomes) {
-    int ones = 0;
-    int others = 0;
-    for (int i = 0; i < outcomes; i++) {
-      const double cell = (*table)[start + i];
-      if (cell == 1.0) ones++;
-      if (cell != 0.0 && cell != 1.0) others++;
-    }
-    if (ones == 0) return Rows::kOpen;
-    if (ones > 1 || others > 0) worst = Rows::kInexact;
-  }
-  return worst;
-}
-
-/// Whether each row gives its first state, as those of a new deterministic definition do.
-bool HasFirstStates(KVN_nodeDefinition& definition) {
-  KVN_Dmatrix* table = nullptr;
-  const int outcomes = definition.GetNumberOfOutcomes();
-  if (definition.GetDefinition(table) != 0 || outcomes < 1) return false;
-  for (int i = 0; i < table->GetSize(); i++) {
-    if ((*table)[i] != (i % outcomes == 0 ? 1.0 : 0.0)) return false;
-  }
-  return true;
-}
-
 /// One list of losses in the making.
 class Finder {
  public:
@@ -123,6 +47,7 @@ class Finder {
     if (capacity.Carries(kPosition) && !capacity.Carries(kOrigin) && HasPlacedNodes(network)) {
       Add("drawing", "it moves as a whole");
     }
+    CheckIdentifier();
     CheckSubmodels();
     for (int handle : NodesInOrder()) Foresee(handle);
     for (int handle : NodesInOrder()) CheckNode(handle);
@@ -135,6 +60,7 @@ class Finder {
     Fate fate = Fate::kOwn;
     std::string reason;    // of a node that is gone
     int outcomesBack = 0;  // its number of outcomes
+    bool isRenamed = false;
   };
 
   std::vector<int> NodesInOrder() const {
@@ -154,6 +80,29 @@ class Finder {
     const int count = definition == nullptr ? 0 : definition->GetNumberOfOutcomes();
     return count > 0 ? count : 0;
   }
+
+  // Identifiers.
+
+  const char* IdWhileReading() const {
+    return OrEmpty((capacity.namesNetworkFirst ? network.Header() : HeaderBeforeReading()).GetId());
+  }
+
+  void CheckIdentifier() {
+    const std::string id = OrEmpty(network.Header().GetId());
+    if (capacity.identifierKept == nullptr || id.empty()) return;
+    const std::string kept = capacity.identifierKept(id);
+    if (kept.empty()) {
+      Add("file", "with the network's identifier '" + id + "' it can't be read back");
+    } else if (kept != id) {
+      Add("identifier", "it comes back as '" + kept + "'");
+    } else if (capacity.twin == Twin::kRenamed && network.FindNode(id.c_str()) >= 0 &&
+               id != IdWhileReading()) {
+      Add("identifier", "a node has the same");
+    }
+  }
+
+  /// Of a node or submodel.
+  static bool IsWritable(const char* id) { return IsSet(id) && *id != '@'; }
 
   // Submodels.
 
@@ -176,11 +125,18 @@ class Finder {
       where = OrEmpty(submodel.Header().GetId());
       if (!capacity.Carries(kSubmodels)) {
         AddPlain("submodel");
-      } else if (where.empty()) {
-        where = OrEmpty(submodel.Header().GetName());
-        Add("submodel", "it has no identifier");
+      } else if (!IsWritable(where.c_str())) {
+        const char* const why =
+            where.empty() ? "it has no identifier" : "its identifier can't be written";
+        if (where.empty()) where = OrEmpty(submodel.Header().GetName());
+        Add("submodel", why);
       } else {
         CheckTexts(submodel);
+        const int around = submodels.GetParent(handle);
+        if (around != KVN_ROOT_SUBMODEL &&
+            !IsWritable(submodels.GetSubmodel(around)->Header().GetId())) {
+          Add("submodel", "the submodel around it has no identifier that can be written");
+        }
       }
     }
     isSubmodel = false;
@@ -263,11 +219,13 @@ class Finder {
     KVN_nodeDefinition* definition = network.DefinitionOf(handle);
     const char* const id = IdOf(handle);
     if (definition == nullptr) {
-      outlook = {Fate::kGone, "it has no definition", 0};
-    } else if (*id == '@' || *id == '\0') {
-      outlook = {Fate::kGone, "its identifier can't be written", 0};
+      outlook = {Fate::kGone, "it has no definition"};
+    } else if (!IsWritable(id)) {
+      outlook = {Fate::kGone, "its identifier can't be written"};
     } else if (capacity.Carries(kSubmodels) && network.Submodels().Exists(id) != 0) {
-      outlook = {Fate::kGone, "the network or a submodel has the same identifier", 0};
+      outlook = {Fate::kGone, "the network or a submodel has the same identifier"};
+    } else if (capacity.twin == Twin::kGone && std::strcmp(id, IdWhileReading()) == 0) {
+      outlook = {Fate::kGone, "the network has the same identifier while the file is read"};
     } else {
       outlook.fate = capacity.FateOf(definition->GetType());
       outlook.outcomesBack = OutcomesOf(handle);
@@ -278,6 +236,8 @@ class Finder {
       } else if (outlook.fate == Fate::kBlank) {
         outlook.outcomesBack = OutcomesOfNew(KindBack(definition->GetType(), Fate::kBlank));
       }
+      outlook.isRenamed = capacity.twin == Twin::kRenamed && outlook.fate != Fate::kRefused &&
+                          std::strcmp(id, IdWhileReading()) == 0;
     }
   }
 
@@ -294,6 +254,11 @@ class Finder {
     where = IdOf(handle);
     const Outlook& outlook = outlooks[handle];
     if (outlook.fate == Fate::kGone) return Add("node", outlook.reason);
+    if (outlook.isRenamed) {
+      return Add("node",
+                 "it comes back under another identifier: its own is the network's while the "
+                 "file is read");
+    }
     KVN_node& node = *network.GetNode(handle);
     CheckNodeTexts(node);
     for (const NodeCheck& check : nodeChecks) {
@@ -309,8 +274,9 @@ class Finder {
   void CheckSubmodelOf(KVN_node& node) {
     if (!capacity.Carries(kSubmodels)) return;
     KVN_submodel* submodel = network.Submodels().GetSubmodel(node.GetSubmodel());
-    if (submodel != nullptr && !IsSet(submodel->Header().GetId())) {
-      Add("submodel", "the submodel has no identifier");
+    const bool isOfRoot = (node.GetSubmodel() | KVN_SUBMODEL_BIT) == KVN_ROOT_SUBMODEL;
+    if (submodel != nullptr && !isOfRoot && !IsWritable(submodel->Header().GetId())) {
+      Add("submodel", "the submodel has no identifier that can be written");
     }
   }
 
@@ -334,7 +300,58 @@ class Finder {
         break;
     }
     if (definition.GetType() == KVN_TYPE_TRUTHTABLE) CheckRows(RowsOf(definition));
+    if (definition.GetType() == KVN_TYPE_EQUATION) {
+      CheckEquation(static_cast<KVN_equation&>(definition));
+    }
+    if (definition.GetType() == KVN_TYPE_MAU && capacity.Carries(kUtilityFormulas)) {
+      auto& utility = static_cast<KVN_mau&>(definition);
+      if (utility.GetExpressions() != nullptr) return CheckFormulas(utility);
+    }
     CheckNumbers("digits", NumbersOf(definition, /*asTable=*/false), RowSizeOf(definition));
+  }
+
+  // Formulas.
+
+  void CheckPrinted(Printed printed) {
+    if (printed == Printed::kUnreadable) {
+      Add("file", "with a formula that has no text it can't be read back");
+    } else if (printed == Printed::kChanged) {
+      Add("formulas",
+          "they aren't the same when read again: constants go out with six digits, and "
+          "nested conditionals without parentheses");
+    }
+  }
+
+  void CheckEquation(KVN_equation& equation) {
+    CheckPrinted(WhatPrintingKeeps(equation.GetEquation()));
+    const int handle = equation.GetHandle();
+    std::vector<std::string> names;
+    equation.GetEquation().GetVariables(names);
+    std::erase(names, IdOf(handle));
+    if (names != ParentsOf(handle)) Add("parents", "they come back as the equation names them");
+  }
+
+  void CheckFormulas(KVN_mau& utility) {
+    Printed worst = Printed::kKept;
+    for (int i = 0; i < utility.CountExpressions(); i++) {
+      const KVN_expression* const formula = utility.GetExpression(i);
+      if (formula != nullptr) worst = std::max(worst, WhatPrintingKeeps(*formula));
+    }
+    CheckPrinted(worst);
+    if (!HasUsualWeights(utility)) Add("numbers", "weights aren't written beside formulas");
+    const std::vector<std::string> names = ParentsOf(utility.GetHandle());
+    const auto isDecision = [this](const std::string& id) {
+      return network.TypeOf(network.FindNode(id.c_str())) == KVN_TYPE_LIST;
+    };
+    std::vector<std::string> back = names;
+    std::sort(std::stable_partition(back.begin(), back.end(), isDecision), back.end());
+    if (names != back) Add("parents", "they come back sorted, behind the decisions");
+  }
+
+  std::vector<std::string> ParentsOf(int handle) const {
+    std::vector<std::string> ids;
+    for (int parent : network.GetParents(handle)) ids.emplace_back(IdOf(parent));
+    return ids;
   }
 
   void CheckRows(Rows rows) {
@@ -395,6 +412,8 @@ class Finder {
       if (outlooks[parent].fate == Fate::kGone) {
         Add("parents", "node " + id + " isn't in the file");
         changed = "without node " + id + " the table has another shape";
+      } else if (outlooks[parent].isRenamed) {
+        Add("parents", "node " + id + " comes back under another identifier");
       } else if (!IsReadableArc(network.TypeOf(parent), KindBack(type, outlook.fate))) {
         Add("parents", "no reader takes " + id + ", whose kind is no parent of this one's");
         changed = "without node " + id + " the table has another shape";
@@ -406,7 +425,7 @@ class Finder {
     }
     const bool hasNumbers =
         type != KVN_TYPE_LIST && (outlook.fate == Fate::kOwn || outlook.fate == Fate::kTable ||
-                                  outlook.fate == Fate::kRefused);
+                                  outlook.fate == Fate::kStates || outlook.fate == Fate::kRefused);
     if (hasNumbers && !changed.empty()) Add("numbers", changed);
   }
 

@@ -10,24 +10,35 @@
 #include <cstring>
 
 #include "definitions/nodeDefinition.h"
+#include "formats/xml/networkLoader.h"
 #include "foundation/errorLog.h"
 #include "foundation/resultCodes.h"
 #include "network/fileSpeaker.h"
+#include "network/header.h"
 #include "network/network.h"
 #include "network/node.h"
+#include "network/nodeInfo.h"
 #include "ormel/formatNames.h"
 #include "ormel/text.h"
 
 namespace {
 
 /// Takes the place out of a message: "(line 12) : TEXT" of the text formats, "ERROR: Line 12 :
-/// TEXT" of their lexer, "Error at 12, 7 while loading NAME: TEXT" of XML.
+/// TEXT" of their lexer, "Error at 12, 7 while loading NAME: TEXT" of XML. XML also warns of
+/// content that it skips, "Warning: ... 'NAME' at 12, 7 while loading NAME", and closes with an
+/// advice.
 Diagnostic ParseMessage(int code, const char* message) {
   Diagnostic made;
   made.code = code;
   made.text = message == nullptr ? "" : message;
   int length = 0;
-  if (std::sscanf(made.text.c_str(), "(line %d) : %n", &made.line, &length) == 1 && length > 0) {
+  if (code == KVN_OPEN_TO_READ) {
+    const std::size_t place = made.text.find("' at ");
+    const bool isPlaced = place != std::string::npos &&
+                          std::sscanf(made.text.c_str() + place, "' at %d,", &made.line) == 1;
+    made.severity = isPlaced ? Severity::kWarning : Severity::kNote;
+  } else if (std::sscanf(made.text.c_str(), "(line %d) : %n", &made.line, &length) == 1 &&
+             length > 0) {
     made.text.erase(0, static_cast<std::size_t>(length));
   } else if (std::sscanf(made.text.c_str(), "Error at %d, %*d while loading", &made.line) != 1) {
     (void)std::sscanf(made.text.c_str(), "ERROR: Line %d :", &made.line);  // 0 stays when it isn't
@@ -56,17 +67,37 @@ bool ReadBracket(const std::string& text, const char* opening, std::string& foun
   return true;
 }
 
+/// What the probe warns of and the first reading didn't is content of `extensions`: the probe takes
+/// none.
+bool HasExtensions(const NetworkFile& file, const std::vector<Diagnostic>& ofProbe) {
+  return std::any_of(ofProbe.begin(), ofProbe.end(), [&file](const Diagnostic& warning) {
+    return warning.severity == Severity::kWarning &&
+           std::none_of(file.diagnostics.begin(), file.diagnostics.end(),
+                        [&warning](const Diagnostic& d) { return d.text == warning.text; });
+  });
+}
+
+bool ReadProbe(NetworkFile& file, KVN_network& probe) {
+  const LogCapture log;
+  if (file.format == KVN_FORMAT_XKVN) {
+    const bool isRead = LoadXmlNetwork(file.name.c_str(), probe, KVN_XML_NO_EXTENSION);
+    file.hasExtensions = HasExtensions(file, log.Messages());
+    return isRead;
+  }
+  int format = file.format;
+  const std::unique_ptr<KVN_fileSpeaker> speaker(CreateSpeaker(file.name.c_str(), format, probe));
+  return speaker != nullptr && speaker->ReadFile(file.name.c_str()) >= 0;
+}
+
 /// The engine drops nodes that a file leaves half made and doesn't tell. The file is read once more
 /// to see them, with the messages kept back: they are known from the first time.
 void FindDroppedNodes(NetworkFile& file) {
   struct stat info;
   if (stat(file.name.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return;  // read only once
-  const LogCapture silence;
   KVN_network probe;
   probe.SetChangeMask(0);
-  int format = file.format;
-  const std::unique_ptr<KVN_fileSpeaker> speaker(CreateSpeaker(file.name.c_str(), format, probe));
-  if (speaker == nullptr || speaker->ReadFile(file.name.c_str()) < 0) return;
+  if (!ReadProbe(file, probe)) return;
+  const LogCapture silence;
   for (int handle = probe.GetFirstNode(); handle >= 0; handle = probe.GetNextNode(handle)) {
     KVN_node& node = *probe.GetNode(handle);
     if (node.CheckReadiness(/*deep=*/1) == 0) continue;
@@ -128,6 +159,26 @@ void ExplainRefusedArcs(NetworkFile& file) {
   }
 }
 
+/// Two formats let a node be called by any text; the reader keeps it as the node's name.
+void NoteMendedIdentifiers(NetworkFile& file) {
+  if (file.format != KVN_FORMAT_XMLBIF && file.format != KVN_FORMAT_ERGO) return;
+  int count = 0;
+  KVN_network& network = *file.network;
+  for (int handle = network.GetFirstNode(); handle >= 0; handle = network.GetNextNode(handle)) {
+    const KVN_header& header = network.GetNode(handle)->Info().Header();
+    const char* const name = header.GetName();
+    if (name != nullptr && *name != '\0' &&
+        std::strcmp(name, IdOf(*network.GetNode(handle))) != 0) {
+      count++;
+    }
+  }
+  if (count == 0) return;
+  file.diagnostics.push_back(ToolMessage(
+      Severity::kNote, std::to_string(count) + (count == 1 ? " node has" : " nodes have") +
+                           " another identifier than in the file, where it is none or is taken; " +
+                           "the name keeps it"));
+}
+
 /// A file of another kind loads as an empty network without a word of the engine.
 void NoteForeignFile(NetworkFile& file) {
   const std::vector<std::string> wanted = FirstWordsOf(file.format);
@@ -138,6 +189,7 @@ void NoteForeignFile(NetworkFile& file) {
   if (!isEmpty && std::find(wanted.begin(), wanted.end(), word) != wanted.end()) return;
   const std::string found =
       isEmpty ? "it holds no word" : "its first word is '" + ToPrintable(word.c_str()) + "'";
+  file.isForeign = true;
   file.diagnostics.push_back(ToolMessage(
       Severity::kNote, "loads as an empty network: " + found + ", and a " +
                            NameOfFormat(file.format) + " file begins with '" + wanted[0] + "'"));
@@ -177,9 +229,9 @@ bool NetworkFile::HasLostContent() const {
                      [](const Diagnostic& d) { return d.IsLostContent(); });
 }
 
-bool NetworkFile::IsForeign() const {
+bool NetworkFile::HasSkippedContent() const {
   return std::any_of(diagnostics.begin(), diagnostics.end(),
-                     [](const Diagnostic& d) { return d.severity == Severity::kNote; });
+                     [](const Diagnostic& d) { return d.severity == Severity::kWarning; });
 }
 
 void ReadNetworkFile(const std::string& name, int format, Depth depth, NetworkFile& file) {
@@ -198,6 +250,13 @@ void ReadNetworkFile(const std::string& name, int format, Depth depth, NetworkFi
   if (depth == Depth::kCheck) {
     FindDroppedNodes(file);
     FindInconsistentNodes(file);
+    NoteMendedIdentifiers(file);
+    if (file.hasExtensions) {
+      file.diagnostics.push_back(
+          ToolMessage(Severity::kNote,
+                      "the content of its 'extensions' (layout, names, submodels) "
+                      "is not kept"));
+    }
   }
   ExplainRefusedArcs(file);
   NoteForeignFile(file);

@@ -49,8 +49,13 @@ struct NetworkFile {
 
   bool HasErrors() const;
   bool HasLostContent() const;
+  /// Elements or attributes that nobody knows were passed over.
+  bool HasSkippedContent() const;
+
   /// It loaded as an empty network because it is no file of the format.
-  bool IsForeign() const;
+  bool isForeign = false;
+  /// A native XML file has content in `extensions`, which no network keeps.
+  bool hasExtensions = false;
 };
 
 /// How closely a file is looked at.

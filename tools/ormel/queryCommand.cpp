@@ -12,8 +12,8 @@
 #include "network/node.h"
 #include "network/updateAlgorithm.h"
 #include "network/userProperties.h"
-#include "ormel/command.h"
 #include "ormel/commandTools.h"
+#include "ormel/computeCommand.h"
 #include "ormel/equationQuery.h"
 #include "ormel/equationReport.h"
 #include "ormel/evidenceInput.h"
@@ -96,7 +96,7 @@ class SamplingScope {
   SamplingQuality quality;
 };
 
-class QueryCommand : public Command {
+class QueryCommand : public ComputeCommand {
  public:
   const char* Name() const override { return "query"; }
   const char* Purpose() const override { return "Compute posterior probabilities"; }
@@ -111,11 +111,7 @@ class QueryCommand : public Command {
   std::vector<std::string> Forms() const override { return {"table", "json", "csv"}; }
 
   void Declare(CLI::App& app) override {
-    app.add_option("FILE", file, "Network file")->required();
-    app.add_option("-e,--evidence", findings,
-                   "Observed state, by name or #index, or number; repeatable")
-        ->type_name("NODE=STATE")
-        ->allow_extra_args(false);
+    DeclareCase(app, "Observed state, by name or #index, or number; repeatable");
     app.add_option("--evidence-file", evidenceFile, "Lines NODE=STATE, or a JSON object")
         ->type_name("FILE");
     app.add_option("--soft", soft, "Likelihood of each state; repeatable")
@@ -141,39 +137,14 @@ class QueryCommand : public Command {
                  "Eliminate by lowest weight alone, without pruning of states");
   }
 
-  int Run(const CommonOptions& options, Output& output) override {
-    if (!options.to.empty()) {
-      output.Say(Severity::kError, "query writes no network: --to has no meaning here");
-      return kExitBadUsage;
-    }
-    EvidenceInput input;
-    if (int code = CollectEvidence(input, output); code != kExitDone) return code;
-    int format = 0;
-    if (int code = ChooseFormat(file, options.from, "--from", format, output); code != kExitDone) {
-      return code;
-    }
-    NetworkFile read;
-    if (int code = OpenNetwork(file, format, Depth::kRead, read, output); code != kExitDone) {
-      return code;
-    }
-    SayDiagnostics(read, output);
-    if (read.HasLostContent()) {
-      // Probabilities of a half-read network would be wrong without a sign of it.
-      output.Say(Severity::kError,
-                 ToPrintable(file.c_str()) + ": not queried: the file has errors");
-      return kExitBadFile;
-    }
-    return Answer(*read.network, input, options, output);
-  }
-
  private:
-  int CollectEvidence(EvidenceInput& input, Output& output) const {
+  const char* Done() const override { return "queried"; }
+
+  int CollectEvidence(EvidenceInput& input, Output& output) const override {
     if (!evidenceFile.empty()) {
       if (int code = ReadEvidenceFile(evidenceFile, input, output); code != kExitDone) return code;
     }
-    for (const std::string& text : findings) {
-      if (int code = ParseFinding(text, input, output); code != kExitDone) return code;
-    }
+    if (int code = ComputeCommand::CollectEvidence(input, output); code != kExitDone) return code;
     for (const std::string& text : soft) {
       if (int code = ParseLikelihood(text, input, output); code != kExitDone) return code;
     }
@@ -181,7 +152,7 @@ class QueryCommand : public Command {
   }
 
   int Answer(KVN_network& network, const EvidenceInput& input, const CommonOptions& options,
-             Output& output) const {
+             Output& output) const override {
     std::vector<int> targets;
     if (int code = SetTargets(network, targets, output); code != kExitDone) return code;
     if (int code = SetEvidence(network, input, output); code != kExitDone) return code;
@@ -216,7 +187,8 @@ class QueryCommand : public Command {
     }
     Print(report, options, output);
     TellReservations(kind, output);
-    return TellInvalid(report, output);
+    const bool hasEvidence = !input.findings.empty() || !input.likelihoods.empty();
+    return TellInvalid(report, hasEvidence, output);
   }
 
   static bool HasDecisions(const KVN_network& network) {
@@ -289,20 +261,17 @@ class QueryCommand : public Command {
     }
   }
 
-  static int TellInvalid(const QueryReport& report, Output& output) {
+  /// Without decisions only evidence that is impossible as a whole leaves nodes without posteriors.
+  static int TellInvalid(const QueryReport& report, bool hasEvidence, Output& output) {
     if (report.invalid.empty()) return kExitDone;
-    std::string list;
-    for (const std::string& id : report.invalid) {
-      list += (list.empty() ? "" : ", ") + ToPrintable(id.c_str());
-    }
-    const char* why = report.evidence.empty() ? "" : "; the evidence may be impossible as a whole";
-    if (report.isDiagram) why = "; 'ormel solve' shows what depends on decisions";
-    output.Say(Severity::kError, "no posterior for: " + list + why);
-    return kExitRefused;
+    const bool isImpossible = hasEvidence && !report.isDiagram;
+    const char* const why = isImpossible       ? "; the evidence is impossible as a whole"
+                            : report.isDiagram ? "; 'ormel solve' shows what depends on decisions"
+                                               : "";
+    output.Say(Severity::kError, "no posterior for: " + Joined(report.invalid) + why);
+    return isImpossible ? kExitImpossible : kExitRefused;
   }
 
-  std::string file;
-  std::vector<std::string> findings;
   std::string evidenceFile;
   std::vector<std::string> soft;
   std::vector<std::string> targetNames;

@@ -44,6 +44,11 @@ Json ByState(const QueryReport::Node& node, const std::vector<double>& numbers, 
   return states;
 }
 
+bool IsFinite(const KVN_Dmatrix& numbers) {
+  return std::all_of(numbers.GetData(), numbers.GetData() + numbers.GetSize(),
+                     [](double number) { return std::isfinite(number); });
+}
+
 }  // namespace
 
 void CollectPosteriors(KVN_network& network, const std::vector<int>& targets, QueryReport& report) {
@@ -54,7 +59,7 @@ void CollectPosteriors(KVN_network& network, const std::vector<int>& targets, Qu
     const KVN_idArray* const names = node.Definition()->GetOutcomesNames();
     if (value == nullptr || !(value->IsValueValid() || report.isApproximate) ||
         value->GetValue(matrix) != 0 || names == nullptr ||
-        matrix->GetSize() != names->GetNumItems()) {
+        matrix->GetSize() != names->GetNumItems() || !IsFinite(*matrix)) {
       report.invalid.push_back(ToUtf8(node.GetId()));
       continue;
     }

@@ -17,6 +17,7 @@ constexpr const char* kPlain = "\x1b[0m";
 }  // namespace
 
 std::string Fixed(double value, int digits) {
+  if (std::isnan(value)) return "nan";  // without the sign that some operations leave
   std::ostringstream text;
   text << std::fixed << std::setprecision(digits) << value;
   return text.str();

@@ -5,8 +5,8 @@
 #include "network/header.h"
 #include "network/network.h"
 #include "network/userProperties.h"
-#include "ormel/command.h"
 #include "ormel/commandTools.h"
+#include "ormel/computeCommand.h"
 #include "ormel/evidenceInput.h"
 #include "ormel/exitCodes.h"
 #include "ormel/output.h"
@@ -26,7 +26,7 @@ bool IsNotice(const std::string& text) {
   return StartsWith(text, "Temporal order assumed") || StartsWith(text, "Utilities not specified");
 }
 
-class SolveCommand : public Command {
+class SolveCommand : public ComputeCommand {
  public:
   const char* Name() const override { return "solve"; }
   const char* Purpose() const override { return "Find the best strategy of an influence diagram"; }
@@ -38,11 +38,7 @@ class SolveCommand : public Command {
   std::vector<std::string> Forms() const override { return {"table", "json", "csv"}; }
 
   void Declare(CLI::App& app) override {
-    app.add_option("FILE", file, "Network file")->required();
-    app.add_option("-e,--evidence", findings,
-                   "What is observed or decided already, by name or #index; repeatable")
-        ->type_name("NODE=STATE")
-        ->allow_extra_args(false);
+    DeclareCase(app, "What is observed or decided already, by name or #index; repeatable");
     app.add_option("--method", method,
                    "policy: all tables (default); best: the next decision's alternative alone")
         ->check(CLI::IsMember({kPolicy, kBest}))
@@ -54,34 +50,12 @@ class SolveCommand : public Command {
                  "Leave out observations that matter only through later ones");
   }
 
-  int Run(const CommonOptions& options, Output& output) override {
-    if (!options.to.empty()) {
-      output.Say(Severity::kError, "solve writes no network: --to has no meaning here");
-      return kExitBadUsage;
-    }
-    EvidenceInput input;
-    for (const std::string& text : findings) {
-      if (int code = ParseFinding(text, input, output); code != kExitDone) return code;
-    }
-    int format = 0;
-    if (int code = ChooseFormat(file, options.from, "--from", format, output); code != kExitDone) {
-      return code;
-    }
-    NetworkFile read;
-    if (int code = OpenNetwork(file, format, Depth::kRead, read, output); code != kExitDone) {
-      return code;
-    }
-    SayDiagnostics(read, output);
-    if (read.HasLostContent()) {
-      output.Say(Severity::kError, ToPrintable(file.c_str()) + ": not solved: the file has errors");
-      return kExitBadFile;
-    }
-    if (int code = SetEvidence(*read.network, input, output); code != kExitDone) return code;
-    return Solve(*read.network, options, output);
-  }
-
  private:
-  int Solve(KVN_network& network, const CommonOptions& options, Output& output) const {
+  const char* Done() const override { return "solved"; }
+
+  int Answer(KVN_network& network, const EvidenceInput& input, const CommonOptions& options,
+             Output& output) const override {
+    if (int code = SetEvidence(network, input, output); code != kExitDone) return code;
     if (int code = CheckContent(network, output); code != kExitDone) return code;
     Prepare(network);
     const std::vector<int> order = OpenNodesInOrder(network);
@@ -159,8 +133,6 @@ class SolveCommand : public Command {
     }
   }
 
-  std::string file;
-  std::vector<std::string> findings;
   std::string method = kPolicy;
   int digits = -1;
   bool documented = false;

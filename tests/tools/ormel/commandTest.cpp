@@ -15,6 +15,7 @@ TEST(ExitCodes, FollowFromTheEnginesCodes) {
   EXPECT_EQ(ExitCodeOfResult(0), kExitDone);
   EXPECT_EQ(ExitCodeOfResult(KVN_REFUSED), kExitRefused);
   EXPECT_EQ(ExitCodeOfResult(KVN_CONFLICTING_EVIDENCE), kExitImpossible);
+  EXPECT_EQ(ExitCodeOfResult(KVN_NO_USEFUL_SAMPLES), kExitImpossible);
   EXPECT_EQ(ExitCodeOfResult(KVN_NO_MEMORY), kExitLimit);
 }
 
@@ -41,27 +42,6 @@ TEST(RunGuarded, TurnsWhatIsThrownIntoAnExitCode) {
     EXPECT_EQ(RunGuarded(c.work, output), c.code);
     EXPECT_NE(messages.str().find(c.message), std::string::npos) << messages.str();
   }
-}
-
-TEST(RunGuarded, DataThatCannotBeWrittenIsNoSuccess) {
-  std::ostringstream data;
-  std::ostringstream messages;
-  Output output(data, messages);
-  data.setstate(std::ios::badbit);
-  EXPECT_EQ(RunGuarded([] { return 0; }, output), kExitRefused);
-  EXPECT_EQ(RunGuarded([] { return 3; }, output), kExitBadFile);
-}
-
-TEST(Output, ColoursOnlyWhereAsked) {
-  std::ostringstream data;
-  std::ostringstream messages;
-  Output output(data, messages);
-  output.Say(Severity::kNote, "plain");
-  output.colourMessages = true;
-  output.Say(Severity::kError, "red");
-  output.quiet = true;
-  output.Say(Severity::kLoss, "left out");
-  EXPECT_EQ(messages.str(), "ormel: note: plain\normel: \033[1;31merror\033[0m: red\n");
 }
 
 }  // namespace

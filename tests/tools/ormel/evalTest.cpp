@@ -1,28 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "ormel/commandLine.h"
 #include "ormel/exitCodes.h"
-#include "ormel/output.h"
+#include "tests/tools/ormel/toolRun.h"
 
 namespace {
 
-struct RunResult {
-  int code;
-  std::string data, messages;
-};
-
-RunResult Eval(std::vector<std::string> arguments) {
-  std::ostringstream data, messages;
-  Output output(data, messages);
-  arguments.insert(arguments.begin(), "eval");
-  const int code = RunCommandLine(arguments, output);
-  return {code, data.str(), messages.str()};
-}
+ToolRun Eval(const std::vector<std::string>& arguments) { return RunTool({"eval"}, arguments); }
 
 struct ValueCase {
   std::vector<std::string> arguments;
@@ -51,7 +38,7 @@ const ValueCase kValues[] = {
 TEST(Eval, ShowsFormsAndValue) {
   for (const ValueCase& c : kValues) {
     SCOPED_TRACE(c.printed);
-    const RunResult run = Eval(c.arguments);
+    const ToolRun run = Eval(c.arguments);
     EXPECT_EQ(run.code, kExitDone);
     EXPECT_EQ(run.data, "expression  " + std::string(c.printed) + "\nsimplified  " + c.simplified +
                             "\n" + c.rest);
@@ -84,7 +71,7 @@ const ErrorCase kErrors[] = {
 TEST(Eval, PointsAtErrors) {
   for (const ErrorCase& c : kErrors) {
     SCOPED_TRACE(c.messages);
-    const RunResult run = Eval(c.arguments);
+    const ToolRun run = Eval(c.arguments);
     EXPECT_EQ(run.code, kExitBadUsage);
     EXPECT_EQ(run.data, "");
     EXPECT_EQ(run.messages, "ormel: error: " + std::string(c.messages));
@@ -103,7 +90,7 @@ TEST(Eval, AnswersInJson) {
 }
 
 TEST(Eval, TellsErrorsInJsonToo) {
-  const RunResult run = Eval({"--output", "json", "(1"});
+  const ToolRun run = Eval({"--output", "json", "(1"});
   const auto answer = nlohmann::json::parse(run.data);
   EXPECT_EQ(answer["error"]["message"], "')' expected");
   EXPECT_EQ(answer["error"]["position"], 2);

@@ -7,6 +7,8 @@ import json
 import os
 import pathlib
 import pty
+import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -75,6 +77,20 @@ class OrmelTest(unittest.TestCase):
             for part in ("Examples:", "Exit codes:", "kvn", "70"):
                 self.assertIn(part, text)
 
+    def test_the_readme_shows_what_the_tool_prints(self):
+        readme = (EXAMPLES.parent / "README.md").read_text()
+        blocks = re.findall(r"^    \$ ormel (.*)\n((?:    .*\n|\n(?=    ))*)", readme, re.M)
+        shown = [b for b in blocks if " examples/" in b[0] or b[0].startswith("eval ")]
+        self.assertGreaterEqual(len(shown), 6)
+        for command, text in shown:
+            with self.subTest(command):
+                run = subprocess.run([ORMEL] + shlex.split(command), cwd=EXAMPLES.parent,
+                                     capture_output=True, text=True, check=True)
+                wanted = [line[4:] for line in text.splitlines()]
+                cut = -1 if wanted[-1].strip() == "..." else None
+                self.assertEqual(run.stdout.splitlines()[:len(wanted)][:cut], wanted[:cut])
+                self.assertTrue(cut or len(run.stdout.splitlines()) == len(wanted))
+
     def test_bad_usage(self):
         for arguments in ([], ["bogus"], ["info"], ["convert", CLINIC], ["info", CLINIC, "more"],
                           ["info", "--from", "pdf", CLINIC], ["info", "--output", "xml", CLINIC],
@@ -111,6 +127,10 @@ class OrmelTest(unittest.TestCase):
         self.assertEqual([label.replace(" ", "").lower() for label in labels],
                          [key.lower() for key in summary])
 
+    def test_info_makes_room_for_long_keys(self):
+        path = self.write("n.kvn", 'net N { USER_PROPERTIES = { KVN_CLUSTERING_EFFORT = "1"; }; };')
+        self.expect(0, "info", path, out="\n  KVN_CLUSTERING_EFFORT  1\n", err=None)
+
     def test_text_of_a_file_cannot_break_the_output(self):
         bad = self.write("n.kvn", b'net N { HEADER = { ID = N; NAME = "a\\n\x1b[2J\xe9"; }; };\n')
         self.expect(0, "info", bad, out="a\\n\\x1B[2J\u00e9\n", err=None)
@@ -144,6 +164,36 @@ class OrmelTest(unittest.TestCase):
                     self.assertIn(line, text)
                 report = json.loads(self.expect(code, "check", "--output", "json", path, err=None))
                 self.assertEqual(len(report["diagnostics"]), len(text.splitlines()) - 1)
+
+    def test_what_a_foreign_or_newer_file_has_besides(self):
+        node = ("<nodes><cpt id='A'>%s<state id='a'/><state id='b'/>"
+                "<probabilities>0.5 0.5</probabilities></cpt></nodes>")
+        xkvn = "<ormel version='1.0' id='%s'>\n" + node + "%s</ormel>"
+        view = "<extensions><vusta version='1.0' name='v'></vusta></extensions>"
+        named = ("<BIF VERSION='0.3'><NETWORK><NAME>n</NAME><VARIABLE><NAME>light-on</NAME>"
+                 "</VARIABLE></NETWORK></BIF>")
+        cases = [
+            # file, content, what `check` tells, what `convert --strict` to xkvn ends with
+            ("case.xkvn", xkvn % ("N", "<odd/>", ""), ":2: warning: Ignored unknown element 'odd'",
+             "has content that nothing here keeps"),
+            ("case.xkvn", xkvn % ("N", "<odd/>", ""), "note: File contains unknown elements", ""),
+            ("case.xkvn", xkvn % ("N", "", view), "note: the content of its 'extensions'",
+             "cannot carry the network whole"),
+            ("case.xml03", named, "note: 1 node has another identifier than in the file",
+             "cannot carry the network whole"),
+        ]
+        for name, content, told, refused in cases:
+            with self.subTest(told):
+                path = self.write(name, content)
+                self.assertIn(": no errors, 1 node", self.expect(0, "check", path, out=told))
+                self.expect(3, "convert", "--strict", path, self.folder / "o.xkvn", err=refused)
+
+    def test_convert_writes_no_file_that_nobody_can_read(self):
+        path = self.write("in.xkvn", "<ormel version='1.0' id='@a b'></ormel>")
+        out = self.folder / "out.kvn"
+        self.expect(3, "convert", path, out, err="nobody could read the file; ")
+        self.assertFalse(out.exists())
+        self.expect(0, "convert", "--force", path, out, err="identifier '@a b'")
 
     def test_check_tells_line_and_code(self):
         path = self.write("case.kvn", UNKNOWN_WORD)
@@ -229,17 +279,14 @@ class OrmelTest(unittest.TestCase):
 
     # Streams.
 
-    def test_full_output(self):
-        with open("/dev/full", "w") as full:
-            run = subprocess.run([ORMEL, "info", str(CLINIC)], stdout=full, stderr=subprocess.PIPE)
-        self.assertEqual(run.returncode, 1, run.stderr)
-
-    def test_reader_that_goes_away(self):
+    def test_output_that_nobody_takes(self):
         read, write = os.pipe()
         os.close(read)
-        run = subprocess.run([ORMEL, "info", str(CLINIC)], stdout=write, stderr=subprocess.PIPE)
-        os.close(write)
-        self.assertEqual(run.returncode, 1, run.stderr)
+        with open("/dev/full", "w") as full, os.fdopen(write, "w") as shut:
+            for stream in (full, shut):
+                run = subprocess.run([ORMEL, "info", str(CLINIC)], stdout=stream,
+                                     stderr=subprocess.PIPE)
+                self.assertEqual(run.returncode, 1, run.stderr)
 
     def test_colours_only_on_a_terminal(self):
         path = self.write("case.kvn", UNKNOWN_WORD)

@@ -4,12 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-#include <sstream>
 
-#include "ormel/commandLine.h"
 #include "ormel/exitCodes.h"
-#include "ormel/output.h"
 #include "tests/support/scratchFolder.h"
+#include "tests/tools/ormel/toolRun.h"
 
 namespace {
 
@@ -18,27 +16,8 @@ using Json = nlohmann::json;
 // The text format keeps so much of a probability; the utilities go up to 100.
 constexpr double kEightDecimals = 1e-5;
 
-struct ToolRun {
-  int code = -1;
-  std::string data;
-  std::string messages;
-};
-
-ToolRun RunTool(const std::vector<std::string>& all) {
-  std::ostringstream data;
-  std::ostringstream messages;
-  Output output(data, messages);
-  ToolRun run;
-  run.code = RunGuarded([&] { return RunCommandLine(all, output); }, output);
-  run.data = data.str();
-  run.messages = messages.str();
-  return run;
-}
-
 ToolRun Solve(const std::string& file, const std::vector<std::string>& arguments) {
-  std::vector<std::string> all = {"solve", file};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  return RunTool(all);
+  return RunTool({"solve", file}, arguments);
 }
 
 std::string Example(const std::string& name) { return std::string(KVN_EXAMPLES "/") + name; }
@@ -226,26 +205,6 @@ TEST(SolveCommand, SaysWhyThereIsNoAnswer) {
     EXPECT_EQ(run.code, c.code) << run.messages;
     EXPECT_NE(run.messages.find(c.message), std::string::npos) << run.messages;
   }
-}
-
-/// Information arcs of a Hugin diagram are potentials of the decision without numbers.
-TEST(SolveCommand, SolvesAHuginDiagram) {
-  const ScratchFolder folder;
-  const std::string file = folder.Write("party.net", R"(
-net { }
-node Weather { states = ("sun" "rain"); }
-decision Place { states = ("out" "in"); }
-utility Joy { }
-potential (Weather) { data = (0.25 0.75); }
-potential (Place | Weather) { }
-potential (Joy | Weather Place) { data = ((10 4)(0 5)); }
-)");
-  const ToolRun run = Solve(file, {"--output", "json"});
-  ASSERT_EQ(run.code, kExitDone) << run.messages;
-  const Json answer = Json::parse(run.data);
-  EXPECT_EQ(answer["decisions"]["Place"]["given"], Json({"Weather"}));
-  EXPECT_EQ(answer["decisions"]["Place"]["best"], Json({"out", "in"}));
-  EXPECT_NEAR(answer["expected_utility"].get<double>(), 6.25, 1e-12);
 }
 
 /// Formats of other programs that know decisions and utilities carry what the answer needs.
