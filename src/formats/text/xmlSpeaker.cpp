@@ -466,8 +466,8 @@ std::int64_t KVN_xmlSpeaker::CountCells() const {
       type == KVN_TYPE_TABLE ? 1 : network->DefinitionOf(forNode)->GetNumberOfOutcomes();
   for (const KVN_intArray* list : {&network->GetParents(forNode), &givenNodes}) {
     for (int parent : *list) {
-      const std::int64_t outcomes = network->DefinitionOf(parent)->GetNumberOfOutcomes();
-      cells = std::min(cells * std::max(outcomes, std::int64_t{1}), kManyCells);
+      const std::int64_t states = network->DefinitionOf(parent)->GetNumberOfOutcomes();
+      cells = std::min(cells * std::max(states, std::int64_t{1}), kManyCells);
     }
   }
   return cells;
