@@ -132,19 +132,4 @@ TEST(MauElements, AreRefusedWithAMessage) {
   }
 }
 
-/// 30 decisions of two alternatives ask for 2^30 formulas, or weights.
-TEST(MauElements, HugeTablesAreRefusedBeforeTheyAreBuilt) {
-  std::string decisions, ids;
-  for (int i = 0; i < 30; i++) {
-    const std::string id = "D" + std::to_string(i);
-    decisions += "<decision id='" + id + "'><state id='x'/><state id='y'/></decision>";
-    ids += " " + id;
-  }
-  const std::string head = "'><parents>U" + ids + "</parents>";
-  EXPECT_EQ(Read(decisions + "<mau id='M" + head + "<weights>1</weights></mau>").message,
-            "SetWeights failed");
-  EXPECT_EQ(Read(decisions + "<maux id='M" + head + "<expression>U</expression></maux>").message,
-            "Invalid number of expressions: 1, expected 1073741824");
-}
-
 }  // namespace

@@ -169,13 +169,17 @@ TEST(XmlBadInput, Oversized) {
 /// size is built. Where the table has no list at all, from the sizes alone.
 TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
   const ScratchFolder folder;
-  std::string nodes, parents;
+  std::string nodes, parents, choices;
   for (int i = 0; i < 30; i++) {
     const std::string id = "N" + std::to_string(i);
     nodes += "<cpt id='" + id +
              "'><state id='a'/><state id='b'/><probabilities>1 0</probabilities></cpt>";
     parents += id + " ";
+    nodes += "<decision id='C" + std::to_string(i) + "'><state id='x'/><state id='y'/></decision>";
+    choices += " C" + std::to_string(i);
   }
+  nodes += "<utility id='U'><utilities>1</utilities></utility>";
+  const std::string below = " id='M'><parents>U" + choices + "</parents>";
   const std::string above = "<parents>" + parents + "</parents>";
   const std::string states = "<state id='a'/><state id='b'/>";
   const std::string chance =
@@ -221,6 +225,9 @@ TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
     std::string content;
     const char* message;
   } cases[] = {
+      {"<mau" + below + "<weights>1</weights></mau>", "SetWeights failed"},
+      {"<maux" + below + "<expression>U</expression></maux>",
+       "Invalid number of expressions: 1, expected 1073741824"},
       {binary("demorgan", "", 26), "SetParentWeights failed"},
       {binary("cast", "", 26), "SetPositiveWeights failed"},
       {cast(26, 25), "SetNegativeWeights failed"},
