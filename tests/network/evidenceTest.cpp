@@ -10,8 +10,8 @@
 #include "tests/support/builders.h"
 #include "tests/support/failingAllocation.h"
 #include "tests/support/networkBuilder.h"
-#include "tests/support/smallStack.h"
 #include "tests/support/sanitized.h"
+#include "tests/support/smallStack.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include "tests/support/logWatch.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
-#include "tests/support/scratchFolder.h"
 #include "tests/support/sanitized.h"
+#include "tests/support/scratchFolder.h"
 
 namespace {
 
