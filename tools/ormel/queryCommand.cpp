@@ -14,6 +14,7 @@
 #include "network/userProperties.h"
 #include "ormel/commandTools.h"
 #include "ormel/computeCommand.h"
+#include "ormel/contradiction.h"
 #include "ormel/equationQuery.h"
 #include "ormel/equationReport.h"
 #include "ormel/evidenceInput.h"
@@ -172,6 +173,12 @@ class QueryCommand : public ComputeCommand {
       if (int result = network.UpdateBeliefs(); result != 0) {
         return TellUpdateFailure(result, log, output);
       }
+    }
+    if (const int node = FindContradiction(network, input); node >= 0) {
+      output.Say(Severity::kError, "the evidence is impossible as a whole: node " +
+                                       ToUtf8(network.GetNode(node)->GetId()) +
+                                       " can't be what follows from it");
+      return kExitImpossible;
     }
     QueryReport report;
     report.network = ToUtf8(network.Header().GetId());

@@ -224,6 +224,18 @@ TEST(QueryCommand, ImpossibleAsAWholeLeavesNodesWithoutPosterior) {
   }
   const ScratchFolder folder;
   const std::string file = folder.Write("parity.kvn", text + "};\n");
+  // Where likelihoods settle the parents, no table sums to 0.
+  for (const char* algorithm : {"clustering", "sepset-join-tree", "relevance-decomposition",
+                                "relevance-decomposition-2", "likelihood-weighting"}) {
+    SCOPED_TRACE(algorithm);
+    const ToolRun run = Query(
+        {"-e", "Differ=x", "--soft", "A=1,0", "--soft", "B=2,0", "--algorithm", algorithm}, file);
+    EXPECT_EQ(run.code, kExitImpossible);
+    EXPECT_NE(run.messages.find("impossible as a whole: node Differ"), std::string::npos)
+        << run.messages;
+    EXPECT_EQ(Query({"-e", "Differ=y", "--soft", "A=1,0", "--soft", "B=2,0"}, file).code,
+              kExitDone);
+  }
   for (const char* algorithm : {"clustering", "sepset-join-tree", "relevance-decomposition",
                                 "relevance-decomposition-2", "epis", "logic-sampling"}) {
     SCOPED_TRACE(algorithm);
