@@ -47,7 +47,6 @@ class XmlReader : public IXmlReader {
   bool CheckVersion(const std::string& fileVersion, const char* expected);
 
  protected:
-  bool IsAborted() const { return aborted; }
   void AbortWith(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
  private:

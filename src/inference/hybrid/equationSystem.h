@@ -22,7 +22,6 @@ class EquationSystem : private ResidualSystem {
   /// Finds the numbers of the unknowns from those of other nodes, and writes them beside these; the
   /// vector is indexed by handle. KVN_REFUSED or KVN_NO_MEMORY leaves it unchanged.
   int Solve(std::vector<double>& numbers);
-  const std::vector<int>& GetUnknowns() const { return unknowns; }
 
  private:
   struct Member {
