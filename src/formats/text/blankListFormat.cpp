@@ -142,10 +142,11 @@ void KVN_blankListFormat::FinishNode(int handle, bool isWhole) {
 int KVN_blankListFormat::SetOutcomes(KVN_nodeDefinition& definition, const KVN_stringArray& names) {
   const int count = names.GetNumItems();
   if (count == 0) return KVN_REFUSED;
-  if (int result = definition.SetNumberOfOutcomes(names); result < 0) return result;
+  const int handle = definition.GetHandle();
+  if (int result = budget.SetOutcomes(*network, handle, names); result < 0) return result;
   if (definition.GetNumberOfOutcomes() > count) {
     (void)ReportText(KVN_REFUSED, "ERROR: Node (\"%s\") : Two states needed, one added",
-                     IdentifierOf(definition.GetHandle()));
+                     IdentifierOf(handle));
   }
   return 0;
 }
@@ -167,7 +168,7 @@ int KVN_blankListFormat::FindChild() {
 
 int KVN_blankListFormat::ReadParents(int child) {
   while (AcceptToken(KVN_TOKEN_IDENTIFIER, nullptr) == 0) {
-    const int result = network->AddArc(network->FindNode(tokenText), child, /*layer=*/0);
+    const int result = budget.AddArc(*network, network->FindNode(tokenText), child, /*layer=*/0);
     if (result < 0) {
       (void)ReportText(result, "ERROR: Couldn't add arc from parent node (\"%s\")", tokenText);
     }

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
 
 #include "definitions/noisyMAX.h"
 #include "foundation/doubleArray.h"
@@ -73,9 +72,7 @@ bool AreFinite(const KVN_Dmatrix& matrix) {
 
 int KVN_ergoSpeaker::ReadFile(const char* fileName) {
   if (int result = OpenLexer(fileName, KVN_LEXICAL_ERGO); result < 0) return result;
-  std::error_code failed;
-  const auto bytes = std::filesystem::file_size(fileName, failed);
-  if (!failed) statesLeft = static_cast<std::int64_t>(bytes);
+  statesLeft = fileBytes;
   nodes.CleanUp();
   const int result = ReadNetwork();
   CloseLexer();

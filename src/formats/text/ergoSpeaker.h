@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 
 #include "formats/text/fileFormat.h"
 #include "foundation/intArray.h"
@@ -62,7 +61,6 @@ class KVN_ergoSpeaker : public KVN_fileFormat {
   void PutCell(const char* text);
   void PutInt(int value, const char* behind);
 
-  KVN_intArray nodes;  // handles in the order of the file
-  /// That the nodes still to come may have: the bytes of the file, where they can be told.
-  std::int64_t statesLeft = std::numeric_limits<int>::max();
+  KVN_intArray nodes;           // handles in the order of the file
+  std::int64_t statesLeft = 0;  // that the nodes still to come may have: the bytes of the file
 };

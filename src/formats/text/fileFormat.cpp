@@ -2,6 +2,8 @@
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <limits>
 #include <new>
 
 #include "foundation/errorLog.h"
@@ -88,9 +90,15 @@ KVN_fileFormat::~KVN_fileFormat() {
 int KVN_fileFormat::OpenLexer(const char* fileName, int table, bool returnsEndLines) {
   lexer.reset(new (std::nothrow) KVN_lexicalAnalizer(table));
   if (lexer == nullptr) return KVN_NO_MEMORY;
-  const int result = lexer->OpenFile(fileName, returnsEndLines);
-  if (result < 0) CloseLexer();
-  return result;
+  if (int result = lexer->OpenFile(fileName, returnsEndLines); result < 0) {
+    CloseLexer();
+    return result;
+  }
+  std::error_code failed;
+  const auto bytes = std::filesystem::file_size(fileName, failed);
+  fileBytes = failed ? std::numeric_limits<int>::max() : static_cast<std::int64_t>(bytes);
+  budget.Start(fileBytes);
+  return 0;
 }
 
 // Tokens.

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
+#include "formats/text/cellBudget.h"
 #include "formats/text/lexicalAnalizer.h"
 #include "formats/text/textFile.h"
 #include "network/fileSpeaker.h"
@@ -224,6 +226,8 @@ class KVN_fileFormat : public KVN_fileSpeaker {
 
   KVN_network* network;                        // not owned, outlives this object
   std::unique_ptr<KVN_lexicalAnalizer> lexer;  // null except during a read
+  std::int64_t fileBytes = 0;                  // of the file in work; the most where it isn't told
+  KVN_cellBudget budget;                       // what the file's nodes may grow to
   KVN_textFile outputFile;
   int tokenType = 0;
   const char* tokenText = "";  // inside the lexer

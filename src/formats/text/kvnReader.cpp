@@ -187,7 +187,7 @@ int KVN_kvnSpeaker::ReadArcs(int child, int layer, const char* message) {
   KVN_stringArray ids;
   if (int result = ReadIdentifierList(ids); result != 0) return result;
   for (int i = 0; i < ids.GetNumItems(); ++i) {
-    int result = network->AddArc(network->FindNode(ids[i]), child, layer);
+    int result = budget.AddArc(*network, network->FindNode(ids[i]), child, layer);
     if (result == 0) continue;
     const char* childId = network->GetNode(child)->GetId();
     std::snprintf(errorMessage, sizeof errorMessage, message, ids[i],

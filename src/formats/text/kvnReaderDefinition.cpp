@@ -57,7 +57,7 @@ int KVN_kvnSpeaker::ReadDefinitionStatement(KVN_nodeDefinition& definition) {
   KVN_intArray ints;
   auto ids = [this](KVN_stringArray& list) { return ReadIdentifierList(list); };
   auto doubles = [this](KVN_doubleArray& list) { return ReadDoubleList(list); };
-  auto setNames = [&] { return definition.SetNumberOfOutcomes(names); };
+  auto setNames = [&] { return budget.SetOutcomes(*network, definition.GetHandle(), names); };
   auto setNumbers = [&] { return definition.SetDefinition(numbers); };
   KVN_cast* cast =
       definition.GetType() == KVN_TYPE_CAST ? static_cast<KVN_cast*>(&definition) : nullptr;

@@ -259,7 +259,7 @@ void KVN_neticaSpeaker::AddParents(NodeInHand& hand) {
   const AtLine line(*this, hand.parentsLine);
   for (int i = 0; i < hand.parents.GetNumItems(); ++i) {
     const char* const id = hand.parents[i];
-    const int result = network->AddArc(network->FindNode(id), hand.handle, /*layer=*/0);
+    const int result = budget.AddArc(*network, network->FindNode(id), hand.handle, /*layer=*/0);
     if (result == 0) continue;
     hand.lacksParent = true;
     std::snprintf(errorMessage, sizeof errorMessage,
@@ -279,7 +279,7 @@ int KVN_neticaSpeaker::ReadStates() {
   if (KVN_equation* equation = EquationOf(inHand->handle); equation != nullptr) {
     return NameIntervals(*equation, names);
   }
-  if (int result = definition.SetNumberOfOutcomes(names); result < 0) {
+  if (int result = budget.SetOutcomes(*network, inHand->handle, names); result < 0) {
     return ReportError(result, nullptr);
   }
   if (definition.GetNumberOfOutcomes() > count) {
@@ -375,7 +375,7 @@ void KVN_neticaSpeaker::UseNumberOfStates() {
     return;
   }
   statesLeft -= count;
-  (void)ReportError(definition.SetNumberOfOutcomes(count), nullptr);
+  (void)ReportError(budget.SetOutcomes(*network, inHand->handle, count), nullptr);
 }
 
 /// A decision's table is the policy that somebody has computed once.

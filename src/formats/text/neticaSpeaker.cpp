@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
+#include <limits>
 
 #include "definitions/nodeDefinition.h"
 #include "foundation/numberText.h"
@@ -54,9 +54,7 @@ int KVN_neticaSpeaker::ReadFile(const char* fileName) {
     return result;
   }
   lexer->AcceptHexEscapes();
-  std::error_code failed;
-  const auto bytes = std::filesystem::file_size(fileName, failed);
-  if (!failed) statesLeft = static_cast<std::int64_t>(bytes);
+  statesLeft = fileBytes;
   int result = 0;
   if (PeekIs("bnet") == 1) {
     result = ReadNet();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -155,6 +154,5 @@ class KVN_neticaSpeaker : public KVN_fileFormat {
   int nodeKind = 0;  // KVN_TYPE_BIT_..., or the type that they make
   std::unique_ptr<NodeInHand> inHand;
   std::vector<std::unique_ptr<NodeInHand>> deferred;
-  /// That nodes may still ask for by their number: the bytes of the file, where they can be told.
-  std::int64_t statesLeft = std::numeric_limits<int>::max();
+  std::int64_t statesLeft = 0;  // that nodes may still ask for by their number
 };
