@@ -355,7 +355,7 @@ TEST(Simplify, KeepsTheValueOfRandomFormulas) {
       checkedSteps += CheckSteps(tree);
     }
   }
-  EXPECT_GT(checkedSteps, FewerIfSanitized(150000));
+  EXPECT_GT(checkedSteps, FewerIfSanitized(140000));
 }
 
 }  // namespace

@@ -64,7 +64,7 @@ TEST(Polytree, AgreesWithEnumeration) {
     ASSERT_TRUE(PosteriorsNear(network, expected, kRounding));
     tried++;
   }
-  EXPECT_GT(tried, 2000);
+  EXPECT_GT(tried, FewerIfSanitized(1500));
 }
 
 // The correction would hide a wrong walk. With two outcomes and no zeros the walk alone goes wrong
