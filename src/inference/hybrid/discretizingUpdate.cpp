@@ -109,7 +109,7 @@ class DiscreteTwin {
     const int made = twin.AddNode(KVN_TYPE_CPT, IdentifierOfNode(&network, handle).c_str());
     if (made < 0) return made;
     KVN_nodeDefinition* definition = twin.DefinitionOf(made);
-    if (definition == nullptr) return KVN_NO_MEMORY;
+    if (definition == nullptr || twin.ValueOf(made) == nullptr) return KVN_NO_MEMORY;
     KVN_stringArray names;
     for (const KVN_discInterval& interval : equation.GetDiscIntervals()) {
       if (int result = names.Add(interval.id.c_str()); result < 0) return result;
