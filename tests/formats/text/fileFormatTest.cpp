@@ -53,7 +53,6 @@ class Speaker : public KVN_fileFormat {
   bool HasLexer() const { return lexer != nullptr; }
 
   using KVN_fileFormat::AcceptToken;
-  using KVN_fileFormat::CloseLexer;
   using KVN_fileFormat::IsBlockEnd;
   using KVN_fileFormat::outputFile;
   using KVN_fileFormat::PeekInList;
@@ -88,7 +87,6 @@ class Speaker : public KVN_fileFormat {
   using KVN_fileFormat::WriteStatement;
   using KVN_fileFormat::WriteStringListStatement;
   using KVN_fileFormat::WriteStringStatement;
-  using KVN_fileFormat::WriteText;
 
   std::vector<int> values;
 };

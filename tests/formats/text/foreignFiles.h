@@ -9,6 +9,7 @@
 
 #include "definitions/nodeDefinition.h"
 #include "foundation/resultCodes.h"
+#include "network/fileSpeaker.h"
 #include "network/network.h"
 #include "network/node.h"
 #include "tests/support/builders.h"
@@ -16,6 +17,7 @@
 #include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/networkComparer.h"
+#include "tests/support/randomNetwork.h"
 #include "tests/support/scratchFolder.h"
 
 /// What the tests of the formats of other programs share. The networks that others wrote stand
@@ -76,22 +78,27 @@ inline NetworkSize SizeOf(const char* name, const KVN_network& network) {
   return size;
 }
 
-/// Every network of the list that stands in the folder loads in silence and has the listed size.
+/// The file loads in silence and has the listed size.
+inline void ExpectLoads(const std::string& path, int format, const NetworkSize& size) {
+  SCOPED_TRACE(path);
+  KVN_network network;
+  const LogWatch log;
+  EXPECT_EQ(network.ReadFile(path.c_str(), format), 0);
+  EXPECT_EQ(log.Texts(), std::vector<std::string>());
+  const NetworkSize read = SizeOf(size.name, network);
+  EXPECT_EQ(read.nodes, size.nodes);
+  EXPECT_EQ(read.arcs, size.arcs);
+  EXPECT_EQ(read.freeParameters, size.freeParameters);
+}
+
+/// Every network of the list that stands in the folder loads.
 inline void ExpectSharedNetworksLoad(const std::string& extension) {
   int found = 0;
   for (const NetworkSize& size : kNetworkSizes) {
     const std::string path = SharedNetwork(extension, size.name);
     if (!std::filesystem::exists(path)) continue;
-    SCOPED_TRACE(path);
     found++;
-    KVN_network network;
-    const LogWatch log;
-    EXPECT_EQ(network.ReadFile(path.c_str()), 0);
-    EXPECT_EQ(log.Texts(), std::vector<std::string>());
-    const NetworkSize read = SizeOf(size.name, network);
-    EXPECT_EQ(read.nodes, size.nodes);
-    EXPECT_EQ(read.arcs, size.arcs);
-    EXPECT_EQ(read.freeParameters, size.freeParameters);
+    ExpectLoads(path, KVN_FORMAT_AUTO, size);
   }
   EXPECT_GT(found, 0);
 }
@@ -242,6 +249,40 @@ inline void ExpectReadsAllOrTells(const std::string& extension, const std::strin
   });
   EXPECT_GT(failures, 100);
 }
+
+/// Random networks of these kinds read back without a message. They are the same but for the fields
+/// that `compare` ignores, those that none of these formats has words for, and what
+/// `adapt(network, copy)` takes from the original.
+template <typename Adapt>
+void ExpectReadsBack(const std::string& extension, const std::vector<int>& kinds,
+                     NetworkCompareOptions compare, Adapt adapt) {
+  RandomNetworkOptions options;
+  options.nodes = 14;
+  options.kinds = kinds;
+  options.diagnosis = options.costs = false;
+  for (const char* field : {"node.target", "node.submodel", "submodel", "text.documents",
+                            "text.boxes", "text.creation", "layout", "setting", "diagnosis"}) {
+    compare.ignored.emplace_back(field);
+  }
+  for (std::uint64_t seed = 1; seed <= 40; seed++) {
+    SCOPED_TRACE(seed);
+    KVN_network network, copy;
+    FillRandomNetwork(network, seed, options);
+    EXPECT_THAT(ReadText(copy, extension, WrittenText(network, extension)), testing::IsEmpty());
+    adapt(network, copy);
+    EXPECT_TRUE(NetworksEqual(network, copy, compare));
+  }
+}
+inline void ExpectReadsBack(const std::string& extension, const std::vector<int>& kinds,
+                            const NetworkCompareOptions& compare) {
+  ExpectReadsBack(extension, kinds, compare, [](KVN_network&, KVN_network&) {});
+}
+
+inline constexpr double kHalfOfTheEighthDecimal = 5.1e-9;
+/// The kinds of nodes that the formats with decisions and utilities carry as tables.
+inline const std::vector<int> kKindsWithTables = {KVN_TYPE_CPT,       KVN_TYPE_TRUTHTABLE,
+                                                  KVN_TYPE_LIST,      KVN_TYPE_TABLE,
+                                                  KVN_TYPE_NOISY_MAX, KVN_TYPE_NOISY_ADDER};
 
 /// A node of a kind without a block is refused with the message, and the target stays. Nothing is
 /// tested while the engine has no such kind.

@@ -16,8 +16,6 @@
 #include "network/userProperties.h"
 #include "tests/formats/text/foreignFiles.h"
 #include "tests/support/equationBuilder.h"
-#include "tests/support/networkComparer.h"
-#include "tests/support/randomNetwork.h"
 
 namespace {
 
@@ -476,26 +474,10 @@ bnet Net {
       << text;
 }
 
-// What is left out is what the format has no words for.
 TEST(NeticaSpeaker, ReadsBackWhatItWrites) {
-  RandomNetworkOptions options;
-  options.nodes = 14;
-  options.kinds = {KVN_TYPE_CPT, KVN_TYPE_LIST, KVN_TYPE_TABLE};
-  options.diagnosis = options.costs = false;
-  NetworkCompareOptions compare;
-  compare.tolerance = 5.1e-9;  // half of the eighth decimal
-  compare.unsetIsEmpty = true;
-  compare.ignored = {"node.target", "node.submodel",  "submodel", "text.documents",
-                     "text.boxes",  "text.creation",  "layout",   "setting",
-                     "diagnosis",   "text.properties"};
-  for (std::uint64_t seed = 1; seed <= 40; seed++) {
-    SCOPED_TRACE(seed);
-    KVN_network network;
-    FillRandomNetwork(network, seed, options);
-    KVN_network copy;
-    EXPECT_THAT(ReadText(copy, "dne", WrittenText(network, "dne")), IsEmpty());
-    EXPECT_TRUE(NetworksEqual(network, copy, compare));
-  }
+  ExpectReadsBack(
+      "dne", {KVN_TYPE_CPT, KVN_TYPE_LIST, KVN_TYPE_TABLE},
+      {.tolerance = kHalfOfTheEighthDecimal, .unsetIsEmpty = true, .ignored = {"text.properties"}});
 }
 
 // Intended: two kinds go out under words that no reader of this format knows.
