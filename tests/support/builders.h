@@ -56,6 +56,11 @@ std::vector<T> ItemsOf(const KVN_valueArray<T, kInline>& array) {
   return std::vector<T>(array.GetItems(), array.GetItems() + UsedCount(array));
 }
 
+/// All cells in flat order.
+inline std::vector<double> CellsIn(const KVN_Dmatrix& table) {
+  return std::vector<double>(table.GetData(), table.GetData() + table.GetSize());
+}
+
 /// Used items as text, "(null)" for an unset one.
 inline std::vector<std::string> TextsOf(const KVN_stringArray& array) {
   std::vector<std::string> texts;

@@ -25,6 +25,7 @@
 #include "network/nodeInfo.h"
 #include "network/submodel.h"
 #include "network/submodelHandler.h"
+#include "tests/support/builders.h"
 #include "values/nodeValue.h"
 
 namespace {
@@ -41,17 +42,6 @@ Texts TextsIn(const KVN_stringArray& list) {
   Texts texts;
   for (int i = 0; i < list.GetNumItems(); i++) texts.push_back(TextOf(list.GetString(i)));
   return texts;
-}
-
-template <typename T, int kInline>
-std::vector<T> ItemsIn(const KVN_valueArray<T, kInline>& list) {
-  return std::vector<T>(list.GetItems(), list.GetItems() + UsedCount(list));
-}
-
-Doubles CellsIn(const KVN_Dmatrix& matrix) {
-  Doubles cells;
-  for (int i = 0; i < matrix.GetSize(); i++) cells.push_back(matrix[i]);
-  return cells;
 }
 
 Ints RectangleIn(const KVN_rectangle& r) { return {r.center_X, r.center_Y, r.width, r.height}; }
@@ -139,32 +129,32 @@ Content ContentOf(KVN_nodeDefinition& definition) {
   switch (definition.GetType()) {
     case KVN_TYPE_CAST: {
       auto& cast = static_cast<KVN_cast&>(definition);
-      content.numbers = ItemsIn(cast.GetPositiveWeights());
-      Append(content.numbers, ItemsIn(cast.GetNegativeWeights()));
+      content.numbers = ItemsOf(cast.GetPositiveWeights());
+      Append(content.numbers, ItemsOf(cast.GetNegativeWeights()));
       content.numbers.push_back(cast.GetBaseline());
       break;
     }
     case KVN_TYPE_DEMORGAN: {
       auto& gate = static_cast<KVN_demorgan&>(definition);
-      content.numbers = ItemsIn(gate.GetParentWeights());
+      content.numbers = ItemsOf(gate.GetParentWeights());
       content.numbers.push_back(gate.GetPriorBelief());
-      content.function = ItemsIn(gate.GetParentTypes());
+      content.function = ItemsOf(gate.GetParentTypes());
       break;
     }
     case KVN_TYPE_NOISY_MAX: {
       auto& gate = static_cast<KVN_noisyMAX&>(definition);
       content.numbers = CellsIn(gate.GetParameters());
       for (int i = 0; gate.GetStrengths(i) != nullptr; i++) {
-        Append(content.strengths, ItemsIn(*gate.GetStrengths(i)));
+        Append(content.strengths, ItemsOf(*gate.GetStrengths(i)));
       }
       break;
     }
     case KVN_TYPE_NOISY_ADDER: {
       auto& gate = static_cast<KVN_noisyAdder&>(definition);
       content.numbers = CellsIn(gate.GetParameters());
-      Append(content.numbers, ItemsIn(gate.GetWeights()));
+      Append(content.numbers, ItemsOf(gate.GetWeights()));
       content.function = {gate.GetFunction(), gate.GetDistinguishedState()};
-      Append(content.function, ItemsIn(gate.GetParentDistinguishedStates()));
+      Append(content.function, ItemsOf(gate.GetParentDistinguishedStates()));
       break;
     }
     case KVN_TYPE_EQUATION: {
@@ -190,7 +180,7 @@ Content ContentOf(KVN_nodeDefinition& definition) {
       if (definition.GetDefinition(table) == 0) {
         content.numbers = CellsIn(*table);
       } else if (definition.GetDefinition(list) == 0) {
-        content.numbers = ItemsIn(*list);
+        content.numbers = ItemsOf(*list);
       }
       break;
     }
@@ -469,7 +459,7 @@ class Comparison {
     };
     Expect("diagnosis.flags", flags(*a), flags(*b));
     Expect("diagnosis.showAs", a->GetShowAs(), b->GetShowAs());
-    Expect("diagnosis.faults", ItemsIn(a->GetFaultStates()), ItemsIn(b->GetFaultStates()));
+    Expect("diagnosis.faults", ItemsOf(a->GetFaultStates()), ItemsOf(b->GetFaultStates()));
     ExpectTexts("diagnosis.faults", TextsIn(a->GetFaultNames()), TextsIn(b->GetFaultNames()));
     ExpectTexts("diagnosis.faults", TextsIn(a->GetFaultLabels()), TextsIn(b->GetFaultLabels()));
     Expect("diagnosis.default", a->GetDefaultOutcome(), b->GetDefaultOutcome());

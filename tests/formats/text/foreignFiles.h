@@ -12,13 +12,11 @@
 #include "network/fileSpeaker.h"
 #include "network/network.h"
 #include "network/node.h"
+#include "tests/formats/fileChecks.h"
 #include "tests/support/builders.h"
-#include "tests/support/failingAllocation.h"
-#include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
-#include "tests/support/scratchFolder.h"
 
 /// What the tests of the formats of other programs share. The networks that others wrote stand
 /// beside the source tree, where they may be missing.
@@ -103,15 +101,6 @@ inline void ExpectSharedNetworksLoad(const std::string& extension) {
   EXPECT_GT(found, 0);
 }
 
-/// Reads `text` as a file with the extension, with this result. The messages.
-inline std::vector<std::string> ReadText(KVN_network& network, const std::string& extension,
-                                         const std::string& text, int result = 0) {
-  const ScratchFolder folder;
-  const LogWatch log;
-  EXPECT_EQ(network.ReadFile(folder.Write("file." + extension, text).c_str()), result);
-  return log.Texts();
-}
-
 inline std::vector<double> CellsOf(KVN_network& network, const char* id) {
   return ItemsOf(TableOfNode(network, network.FindNode(id)).GetItems());
 }
@@ -185,13 +174,6 @@ inline void ExpectSurvivesDamage(const std::string& extension, const std::string
   }
 }
 
-/// A file of the whole network with the numbers to the eight decimals that text formats keep.
-inline std::string WrittenText(KVN_network& network, const std::string& extension) {
-  const ScratchFolder folder;
-  EXPECT_EQ(network.WriteFile(folder.Path("file." + extension).c_str()), 0);
-  return folder.Read("file." + extension);
-}
-
 /// A table of more parents and states than the arrays of a writer hold without a block of their
 /// own.
 inline void AddWideTable(KVN_network& network) {
@@ -203,51 +185,14 @@ inline void AddWideTable(KVN_network& network) {
   AddNodeBelow(network, KVN_TYPE_CPT, "Child", 9, parents);
 }
 
-/// Whichever allocation fails, writing what `fill` makes gives the whole file, or an error and the
-/// old one.
-template <typename Fill>
-void ExpectWritesAllOrNothing(const std::string& extension, Fill fill) {
-  const ScratchFolder folder;
-  const std::string path = folder.Path("file." + extension);
-  std::string whole;
-  const int failures = FailEachAllocation([&](int succeeding) {
-    KVN_network network;
-    fill(network);
-    if (whole.empty()) whole = WrittenText(network, extension);
-    folder.Write("file." + extension, "old");
-    const FailingAllocation failing(succeeding);
-    const int result = network.WriteFile(path.c_str());
-    EXPECT_TRUE(folder.Read("file." + extension) == (result == 0 ? whole : "old")) << succeeding;
-    return failing.HasFailed();
-  });
-  EXPECT_GT(failures, 2);
-}
-
-/// Whichever allocation fails, reading `text` gives what the file says, or tells that it doesn't.
 /// The diagnosis attributes, of which these formats have none, may be short.
 inline void ExpectReadsAllOrTells(const std::string& extension, const std::string& text) {
-  const ScratchFolder folder;
-  const std::string path = folder.Write("file." + extension, text);
-  KVN_network whole;
-  ASSERT_EQ(whole.ReadFile(path.c_str()), 0);
   NetworkCompareOptions compare;
   compare.ignored = {"diagnosis"};
-  const int failures = FailEachAllocation([&](int succeeding) {
-    KVN_network network;
-    const LogWatch log;
-    int result = 0;
-    bool hasFailed = false;
-    {
-      const FailingAllocation failing(succeeding);
-      result = network.ReadFile(path.c_str());
-      hasFailed = failing.HasFailed();
-    }
-    if (result == 0 && log.Texts().empty()) {
-      EXPECT_TRUE(NetworksEqual(whole, network, compare)) << "allocation " << succeeding;
-    }
-    return hasFailed;
-  });
-  EXPECT_GT(failures, 100);
+  ExpectReadsAllOrTells(extension, text, /*mayTellInTheLog=*/true,
+                        [&](KVN_network& whole, KVN_network& network) {
+                          return NetworksEqual(whole, network, compare);
+                        });
 }
 
 /// Random networks of these kinds read back without a message. They are the same but for the fields

@@ -7,7 +7,7 @@
 
 #include "network/fileSpeaker.h"
 #include "network/network.h"
-#include "tests/formats/text/foreignFiles.h"
+#include "tests/formats/fileChecks.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"

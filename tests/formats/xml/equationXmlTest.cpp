@@ -7,26 +7,16 @@
 
 #include "foundation/random.h"
 #include "foundation/resultCodes.h"
+#include "tests/formats/fileChecks.h"
+#include "tests/formats/xml/loaded.h"
 #include "tests/support/equationBuilder.h"
-#include "tests/support/logWatch.h"
-#include "tests/support/scratchFolder.h"
 
 namespace {
 
-struct Loaded {
-  ScratchFolder folder;
-  KVN_network network;
-  LogWatch log;
-  int result;
-
-  explicit Loaded(const std::string& nodes) {
-    folder.Write("in.xkvn",
-                 "<?xml version='1.0'?><ormel version='1.0' id='N' numsamples='200'>"
-                 "<nodes>" +
-                     nodes + "</nodes></ormel>");
-    result = network.ReadFile(folder.Path("in.xkvn").c_str());
-  }
-  std::string LastMessage() const { return log.Texts().empty() ? "" : log.Texts().back(); }
+/// A network of these nodes, which takes few samples.
+struct Net : Loaded {
+  explicit Net(const std::string& nodes)
+      : Loaded(InRoot("<nodes>" + nodes + "</nodes>", " numsamples='200'")) {}
 };
 
 std::string EquationElement(const std::string& id, const std::string& text,
@@ -58,8 +48,8 @@ std::string AnswerOf(KVN_network& network) {
 }  // namespace
 
 TEST(EquationXml, ReadsRangeFormulaAndIntervals) {
-  Loaded net(EquationElement("a", " a = 3\n") +
-             EquationElement("y", "y = a &lt; 4", kIntervals, " lower='0' upper='5.5'"));
+  Net net(EquationElement("a", " a = 3\n") +
+          EquationElement("y", "y = a &lt; 4", kIntervals, " lower='0' upper='5.5'"));
   ASSERT_EQ(net.result, 0);
   const int y = net.network.FindNode("y");
   const KVN_equation& node = EquationNode(net.network, y);
@@ -90,20 +80,19 @@ TEST(EquationXml, RefusedContentEndsTheLoadWithTheReason) {
   // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(c.nodes);
-    const Loaded net(c.nodes);
+    const Net net(c.nodes);
     EXPECT_EQ(net.result, KVN_FILE_IO);
     EXPECT_NE(net.LastMessage().find(c.message), std::string::npos) << net.LastMessage();
   }
 }
 
 TEST(EquationXml, WrittenAndReadAgainItAnswersTheSame) {
-  Loaded net(EquationElement("a", "a = Normal(1, 2)") +
-             EquationElement("b", "b = Uniform(0, 4)", kIntervals, " lower='0' upper='4'") +
-             EquationElement("y", "2*y - (a &lt;= b ? a : -b) = Max(a, 1e-9)^2"));
+  Net net(EquationElement("a", "a = Normal(1, 2)") +
+          EquationElement("b", "b = Uniform(0, 4)", kIntervals, " lower='0' upper='4'") +
+          EquationElement("y", "2*y - (a &lt;= b ? a : -b) = Max(a, 1e-9)^2"));
   ASSERT_EQ(net.result, 0);
-  ASSERT_EQ(net.network.WriteFile(net.folder.Path("out.xkvn").c_str()), 0);
   KVN_network again;
-  ASSERT_EQ(again.ReadFile(net.folder.Path("out.xkvn").c_str()), 0);
+  EXPECT_THAT(ReadText(again, "xkvn", WrittenText(net.network, "xkvn")), testing::IsEmpty());
   for (int discretized : {0, 1}) {
     SCOPED_TRACE(discretized);
     if (discretized == 1) {
@@ -114,17 +103,14 @@ TEST(EquationXml, WrittenAndReadAgainItAnswersTheSame) {
     }
     EXPECT_EQ(AnswerOf(again), AnswerOf(net.network));
   }
-  ASSERT_EQ(again.WriteFile(net.folder.Path("again.xkvn").c_str()), 0);
-  ASSERT_EQ(net.network.WriteFile(net.folder.Path("out.xkvn").c_str()), 0);  // discretised by now
-  EXPECT_EQ(net.folder.Read("again.xkvn"), net.folder.Read("out.xkvn"));
+  EXPECT_EQ(WrittenText(again, "xkvn"), WrittenText(net.network, "xkvn"));  // discretised by now
 }
 
 TEST(EquationXml, WritesOnlyWhatIsNotUsual) {
-  Loaded net(EquationElement("a", "a = 0.1234567891") +
-             EquationElement("y", "y = a", kIntervals, " lower='0' upper='5.25'"));
+  Net net(EquationElement("a", "a = 0.1234567891") +
+          EquationElement("y", "y = a", kIntervals, " lower='0' upper='5.25'"));
   ASSERT_EQ(net.result, 0);
-  ASSERT_EQ(net.network.WriteFile(net.folder.Path("out.xkvn").c_str()), 0);
-  const std::string text = net.folder.Read("out.xkvn");
+  const std::string text = WrittenText(net.network, "xkvn");
   // A constant keeps six digits, a range all of them.
   EXPECT_NE(text.find("<definition>a=0.123457</definition>"), std::string::npos) << text;
   EXPECT_NE(text.find("<parents>a</parents>"), std::string::npos);

@@ -8,11 +8,10 @@
 #include "definitions/mau.h"
 #include "definitions/mauExpressionTable.h"
 #include "expressions/expression.h"
-#include "network/network.h"
+#include "tests/formats/fileChecks.h"
+#include "tests/formats/xml/loaded.h"
 #include "tests/support/builders.h"
-#include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
-#include "tests/support/scratchFolder.h"
 
 namespace {
 
@@ -21,31 +20,10 @@ const std::string kNodes =
     "<utility id='U'><utilities>1</utilities></utility>"
     "<utility id='V'><utilities>2</utilities></utility>";
 
-/// A network from the elements of its nodes, and the last message without its place.
-struct Read {
-  explicit Read(const std::string& nodes) {
-    const ScratchFolder folder;
-    const std::string text =
-        "<ormel version='1.0' id='N'><nodes>" + kNodes + nodes + "</nodes></ormel>";
-    const LogWatch log;
-    (void)network.ReadFile(folder.Write("f.xkvn", text).c_str());
-    if (log.Texts().empty()) return;
-    message = log.Texts().back();
-    message = message.substr(message.find("f.xkvn: ") + 8);
-  }
-  KVN_mau& Mau(const char* id) {
-    return static_cast<KVN_mau&>(*network.DefinitionOf(network.FindNode(id)));
-  }
-
-  KVN_network network;
-  std::string message;
+/// A network of these nodes beside the others.
+struct Read : Loaded {
+  explicit Read(const std::string& nodes) : Loaded(InNodes(kNodes + nodes)) {}
 };
-
-std::string Written(KVN_network& network, const char* name) {
-  const ScratchFolder folder;
-  EXPECT_EQ(network.WriteFile(folder.Path(name).c_str()), 0);
-  return folder.Read(name);
-}
 
 std::vector<std::string> FormulasOf(const KVN_mau& mau) {
   std::vector<std::string> texts;
@@ -63,8 +41,8 @@ TEST(MauElements, WeightsComeBack) {
   Read read(
       "<mau id='M'><weights>0.5 -2 3 1e-9</weights><parents>V D U</parents></mau>"
       "<mau id='Top'><parents>M</parents><weights>7</weights></mau>");
-  EXPECT_EQ(read.message, "");
-  const std::string written = Written(read.network, "a.xkvn");
+  EXPECT_EQ(read.LastMessage(), "");
+  const std::string written = WrittenText(read.network, "xkvn");
   EXPECT_NE(written.find("<mau id=\"M\">\n\t\t\t<parents>V D U</parents>\n\t\t\t<weights>0.5 -2 3 "
                          "1e-09</weights>\n\t\t</mau>"),
             std::string::npos)
@@ -73,24 +51,21 @@ TEST(MauElements, WeightsComeBack) {
 
 TEST(MauElements, FormulasComeBack) {
   Read read(kMaux);
-  EXPECT_EQ(read.message, "");
+  EXPECT_EQ(read.LastMessage(), "");
   const std::vector<std::string> formulas = {"U<3 ? -(U-V) : 0.25", "U*V"};
-  EXPECT_EQ(FormulasOf(read.Mau("M")), formulas);
-  const std::string written = Written(read.network, "a.xkvn");
-  const ScratchFolder folder;
-  KVN_network again;
-  ASSERT_EQ(again.ReadFile(folder.Write("b.xkvn", written).c_str()), 0);
-  EXPECT_EQ(Written(again, "c.xkvn"), written);
-  EXPECT_EQ(FormulasOf(static_cast<KVN_mau&>(*again.DefinitionOf(again.FindNode("M")))), formulas);
+  EXPECT_EQ(FormulasOf(read.As<KVN_mau>("M")), formulas);
+  const std::string written = WrittenText(read.network, "xkvn");
+  Loaded again(written);
+  EXPECT_EQ(WrittenText(again.network, "xkvn"), written);
+  EXPECT_EQ(FormulasOf(again.As<KVN_mau>("M")), formulas);
 }
 
 /// The text format has no statement for formulas: what it keeps are the weights beside them.
 TEST(MauElements, TextFormatKeepsTheWeights) {
   Read read(kMaux);
-  ASSERT_EQ(read.Mau("M").SetDefinition(DoublesOf({1, 2, 3, 4})), 0);
-  const ScratchFolder folder;
+  ASSERT_EQ(read.As<KVN_mau>("M").SetDefinition(DoublesOf({1, 2, 3, 4})), 0);
   KVN_network again;
-  ASSERT_EQ(again.ReadFile(folder.Write("a.kvn", Written(read.network, "a.kvn")).c_str()), 0);
+  EXPECT_THAT(ReadText(again, "kvn", WrittenText(read.network, "kvn")), testing::IsEmpty());
   const int m = again.FindNode("M");
   EXPECT_EQ(again.TypeOf(m), KVN_TYPE_MAU);
   EXPECT_TRUE(CellsNear(TableOfNode(again, m), {1, 2, 3, 4}, 0.0));
@@ -128,7 +103,7 @@ TEST(MauElements, AreRefusedWithAMessage) {
   // clang-format on
   for (const auto& c : cases) {
     SCOPED_TRACE(c.nodes);
-    EXPECT_EQ(Read(c.nodes).message, c.message);
+    EXPECT_EQ(Read(c.nodes).LastMessage(), c.message);
   }
 }
 

@@ -6,37 +6,13 @@
 #include <algorithm>
 #include <string>
 
-#include "network/fileSpeaker.h"
-#include "network/network.h"
-#include "tests/support/logWatch.h"
+#include "tests/formats/fileChecks.h"
+#include "tests/formats/xml/loaded.h"
 #include "tests/support/randomNetwork.h"
-#include "tests/support/scratchFolder.h"
 
 namespace {
 
-std::string InNodes(const std::string& content) {
-  return "<ormel version=\"1.0\" id=\"N\"><nodes>" + content + "</nodes></ormel>";
-}
-
-struct Outcome {
-  int result;
-  std::string message;  // the last one, without the place
-};
-
-Outcome Load(const ScratchFolder& folder, const std::string& document) {
-  const std::string path = folder.Write("f.xkvn", document);
-  const LogWatch log;
-  KVN_network network;
-  Outcome outcome{network.ReadFile(path.c_str()), ""};
-  if (log.Texts().empty()) return outcome;
-  outcome.message = log.Texts().back();
-  EXPECT_TRUE(outcome.result == 0 || outcome.message.rfind("Error at ", 0) == 0) << outcome.message;
-  const std::size_t at = outcome.message.find(path + ": ");
-  if (at != std::string::npos) outcome.message.erase(0, at + path.size() + 2);
-  return outcome;
-}
-
-std::string SampleFile(const ScratchFolder& folder, int nodes) {
+std::string SampleFile(int nodes) {
   KVN_network network;
   RandomNetworkOptions options;
   options.nodes = nodes;
@@ -44,27 +20,22 @@ std::string SampleFile(const ScratchFolder& folder, int nodes) {
   options.maxOutcomes = 3;
   options.descriptions = false;
   FillRandomNetwork(network, /*seed=*/5, options);
-  EXPECT_EQ(network.WriteFile(folder.Path("sample.xkvn").c_str()), 0);
-  return folder.Read("sample.xkvn");
+  return WrittenText(network, "xkvn");
 }
 
 /// Only a file that has lost no more than its last line feed loads.
 TEST(XmlBadInput, TruncatedAnywhere) {
-  const ScratchFolder folder;
-  const std::string whole = SampleFile(folder, /*nodes=*/4);
-  ASSERT_EQ(Load(folder, whole).result, 0);
+  const std::string whole = SampleFile(/*nodes=*/4);
+  ASSERT_EQ(Loaded(whole).result, 0);
   for (std::size_t length = 0; length + 1 < whole.size(); length++) {
-    const Outcome outcome = Load(folder, whole.substr(0, length));
-    ASSERT_EQ(outcome.result, -103) << length;
-    ASSERT_FALSE(outcome.message.empty()) << length;
+    ASSERT_EQ(Loaded(whole.substr(0, length)).result, -103) << length;
   }
 }
 
 /// Bytes flipped, pieces doubled, moved or lost: 0 or -103, and a message with a failure. What
 /// loads can be written and read again.
 TEST(XmlBadInput, DamagedAtRandom) {
-  const ScratchFolder folder;
-  const std::string whole = SampleFile(folder, /*nodes=*/8);
+  const std::string whole = SampleFile(/*nodes=*/8);
   RandomSource random(/*seed=*/7);
   const int size = static_cast<int>(whole.size());
   for (int round = 0; round < 600; round++) {
@@ -88,17 +59,10 @@ TEST(XmlBadInput, DamagedAtRandom) {
       text.resize(std::max<std::size_t>(text.size(), whole.size()), ' ');
     }
     SCOPED_TRACE(round);
-    const std::string path = folder.Write("d.xkvn", text);
-    const LogWatch log;
-    KVN_network network, again;
-    const int result = network.ReadFile(path.c_str());
-    if (result != 0) {
-      ASSERT_EQ(result, -103);
-      ASSERT_FALSE(log.Texts().empty());
-      continue;
-    }
-    ASSERT_EQ(network.WriteFile(folder.Path("w.xkvn").c_str()), 0);
-    ASSERT_EQ(again.ReadFile(folder.Path("w.xkvn").c_str()), 0) << folder.Read("w.xkvn");
+    Loaded loaded(text);
+    if (loaded.result != 0) continue;
+    const std::string written = WrittenText(loaded.network, "xkvn");
+    ASSERT_EQ(Loaded(written).result, 0) << written;
   }
 }
 
@@ -139,36 +103,34 @@ TEST(XmlBadInput, Entities) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.entity);
-    const Outcome outcome = Load(folder, c.document);
+    const Loaded outcome(c.document);
     EXPECT_EQ(outcome.result, -103);
-    EXPECT_EQ(outcome.message,
+    EXPECT_EQ(outcome.LastMessage(),
               "Entity '" + std::string(c.entity) + "' must not refer to files or other entities");
   }
   // A default is repeated at every element that leaves the attribute out.
-  EXPECT_EQ(Load(folder, document("<!ATTLIST property new CDATA 'x'>", "")).message,
+  EXPECT_EQ(Loaded(document("<!ATTLIST property new CDATA 'x'>", "")).LastMessage(),
             "Attribute 'new' of 'property' must not have a default");
-  EXPECT_EQ(Load(folder, document("<!ATTLIST property id CDATA #REQUIRED>", "")).result, 0);
-  EXPECT_EQ(Load(folder, document(fat, Repeated("&f;", 1000))).message,
+  EXPECT_EQ(Loaded(document("<!ATTLIST property id CDATA #REQUIRED>", "")).result, 0);
+  EXPECT_EQ(Loaded(document(fat, Repeated("&f;", 1000))).LastMessage(),
             "limit on input amplification factor (from DTD and entities) breached");
-  EXPECT_EQ(Load(folder, document("<!ENTITY e 'plain'>", "&e;")).result, 0);
+  EXPECT_EQ(Loaded(document("<!ENTITY e 'plain'>", "&e;")).result, 0);
 }
 
 TEST(XmlBadInput, Oversized) {
-  const ScratchFolder folder;
   const std::string large(1 << 20, 'x');
-  const Outcome attribute = Load(folder, InNodes("<cpt id='A' diagtype='" + large + "'/>"));
-  EXPECT_EQ(attribute.message, "Unknown diagnosis node type: '" + large + "'");
-  EXPECT_EQ(Load(folder, InNodes("<cpt id='A'><probabilities>" + large + " ")).message,
+  EXPECT_EQ(Loaded(InNodes("<cpt id='A' diagtype='" + large + "'/>")).LastMessage(),
+            "Unknown diagnosis node type: '" + large + "'");
+  EXPECT_EQ(Loaded(InNodes("<cpt id='A'><probabilities>" + large + " ")).LastMessage(),
             "Can't read list of doubles, failed at element 1");
   std::string nested;
   for (int i = 0; i < 100000; i++) nested += "<x>";
-  EXPECT_EQ(Load(folder, InNodes(nested)).message, "mismatched tag");
+  EXPECT_EQ(Loaded(InNodes(nested)).LastMessage(), "mismatched tag");
 }
 
 /// A few lines that ask for a table of gigabytes: refused from the counts, before anything of that
 /// size is built. Where the table has no list at all, from the sizes alone.
 TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
-  const ScratchFolder folder;
   std::string nodes, parents, choices;
   for (int i = 0; i < 30; i++) {
     const std::string id = "N" + std::to_string(i);
@@ -220,7 +182,7 @@ TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
                       Repeated("0 ", negative) + "</nweights>",
                   count);
   };
-  EXPECT_EQ(Load(folder, InNodes(cast(16, 16))).result, 0);
+  EXPECT_EQ(Loaded(InNodes(cast(16, 16))).result, 0);
   const struct {
     std::string content;
     const char* message;
@@ -243,9 +205,9 @@ TEST(XmlBadInput, TablesThatTheListDoesNotFill) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.message);
-    const Outcome outcome = Load(folder, InNodes(nodes + c.content));
+    const Loaded outcome(InNodes(nodes + c.content));
     EXPECT_EQ(outcome.result, -103);
-    EXPECT_EQ(outcome.message, c.message);
+    EXPECT_EQ(outcome.LastMessage(), c.message);
   }
 }
 
