@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <memory>
-#include <sstream>
 #include <string>
 
 #include "bridge/bridgeState.h"
@@ -13,25 +10,20 @@
 #include "bridge/update.h"
 #include "network/network.h"
 #include "tests/support/fakeJni.h"
+#include "tests/support/scratchFolder.h"
 
 /// A fake JVM, a bridge state of its own, and a folder of its own for network files.
 class BridgeTest : public testing::Test {
  protected:
-  BridgeTest() {
-    std::string name = (std::filesystem::temp_directory_path() / "bridgeTestXXXXXX").string();
-    folder = mkdtemp(name.data());
-  }
   ~BridgeTest() override {
-    std::filesystem::remove_all(folder);
     EXPECT_EQ(jni.violations, std::vector<std::string>{});
     EXPECT_EQ(jni.elementsHeld, 0);
   }
 
-  std::string PathOf(const std::string& name) const { return (folder / name).string(); }
+  std::string PathOf(const std::string& name) const { return folder.Path(name); }
 
   std::string Write(const std::string& name, const std::string& text) const {
-    std::ofstream(PathOf(name), std::ios::binary) << text;
-    return PathOf(name);
+    return folder.Write(name, text);
   }
 
   /// A file with the network N, whose blocks are `body`.
@@ -58,7 +50,7 @@ class BridgeTest : public testing::Test {
 
   FakeJni jni;
   BridgeState state;
-  std::filesystem::path folder;
+  ScratchFolder folder;
 };
 
 /// Two outcomes, no parents.

@@ -49,15 +49,6 @@ TEST_F(NativeMethods, NothingThatIsThrownLeavesThem) {
             -1);
 }
 
-TEST_F(NativeMethods, EveryFeatureIsSupported) {
-  for (jint code : {8, 0, -5, 1000}) {
-    EXPECT_EQ(Java_org_qorl_belief_io_kvn_ORMELReader_librarySupports(jni.Env(), nullptr, code),
-              JNI_TRUE);
-    EXPECT_EQ(Java_org_qorl_belief_io_kvn_ORMELReader_librarySupportsW(jni.Env(), nullptr, code),
-              JNI_TRUE);
-  }
-}
-
 TEST_F(NativeMethods, OneFunctionUnderTwoNamesTellsTheVersion) {
   void* first = dlsym(RTLD_DEFAULT, "JNI_OnLoad");
   ASSERT_NE(first, nullptr);

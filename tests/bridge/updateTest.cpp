@@ -30,12 +30,6 @@ class Updating : public BridgeTest {
     return made;
   }
 
-  std::string Output() const {
-    std::ostringstream text;
-    text << std::ifstream(PathOf("out.kvn")).rdbuf();
-    return text.str();
-  }
-
   static std::vector<double> NumbersOf(KVN_network& network, const char* id) {
     KVN_doubleArray* numbers = nullptr;
     EXPECT_EQ(network.DefinitionOf(network.FindNode(id))->GetDefinition(numbers), 0);
@@ -77,13 +71,13 @@ TEST_F(Updating, EditsGoToTheOutputFileAndTheRestComesThrough) {
 
 TEST_F(Updating, NoNodesMeansConversion) {
   EXPECT_TRUE(Update(plain));  // all arrays null
-  const std::string first = Output();
+  const std::string first = folder.Read("out.kvn");
   EXPECT_NE(first.find("node G"), std::string::npos);
   plain.nodeIds = jni.Texts({});
   plain.probabilities = jni.Objects({});
   plain.inputFormat = -1;
   EXPECT_TRUE(Update(plain));
-  EXPECT_EQ(Output(), first);
+  EXPECT_EQ(folder.Read("out.kvn"), first);
 }
 
 TEST_F(Updating, ElementsThatAreMissingLeaveTheirPartAlone) {

@@ -1,4 +1,7 @@
-#include "tests/fuzz/foreignFuzz.h"
+// The reader of one of the formats of other programs, KVN_FUZZED_FORMAT, on arbitrary bytes. A file
+// that is refused gets a message. What was read can be written in the same format, or in the native
+// XML format where that refuses the kinds of nodes, can be read again without a failure, and then
+// gives the same bytes.
 
 #include <algorithm>
 #include <cstdio>
@@ -69,11 +72,11 @@ void RunOnce(MessageSink& log, const std::string& name, int format) {
 
 }  // namespace
 
-int FuzzForeignFormat(const std::uint8_t* data, std::size_t size, int format) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const std::string name = ScratchName("");
   MessageSink log;
   SaveBytes(name, data, size);
-  RunOnce(log, name, format);
+  RunOnce(log, name, KVN_FUZZED_FORMAT);
   std::remove(name.c_str());
   return 0;
 }

@@ -32,6 +32,11 @@ struct FakeJni::FakeEnv : JNIEnv_ {
 struct FakeJni::Table {
   static FakeJni& Of(JNIEnv* env) { return *static_cast<FakeEnv*>(env)->fake; }
 
+  static FakeJni& Entered(JNIEnv* env, const char* function) {
+    Of(env).Enter(function);
+    return Of(env);
+  }
+
   template <typename T>
   static T Local(FakeJni& fake, Object* object) {
     return static_cast<T>(fake.Refer(object, /*local=*/true));
@@ -40,16 +45,14 @@ struct FakeJni::Table {
   static jint JNICALL GetVersion(JNIEnv*) { return JNI_VERSION_1_8; }
 
   static jclass JNICALL FindClass(JNIEnv* env, const char* name) {
-    FakeJni& fake = Of(env);
-    fake.Enter("FindClass");
+    FakeJni& fake = Entered(env, "FindClass");
     fake.lookups.emplace_back(name);
     if (fake.Fails("java/lang/NoClassDefFoundError")) return nullptr;
     return Local<jclass>(fake, fake.NewObject(name));
   }
 
   static jclass JNICALL GetObjectClass(JNIEnv* env, jobject object) {
-    FakeJni& fake = Of(env);
-    fake.Enter("GetObjectClass");
+    FakeJni& fake = Entered(env, "GetObjectClass");
     fake.lookups.emplace_back("class of receiver");
     const Object* of = fake.Resolve("GetObjectClass", object);
     if (of == nullptr || fake.Fails("")) return nullptr;  // this one never throws
@@ -58,8 +61,7 @@ struct FakeJni::Table {
 
   static jmethodID JNICALL GetMethodID(JNIEnv* env, jclass of, const char* name,
                                        const char* signature) {
-    FakeJni& fake = Of(env);
-    fake.Enter("GetMethodID");
+    FakeJni& fake = Entered(env, "GetMethodID");
     fake.Resolve("GetMethodID", of);
     const std::string full = std::string(name) + signature;
     fake.lookups.push_back(full);
@@ -70,8 +72,7 @@ struct FakeJni::Table {
   }
 
   static jstring JNICALL NewStringUTF(JNIEnv* env, const char* text) {
-    FakeJni& fake = Of(env);
-    fake.Enter("NewStringUTF");
+    FakeJni& fake = Entered(env, "NewStringUTF");
     if (fake.Fails("java/lang/OutOfMemoryError")) return nullptr;
     Object* made = fake.NewObject("java/lang/String");
     made->text = text;
@@ -79,8 +80,7 @@ struct FakeJni::Table {
   }
 
   static const char* JNICALL GetStringUTFChars(JNIEnv* env, jstring text, jboolean*) {
-    FakeJni& fake = Of(env);
-    fake.Enter("GetStringUTFChars");
+    FakeJni& fake = Entered(env, "GetStringUTFChars");
     const Object* object = fake.Resolve("GetStringUTFChars", text);
     if (object == nullptr || fake.Fails("java/lang/OutOfMemoryError")) return nullptr;
     fake.charactersHeld++;
@@ -94,16 +94,14 @@ struct FakeJni::Table {
   }
 
   static jsize JNICALL GetArrayLength(JNIEnv* env, jarray array) {
-    FakeJni& fake = Of(env);
-    fake.Enter("GetArrayLength");
+    FakeJni& fake = Entered(env, "GetArrayLength");
     const Object* object = fake.Resolve("GetArrayLength", array);
     if (object == nullptr) return 0;
     return static_cast<jsize>(object->ints.size() + object->doubles.size() + object->items.size());
   }
 
   static jobject JNICALL GetObjectArrayElement(JNIEnv* env, jobjectArray array, jsize index) {
-    FakeJni& fake = Of(env);
-    fake.Enter("GetObjectArrayElement");
+    FakeJni& fake = Entered(env, "GetObjectArrayElement");
     const Object* object = fake.Resolve("GetObjectArrayElement", array);
     if (object == nullptr) return nullptr;
     if (index < 0 || index >= static_cast<jsize>(object->items.size())) {
@@ -115,8 +113,7 @@ struct FakeJni::Table {
   }
 
   static jobjectArray JNICALL NewObjectArray(JNIEnv* env, jsize length, jclass of, jobject fill) {
-    FakeJni& fake = Of(env);
-    fake.Enter("NewObjectArray");
+    FakeJni& fake = Entered(env, "NewObjectArray");
     const Object* element = fake.Resolve("NewObjectArray", of);
     Object* first = fake.Resolve("NewObjectArray", fill);
     if (fake.Fails("java/lang/OutOfMemoryError")) return nullptr;
@@ -127,8 +124,7 @@ struct FakeJni::Table {
 
   static void JNICALL SetObjectArrayElement(JNIEnv* env, jobjectArray array, jsize index,
                                             jobject item) {
-    FakeJni& fake = Of(env);
-    fake.Enter("SetObjectArrayElement");
+    FakeJni& fake = Entered(env, "SetObjectArrayElement");
     Object* object = fake.Resolve("SetObjectArrayElement", array);
     Object* value = item != nullptr ? fake.Resolve("SetObjectArrayElement", item) : nullptr;
     if (object == nullptr || fake.Fails("java/lang/ArrayStoreException")) return;
@@ -138,8 +134,7 @@ struct FakeJni::Table {
   template <typename Array, typename Item>
   static Array NewNumbers(JNIEnv* env, const char* function, std::vector<Item> Object::*field,
                           jsize length) {
-    FakeJni& fake = Of(env);
-    fake.Enter(function);
+    FakeJni& fake = Entered(env, function);
     if (fake.Fails("java/lang/OutOfMemoryError")) return nullptr;
     Object* made = fake.NewObject(function);
     (made->*field).assign(length, 0);
@@ -155,8 +150,7 @@ struct FakeJni::Table {
   template <typename Item>
   static void SetRegion(JNIEnv* env, const char* function, std::vector<Item> Object::*field,
                         jobject array, jsize start, jsize length, const Item* from) {
-    FakeJni& fake = Of(env);
-    fake.Enter(function);
+    FakeJni& fake = Entered(env, function);
     Object* object = fake.Resolve(function, array);
     if (object == nullptr || fake.Fails("java/lang/ArrayIndexOutOfBoundsException")) return;
     for (jsize i = 0; i < length; i++) (object->*field).at(start + i) = from[i];
@@ -177,8 +171,7 @@ struct FakeJni::Table {
   template <typename Item>
   static Item* Elements(JNIEnv* env, const char* function, std::vector<Item> Object::*field,
                         jobject array) {
-    FakeJni& fake = Of(env);
-    fake.Enter(function);
+    FakeJni& fake = Entered(env, function);
     Object* object = fake.Resolve(function, array);
     if (object == nullptr || fake.Fails("java/lang/OutOfMemoryError")) return nullptr;
     fake.elementsHeld++;
@@ -219,8 +212,7 @@ struct FakeJni::Table {
   }
   static void JNICALL ExceptionClear(JNIEnv* env) { Of(env).pending.clear(); }
   static jint JNICALL ThrowNew(JNIEnv* env, jclass of, const char* text) {
-    FakeJni& fake = Of(env);
-    fake.Enter("ThrowNew");
+    FakeJni& fake = Entered(env, "ThrowNew");
     const Object* thrown = fake.Resolve("ThrowNew", of);
     if (thrown == nullptr) return JNI_ERR;
     fake.pending = thrown->className + ": " + text;
@@ -229,8 +221,7 @@ struct FakeJni::Table {
 
   static void JNICALL CallVoidMethodV(JNIEnv* env, jobject object, jmethodID id,
                                       va_list arguments) {
-    FakeJni& fake = Of(env);
-    fake.Enter("CallVoidMethodV");
+    FakeJni& fake = Entered(env, "CallVoidMethodV");
     fake.Resolve("CallVoidMethodV", object);
     for (const Method& method : fake.methods) {
       if (reinterpret_cast<jmethodID>(const_cast<Method*>(&method)) == id) {
