@@ -9,9 +9,16 @@
 #include "network/network.h"
 #include "tests/support/failingAllocation.h"
 #include "tests/support/logWatch.h"
+#include "tests/support/networkComparer.h"
 #include "tests/support/scratchFolder.h"
 
 /// Reading and writing in one line, and what holds for every format when memory is short.
+
+inline std::string Repeated(const std::string& piece, int count) {
+  std::string text;
+  for (int i = 0; i < count; i++) text += piece;
+  return text;
+}
 
 /// Reads `text` as a file with the extension, with this result. The messages.
 inline std::vector<std::string> ReadText(KVN_network& network, const std::string& extension,
@@ -27,6 +34,17 @@ inline std::string WrittenText(KVN_network& network, const std::string& extensio
   const ScratchFolder folder;
   EXPECT_EQ(network.WriteFile(folder.Path("file." + extension).c_str()), 0);
   return folder.Read("file." + extension);
+}
+
+/// What is written is read in silence, is the same by `compare`, and is written again with the same
+/// bytes.
+inline void ExpectComesBack(KVN_network& made, const std::string& extension,
+                            const NetworkCompareOptions& compare) {
+  const std::string first = WrittenText(made, extension);
+  KVN_network read;
+  EXPECT_THAT(ReadText(read, extension, first), testing::IsEmpty());
+  EXPECT_TRUE(NetworksEqual(made, read, compare));
+  EXPECT_EQ(WrittenText(read, extension), first);
 }
 
 /// Whichever allocation fails, writing what `fill` makes gives the whole file, or an error and the

@@ -10,8 +10,8 @@
 #include "foundation/errorLog.h"
 #include "foundation/resultCodes.h"
 #include "network/network.h"
+#include "tests/formats/fileChecks.h"
 #include "tests/support/randomNetwork.h"
-#include "tests/support/scratchFolder.h"
 
 namespace {
 
@@ -153,12 +153,6 @@ TEST_F(KvnBadInput, FlippedBytesRepeatedAndMissingPieces) {
     (void)Read(text);
     if (testing::Test::HasFailure()) return;
   }
-}
-
-std::string Repeated(const char* piece, int count) {
-  std::string text;
-  for (int i = 0; i < count; i++) text += piece;
-  return text;
 }
 
 std::string Table(const std::string& numbers, const std::string& name = "") {

@@ -5,14 +5,12 @@
 #include <filesystem>
 #include <string>
 
-#include "network/fileSpeaker.h"
 #include "network/network.h"
 #include "tests/formats/fileChecks.h"
 #include "tests/support/logWatch.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
 #include "tests/support/sanitized.h"
-#include "tests/support/scratchFolder.h"
 
 namespace {
 
@@ -25,19 +23,7 @@ const std::vector<int> kCarriedKinds = {KVN_TYPE_CPT,      KVN_TYPE_MAU,   KVN_T
                                         KVN_TYPE_LIST,     KVN_TYPE_TABLE, KVN_TYPE_CAST,
                                         KVN_TYPE_NOISY_MAX};
 
-std::string WriteTo(const ScratchFolder& folder, const char* name, KVN_network& network) {
-  EXPECT_EQ(network.WriteFile(folder.Path(name).c_str(), KVN_FORMAT_KVN), 0);
-  return folder.Read(name);
-}
-
-void ReadFrom(const ScratchFolder& folder, const char* name, KVN_network& network) {
-  const LogWatch log;
-  EXPECT_EQ(network.ReadFile(folder.Path(name).c_str(), KVN_FORMAT_KVN), 0);
-  EXPECT_EQ(log.Texts(), std::vector<std::string>());
-}
-
 TEST(KvnRoundTrip, GeneratedNetworksComeBackEqual) {
-  const ScratchFolder folder;
   for (int seed = 0; seed < kSeeds && !testing::Test::HasFailure(); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomNetworkOptions options;
@@ -45,35 +31,26 @@ TEST(KvnRoundTrip, GeneratedNetworksComeBackEqual) {
     options.nodes = 1 + seed % 15;
     KVN_network made;
     FillRandomNetwork(made, static_cast<std::uint64_t>(seed), options);
-    const std::string first = WriteTo(folder, "first.kvn", made);
-    KVN_network read;
-    ReadFrom(folder, "first.kvn", read);
     NetworkCompareOptions compare;
     compare.tolerance = kEightDecimals;
-    EXPECT_TRUE(NetworksEqual(made, read, compare));
-    EXPECT_EQ(WriteTo(folder, "second.kvn", read), first);
+    ExpectComesBack(made, "kvn", compare);
   }
 }
 
 TEST(KvnRoundTrip, GatesWithoutStatementsKeepAllButTheirNumbers) {
-  const ScratchFolder folder;
   for (int seed = 0; seed < 20 && !testing::Test::HasFailure(); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomNetworkOptions options;
     options.kinds = {KVN_TYPE_DEMORGAN};
     KVN_network made;
     FillRandomNetwork(made, static_cast<std::uint64_t>(seed), options);
-    (void)WriteTo(folder, "first.kvn", made);
-    KVN_network read;
-    ReadFrom(folder, "first.kvn", read);
     NetworkCompareOptions compare;
     compare.tolerance = kEightDecimals;
     compare.ignored = {"definition"};
-    EXPECT_TRUE(NetworksEqual(made, read, compare));
+    ExpectComesBack(made, "kvn", compare);
   }
 }
 
-/// The examples stand in the writer's own layout, so that a user who converts one sees no change.
 TEST(KvnRoundTrip, WritesAllOrNothing) {
   RandomNetworkOptions options;
   options.nodes = 10;
@@ -82,8 +59,8 @@ TEST(KvnRoundTrip, WritesAllOrNothing) {
       "kvn", [&](KVN_network& network) { FillRandomNetwork(network, /*seed=*/3, options); });
 }
 
+/// The examples stand in the writer's own layout, so that a user who converts one sees no change.
 TEST(KvnRoundTrip, ExamplesAreWrittenAsTheyStand) {
-  const ScratchFolder folder;
   int files = 0;
   for (const auto& entry : std::filesystem::directory_iterator(KVN_EXAMPLES)) {
     if (entry.path().extension() != ".kvn") continue;
@@ -95,7 +72,7 @@ TEST(KvnRoundTrip, ExamplesAreWrittenAsTheyStand) {
     EXPECT_EQ(log.Texts(), std::vector<std::string>());
     std::ifstream stream(entry.path(), std::ios::binary);
     const std::string original(std::istreambuf_iterator<char>(stream), {});
-    EXPECT_EQ(WriteTo(folder, "written.kvn", network), original);
+    EXPECT_EQ(WrittenText(network, "kvn"), original);
   }
   EXPECT_GE(files, 3);
 }

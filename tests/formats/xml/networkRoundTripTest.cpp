@@ -14,34 +14,21 @@
 
 #include "foundation/numberText.h"
 #include "network/extraDefinition.h"
-#include "network/fileSpeaker.h"
 #include "network/network.h"
 #include "network/node.h"
 #include "network/nodeCost.h"
 #include "network/userProperties.h"
+#include "tests/formats/fileChecks.h"
 #include "tests/support/builders.h"
-#include "tests/support/logWatch.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/networkComparer.h"
 #include "tests/support/randomNetwork.h"
-#include "tests/support/scratchFolder.h"
 
 namespace {
 
 constexpr int kSeeds = 100;
 // Half a unit of the 16th digit of 1000, the largest number that the generator makes.
 constexpr double kSixteenDigits = 0.5e-12;
-
-std::string WriteTo(const ScratchFolder& folder, const char* name, KVN_network& network) {
-  EXPECT_EQ(network.WriteFile(folder.Path(name).c_str()), 0);
-  return folder.Read(name);
-}
-
-void ReadFrom(const ScratchFolder& folder, const char* name, KVN_network& network) {
-  const LogWatch log;
-  EXPECT_EQ(network.ReadFile(folder.Path(name).c_str()), 0);
-  EXPECT_EQ(log.Texts(), std::vector<std::string>());
-}
 
 void DropReturns(KVN_userProperties& properties) {
   for (int i = 0; i < properties.GetCount(); i++) {
@@ -88,7 +75,6 @@ const std::vector<std::string> kNotCarried = {"node.submodel",      "submodel",
                                               "setting.showAs"};
 
 TEST(XmlRoundTrip, GeneratedNetworksComeBackEqual) {
-  const ScratchFolder folder;
   for (int seed = 0; seed < kSeeds && !testing::Test::HasFailure(); seed++) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomNetworkOptions options;
@@ -96,21 +82,16 @@ TEST(XmlRoundTrip, GeneratedNetworksComeBackEqual) {
     KVN_network made;
     FillRandomNetwork(made, static_cast<std::uint64_t>(seed), options);
     Normalise(made);
-    const std::string first = WriteTo(folder, "first.xkvn", made);
-    KVN_network read;
-    ReadFrom(folder, "first.xkvn", read);
     NetworkCompareOptions compare;
     compare.tolerance = kSixteenDigits;
     compare.ignored = kNotCarried;
-    EXPECT_TRUE(NetworksEqual(made, read, compare));
-    EXPECT_EQ(WriteTo(folder, "second.xkvn", read), first);
+    ExpectComesBack(made, "xkvn", compare);
   }
 }
 
 /// The kinds of nodes that both native formats carry keep their numbers up to the eight decimals of
 /// the text format, whichever way they travel.
 TEST(XmlRoundTrip, TheNativeFormatsAgree) {
-  const ScratchFolder folder;
   NetworkCompareOptions compare;
   compare.tolerance = 0.5e-8 + 1e-12;
   compare.ignored = kNotCarried;
@@ -122,11 +103,9 @@ TEST(XmlRoundTrip, TheNativeFormatsAgree) {
     KVN_network original, xml, text;
     ASSERT_EQ(original.ReadFile(entry.path().c_str()), 0);
     Normalise(original);
-    (void)WriteTo(folder, "f.xkvn", original);
-    ReadFrom(folder, "f.xkvn", xml);
+    EXPECT_THAT(ReadText(xml, "xkvn", WrittenText(original, "xkvn")), testing::IsEmpty());
     EXPECT_TRUE(NetworksEqual(original, xml, compare));
-    (void)WriteTo(folder, "f.kvn", xml);
-    ReadFrom(folder, "f.kvn", text);
+    EXPECT_THAT(ReadText(text, "kvn", WrittenText(xml, "kvn")), testing::IsEmpty());
     EXPECT_TRUE(NetworksEqual(original, text, compare));
   }
   EXPECT_GE(files, 3);
@@ -160,9 +139,8 @@ TEST(XmlRoundTrip, NumbersKeepSixteenDigits) {
   const int choice = AddNodeBelow(made, KVN_TYPE_LIST, "D", count, {});
   const int utility = AddNodeBelow(made, KVN_TYPE_TABLE, "U", 0, {choice});
   WriteCells(made, utility, numbers);
-  const ScratchFolder folder;
-  const std::string first = WriteTo(folder, "first.xkvn", made);
-  ReadFrom(folder, "first.xkvn", read);
+  const std::string first = WrittenText(made, "xkvn");
+  EXPECT_THAT(ReadText(read, "xkvn", first), testing::IsEmpty());
   const KVN_Dmatrix& table = TableOfNode(read, read.FindNode("U"));
   ASSERT_EQ(table.GetSize(), count);
   for (int i = 0; i < count; i++) {
@@ -175,18 +153,18 @@ TEST(XmlRoundTrip, NumbersKeepSixteenDigits) {
     EXPECT_TRUE(isSame) << text;
   }
   for (int i : {10, 11, 12}) EXPECT_EQ(table[i], numbers[i]) << "a reserved number";
-  EXPECT_EQ(WriteTo(folder, "second.xkvn", read), first);
+  EXPECT_EQ(WrittenText(read, "xkvn"), first);
 }
 
 TEST(XmlRoundTrip, AddersBelowAdders) {
-  KVN_network made, read;
+  KVN_network made;
   const int a = AddNodeBelow(made, KVN_TYPE_NOISY_ADDER, "A", 3, {});
   const int b = AddNodeBelow(made, KVN_TYPE_NOISY_ADDER, "B", 2, {a});
   (void)AddNodeBelow(made, KVN_TYPE_NOISY_ADDER, "C", 4, {b, a});
-  const ScratchFolder folder;
-  const std::string first = WriteTo(folder, "first.xkvn", made);
-  ReadFrom(folder, "first.xkvn", read);
-  EXPECT_EQ(WriteTo(folder, "second.xkvn", read), first);
+  NetworkCompareOptions compare;
+  compare.tolerance = kSixteenDigits;
+  compare.ignored = kNotCarried;
+  ExpectComesBack(made, "xkvn", compare);
 }
 
 }  // namespace

@@ -66,12 +66,6 @@ TEST(XmlBadInput, DamagedAtRandom) {
   }
 }
 
-std::string Repeated(const std::string& text, int count) {
-  std::string made;
-  for (int i = 0; i < count; i++) made += text;
-  return made;
-}
-
 /// Entities that multiply, that form a chain, that name files; with what ends each load.
 TEST(XmlBadInput, Entities) {
   const ScratchFolder folder;

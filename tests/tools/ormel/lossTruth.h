@@ -69,18 +69,13 @@ inline bool Explains(const Loss& loss, const NetworkDifference& difference) {
   if (loss.node != difference.node) return false;
   const auto found = kFieldsOfLoss.find(loss.what);
   if (found == kFieldsOfLoss.end()) return false;
-  for (const std::string& field : found->second) {
-    if (field == difference.field) return true;
-  }
-  return false;
+  return std::count(found->second.begin(), found->second.end(), difference.field) > 0;
 }
 
 inline bool HasLoss(const std::vector<Loss>& losses, const std::string& node,
                     const std::string& what) {
-  for (const Loss& loss : losses) {
-    if (loss.node == node && loss.what == what) return true;
-  }
-  return false;
+  return std::any_of(losses.begin(), losses.end(),
+                     [&](const Loss& loss) { return loss.node == node && loss.what == what; });
 }
 
 inline bool AnyLoss(const std::vector<Loss>& losses, const std::string& what) {
@@ -112,9 +107,7 @@ inline void ExpectTruth(KVN_network& network, int format,
   }
   KVN_network back;
   if (back.ReadFile(file.c_str(), format) != 0) {
-    const bool isTold = std::any_of(losses.begin(), losses.end(),
-                                    [](const Loss& loss) { return loss.what == "file"; });
-    EXPECT_TRUE(isTold) << "the file can't be read back, and nothing tells";
+    EXPECT_TRUE(AnyLoss(losses, "file")) << "the file can't be read back, and nothing tells";
     return;
   }
   NetworkCompareOptions options;
