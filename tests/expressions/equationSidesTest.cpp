@@ -152,23 +152,6 @@ TEST(EquationSides, WithoutMemoryNoHalfIsMade) {
   });
 }
 
-TEST(EquationSides, DefaultFormAndTerms) {
-  KVN_equationSides sides;
-  sides.SetDefault("y", {});
-  EXPECT_EQ(TextOf(sides), "y=0");
-  EXPECT_EQ(sides.AppendTerm("a"), 0);
-  EXPECT_EQ(TextOf(sides), "y=a");
-  EXPECT_EQ(sides.AppendTerm("b"), 0);
-  EXPECT_EQ(TextOf(sides), "y=a+b");
-  sides.SetDefault("y", {"a", "b", "c"});
-  EXPECT_EQ(TextOf(sides), "y=a+b+c");
-  EXPECT_FALSE(sides.HasDistribution());
-  EXPECT_TRUE(SidesOf("Normal(0,1) + y = x").HasDistribution());
-  std::vector<std::string> names;
-  SidesOf("y + b = a + Sin(b) + y").GetVariables(names);
-  EXPECT_EQ(names, (std::vector<std::string>{"y", "b", "a"}));
-}
-
 TEST(EquationSides, SumGrowsNoDeeperThanAFormulaMayBe) {
   KVN_equationSides sides;
   sides.SetDefault("y", {});

@@ -7,15 +7,6 @@
 
 namespace {
 
-TEST(DoublePool, StaysUnconfiguredInNormalUse) {
-  {
-    KVN_doubleArray array = DoublesOf({1, 2, 3, 4, 5});
-    ASSERT_EQ(array.SetSize(100), 0);
-  }
-  EXPECT_FALSE(KVN_theDoublePool().IsConfigured());
-  EXPECT_EQ(KVN_theDoublePool().GetCount(), 0);
-}
-
 TEST(DoublePool, PrefersTheExactThenTheSmallestLargerBlock) {
   KVN_doublePool pool;
   ASSERT_EQ(pool.Configure(3), 0);

@@ -58,19 +58,6 @@ class ExtraDefinition : public testing::Test {
 
 }  // namespace
 
-TEST_F(ExtraDefinition, NewNodeHasOneDefaultEntryPerOutcome) {
-  KVN_extraDefinition& extra = ExtraOf(y);
-  EXPECT_EQ(ItemsOf(extra.GetFaultStates()), (std::vector<int>{0, 0}));
-  EXPECT_EQ(TextsOf(extra.GetFaultLabels()), (Texts{"", ""}));
-  EXPECT_EQ(TextsOf(extra.GetStateComments()), (Texts{"", ""}));
-  EXPECT_EQ(TitlesOf(extra), (Texts{"-", "-"}));
-  EXPECT_EQ(extra.GetDefaultOutcome(), 0);
-  EXPECT_EQ(extra.GetDiagnosisType(), 2);
-  EXPECT_EQ(extra.GetShowAs(), 4);
-  EXPECT_STREQ(extra.GetQuestion(), "");
-  EXPECT_EQ(ExtraOf(network.AddNode(KVN_TYPE_TABLE, "u")).GetFaultNames().GetNumItems(), 0);
-}
-
 TEST_F(ExtraDefinition, ListsFollowTheOutcomes) {
   // Before each, the default outcome is 1; it is meant that an insertion leaves that number.
   const struct {

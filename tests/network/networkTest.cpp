@@ -13,22 +13,6 @@
 
 namespace {
 
-TEST(Network, StartsEmptyWithOneSubmodel) {
-  KVN_network network;
-  EXPECT_TRUE(network.IsReady());
-  EXPECT_EQ(network.GetNumberOfNodes(), 0);
-  EXPECT_EQ(network.GetSize(), 50);
-  EXPECT_EQ(network.GetFirstNode(), KVN_REFUSED);
-  EXPECT_EQ(network.GetLastNode(), KVN_REFUSED);
-  EXPECT_STREQ(network.Header().GetId(), "Unnamed");
-  EXPECT_STREQ(network.Header().GetName(), "Unnamed");
-  EXPECT_EQ(network.Submodels().GetNext(KVN_ROOT_SUBMODEL), KVN_REFUSED);
-  EXPECT_EQ(network.GetUpdateFlags(), 3);
-  EXPECT_EQ(network.GetChangeMask(), 463);
-  EXPECT_EQ(network.GetDefaultHybridAlgorithm(), 14);
-  EXPECT_EQ(network.GetDiscAvoidZero(), 1);
-}
-
 TEST(Network, TheTableGrowsByItsStep) {
   KVN_network network;
   ASSERT_EQ(network.Initialize(2, 3), 0);

@@ -100,18 +100,6 @@ TEST(Documentation, ListsStayInStep) {
   EXPECT_EQ(copy.CheckConsistency(/*deep=*/1), 0);
 }
 
-TEST(TextBoxList, CopiesTextsAndPlaces) {
-  KVN_textBoxList boxes;
-  EXPECT_EQ(boxes.AddTextBox(KVN_rectangle(1, 2, 3, 4), "note"), 0);
-  KVN_textBoxList copy;
-  EXPECT_EQ(copy.Assign(boxes), 0);
-  boxes.CleanUp(/*deep=*/1);
-  EXPECT_EQ(boxes.GetCount(), 0);
-  ASSERT_EQ(copy.GetCount(), 1);
-  EXPECT_STREQ(copy.GetText(0), "note");
-  EXPECT_EQ(copy.GetPosition(0).height, 4);
-}
-
 TEST(ScreenInfo, FillsOnlyWhatIsUnset) {
   KVN_screenInfo defaults;
   defaults.position = KVN_rectangle(9, 9, 76, 36);

@@ -103,20 +103,6 @@ TEST(ValEqEvaluation, SamplesBecomeMeanAndDeviation) {
   }
 }
 
-TEST(ValEqEvaluation, ARunWithoutSamplesStaysInvalidAndOneWithoutStorageCounts) {
-  EquationValue v;
-  v.value.ResetSamples();
-  v.value.FinishSamples();
-  EXPECT_FALSE(v.value.IsValueValid());
-  v.value.SetKeepSamples(false);
-  v.value.AddSample(2.0);
-  v.value.AddSample(4.0);
-  v.value.FinishSamples();
-  EXPECT_EQ(v.value.GetMean(), 3.0);
-  EXPECT_EQ(v.value.GetSampleCount(), 2);
-  EXPECT_TRUE(v.value.GetSamples().empty());
-}
-
 TEST(ValEqEvaluation, WeightedSamplesAreTakenWithTheirWeights) {
   const struct {
     const char* name;

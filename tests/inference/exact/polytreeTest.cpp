@@ -108,11 +108,6 @@ TEST(Polytree, RefusesLoops) {
   for (int h : {a, b}) EXPECT_FALSE(network.ValueOf(h)->IsValueValid());
 }
 
-TEST(Polytree, ComputesNothingOfNoNodes) {
-  KVN_network network;
-  EXPECT_EQ(PolytreeUpdate(network), 0);
-}
-
 TEST(Polytree, ReachesTheComponentOfTheFirstNodeAndCallsAllValid) {
   KVN_network network;
   const int a = AddCpt(network, "A", 2, {}, {0.2, 0.8});

@@ -94,16 +94,6 @@ TEST(PartOrder, SortsEveryPart) {
   }
 }
 
-TEST(ForwardSamplers, BothCodesOfLikelihoodWeightingAreOne) {
-  KVN_network network;
-  const int a = AddCpt(network, "A", 2, {}, {0.3, 0.7});
-  AddCpt(network, "B", 3, {a}, {0.2, 0.3, 0.5, 0.6, 0.3, 0.1});
-  ASSERT_EQ(RunSampler(network, KVN_ALG_LIKELIHOOD_WEIGHTING, 100, 9), 0);
-  const double first = MatrixOf(network, a)[0];
-  ASSERT_EQ(RunSampler(network, KVN_ALG_LIKELIHOOD_WEIGHTING_2, 100, 9), 0);
-  EXPECT_EQ(MatrixOf(network, a)[0], first);
-}
-
 // The last parent of the finding is settled by the cut, so its slice has one open parent; the walk
 // then goes on to the first parent, whose own parents are drawn from its slice.
 TEST(BackwardSampling, WeighsASampleByTheSumOfItsSlices) {
