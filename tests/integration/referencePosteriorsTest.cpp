@@ -94,40 +94,39 @@ double LargestDifference(const Reference& reference, KVN_network& network) {
   return largest;
 }
 
-void CompareAll(int algorithm, const char* effort, bool withLarge) {
-  if (!fs::exists(kNetworks)) GTEST_SKIP() << "no networks at " << kNetworks;
-  int compared = 0;
-  for (const Reference& reference : ReadReferences()) {
-    if (!withLarge && kLarge.count(reference.network) != 0) continue;
-    SCOPED_TRACE(testing::Message() << reference.network << ", "
-                                    << reference.content["evidence"].size() << " findings");
-    KVN_network network;
-    ASSERT_NO_FATAL_FAILURE(Load(reference, network));
-    network.SetDefaultBNAlgorithm(algorithm);
-    ASSERT_EQ(network.UserProperties().AddProperty("KVN_CLUSTERING_EFFORT", effort), 0);
-    ASSERT_EQ(network.UpdateBeliefs(), 0);
-    EXPECT_LT(LargestDifference(reference, network), kReferenceRounding);
-    ++compared;
-  }
-  EXPECT_GT(compared, 5);
-}
+struct MethodCase {
+  const char* name;
+  int algorithm;
+  const char* effort;
+  bool withLarge;
+};
+const MethodCase kMethods[] = {
+    {"clustering with effort", KVN_ALG_CLUSTERING, "1", !kIsSanitized},
+    {"clustering in the documented order", KVN_ALG_CLUSTERING, "0", false},
+    {"relevance decomposition", KVN_ALG_RELEVANCE_DECOMPOSITION, "0", false},
+    {"sepset join tree", KVN_ALG_SEPSET_JOIN_TREE, "0", false},
+};
 
 }  // namespace
 
-TEST(ReferencePosteriors, ClusteringWithEffort) {
-  CompareAll(KVN_ALG_CLUSTERING, "1", /*withLarge=*/!kIsSanitized);
-}
-
-TEST(ReferencePosteriors, ClusteringInTheDocumentedOrder) {
-  CompareAll(KVN_ALG_CLUSTERING, "0", /*withLarge=*/false);
-}
-
-TEST(ReferencePosteriors, RelevanceDecomposition) {
-  CompareAll(KVN_ALG_RELEVANCE_DECOMPOSITION, "0", /*withLarge=*/false);
-}
-
-TEST(ReferencePosteriors, SepsetJoinTree) {
-  CompareAll(KVN_ALG_SEPSET_JOIN_TREE, "0", /*withLarge=*/false);
+TEST(ReferencePosteriors, AreThoseOfEveryExactMethod) {
+  if (!fs::exists(kNetworks)) GTEST_SKIP() << "no networks at " << kNetworks;
+  for (const MethodCase& c : kMethods) {
+    int compared = 0;
+    for (const Reference& reference : ReadReferences()) {
+      if (!c.withLarge && kLarge.count(reference.network) != 0) continue;
+      SCOPED_TRACE(testing::Message() << c.name << ", " << reference.network << ", "
+                                      << reference.content["evidence"].size() << " findings");
+      KVN_network network;
+      ASSERT_NO_FATAL_FAILURE(Load(reference, network));
+      network.SetDefaultBNAlgorithm(c.algorithm);
+      ASSERT_EQ(network.UserProperties().AddProperty("KVN_CLUSTERING_EFFORT", c.effort), 0);
+      ASSERT_EQ(network.UpdateBeliefs(), 0);
+      EXPECT_LT(LargestDifference(reference, network), kReferenceRounding);
+      ++compared;
+    }
+    EXPECT_GT(compared, 5);
+  }
 }
 
 // The same networks in two formats that name their states alike, though in any order.
