@@ -49,6 +49,7 @@ void MakeSource(KVN_network& network) {
   EXPECT_EQ(network.ValueOf(2)->SetVirtualEvidence({0.25, 0.75}), 0);
   MatrixOf(network, 5) = TableOf({2}, {10, 20});
   EXPECT_EQ(network.ValueOf(5)->SetEvidence(1), 0);
+  network.ValueOf(5)->SetValueValid();  // as a choice is in any copy
   EXPECT_EQ(network.ValueOf(4)->SetValue(TableOf({2}, {0.75, 0.25})), 0);
 }
 
