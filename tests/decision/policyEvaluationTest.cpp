@@ -5,7 +5,6 @@
 
 #include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
-#include "network/node.h"
 #include "tests/decision/countingTable.h"
 #include "tests/support/builders.h"
 #include "tests/support/failingAllocation.h"

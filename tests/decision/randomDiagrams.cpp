@@ -1,12 +1,10 @@
 #include "tests/decision/randomDiagrams.h"
 
-#include <algorithm>
 #include <string>
 
 #include "decision/policyOrder.h"
 #include "definitions/cpt.h"
 #include "definitions/table.h"
-#include "inference/exact/clusterUpdate.h"
 #include "network/network.h"
 #include "tests/support/builders.h"
 #include "tests/support/networkBuilder.h"

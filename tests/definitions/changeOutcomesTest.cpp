@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <numeric>
-
-#include "definitions/cpt.h"
 #include "definitions/list.h"
 #include "definitions/table.h"
 #include "foundation/resultCodes.h"

@@ -6,7 +6,6 @@
 
 #include "foundation/resultCodes.h"
 #include "tests/support/definitionBuilder.h"
-#include "values/nodeValue.h"
 
 namespace {
 

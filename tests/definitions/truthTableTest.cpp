@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "foundation/resultCodes.h"
-#include "network/node.h"
 #include "tests/support/definitionBuilder.h"
 #include "values/nodeValue.h"
 

@@ -88,12 +88,7 @@ TEST(EquationSides, SolvesForOneVariable) {
     FailEachAllocation([&](int n) {
       KVN_equationSides sides = SidesOf(c.text);
       bool failed = false;
-      int result = 0;
-      {
-        FailingAllocation failing(n);
-        result = sides.Solve("y");
-        failed = failing.HasFailed();
-      }
+      const int result = RunFailing(n, failed, [&] { return sides.Solve("y"); });
       EXPECT_TRUE(result == expected || (failed && result == KVN_NO_MEMORY)) << result;
       if (result != 0) return failed;
       sides.AssignVariable("x", 3);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "foundation/resultCodes.h"
-#include "tests/support/builders.h"
 
 namespace {
 

@@ -5,7 +5,6 @@
 
 #include "foundation/errorLog.h"
 #include "foundation/resultCodes.h"
-#include "network/node.h"
 #include "tests/network/evidenceReference.h"
 #include "tests/support/builders.h"
 #include "tests/support/failingAllocation.h"

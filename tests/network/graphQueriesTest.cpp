@@ -2,7 +2,6 @@
 #include <set>
 
 #include "foundation/resultCodes.h"
-#include "network/nodeEntry.h"
 #include "tests/network/networkTools.h"
 #include "tests/support/sanitized.h"
 #include "tests/support/smallStack.h"

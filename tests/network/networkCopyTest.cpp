@@ -150,13 +150,8 @@ TEST(NetworkCopy, FailedAllocationLeavesNetworksThatWork) {
   MakeSource(source);
   const int failures = FailEachAllocation([&source](int n) {
     KVN_network copy;
-    bool failed;
-    int result;
-    {
-      FailingAllocation failing(n);
-      result = copy.Assign(source, 0);
-      failed = failing.HasFailed();
-    }
+    bool failed = false;
+    const int result = RunFailing(n, failed, [&] { return copy.Assign(source, 0); });
     EXPECT_TRUE(failed || result == 0);
     EXPECT_EQ(source.GetChangeMask(), 463);
     EXPECT_EQ(copy.GetChangeMask(), 463);

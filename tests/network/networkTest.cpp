@@ -1,6 +1,5 @@
 #include "network/network.h"
 
-#include <map>
 #include <optional>
 #include <random>
 
@@ -233,13 +232,8 @@ TEST(Network, AddNodeFailsCleanlyWithoutMemory) {
     KVN_network network;
     EXPECT_EQ(network.Initialize(1, 1), 0);
     EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a"), 0);
-    bool failed;
-    int handle;
-    {
-      FailingAllocation failing(n);
-      handle = network.AddNode(KVN_TYPE_CPT, "b");
-      failed = failing.HasFailed();
-    }
+    bool failed = false;
+    const int handle = RunFailing(n, failed, [&] { return network.AddNode(KVN_TYPE_CPT, "b"); });
     // Either no node, or one that the next check takes away again, or a good one.
     EXPECT_EQ(network.CheckReadiness(/*deep=*/1), 0);
     EXPECT_EQ(network.GetNumberOfNodes(), network.IsLive(handle) ? 2 : 1) << n;

@@ -9,7 +9,6 @@
 #include "foundation/resultCodes.h"
 #include "network/network.h"
 #include "network/node.h"
-#include "network/userProperties.h"
 #include "tests/support/builders.h"
 
 namespace {

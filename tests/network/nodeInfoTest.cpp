@@ -1,7 +1,6 @@
 #include "network/nodeInfo.h"
 
 #include "foundation/resultCodes.h"
-#include "network/textBoxList.h"
 #include "tests/network/networkTools.h"
 #include "tests/support/failingAllocation.h"
 

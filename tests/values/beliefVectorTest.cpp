@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
 
 #include "foundation/resultCodes.h"
 #include "tests/support/builders.h"

@@ -3,7 +3,6 @@
 #include "inference/exact/joinTree.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <random>
 
@@ -13,7 +12,6 @@
 #include "network/network.h"
 #include "network/updateAlgorithm.h"
 #include "network/userProperties.h"
-#include "tests/support/builders.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/oracle.h"
 #include "tests/support/randomBayes.h"

@@ -11,7 +11,6 @@
 #include "tests/support/builders.h"
 #include "tests/support/failingAllocation.h"
 #include "tests/support/networkBuilder.h"
-#include "tests/support/oracle.h"
 #include "tests/support/randomBayes.h"
 #include "tests/support/sanitized.h"
 #include "tests/support/smallStack.h"

@@ -1,6 +1,5 @@
 // The order in which the simple samplers draw, and the ends of a draw.
 
-#include "foundation/resultCodes.h"
 #include "inference/exact/relevanceGraph.h"
 #include "inference/sampling/partOrder.h"
 #include "inference/sampling/partSamples.h"
