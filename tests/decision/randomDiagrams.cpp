@@ -1,12 +1,10 @@
 #include "tests/decision/randomDiagrams.h"
 
-#include <algorithm>
 #include <string>
 
 #include "decision/policyOrder.h"
 #include "definitions/cpt.h"
 #include "definitions/table.h"
-#include "inference/exact/clusterUpdate.h"
 #include "network/network.h"
 #include "tests/support/builders.h"
 #include "tests/support/networkBuilder.h"
@@ -108,14 +106,13 @@ class Filler {
   }
 
   /// Some first decisions are made, and some nodes are observed that nothing to be decided
-  /// influences.
+  /// influences: as one scenario has them, which is drawn from the tables.
   void SetEvidence() {
+    std::vector<int> outcomes(network.GetSize(), -1);
     for (int node : nodes) {
+      outcomes[node] = DrawOutcome(node, outcomes);
       if (random.Chance(0.6) || HasOpenDecisionAbove(node)) continue;
-      const int outcomes = network.DefinitionOf(node)->GetNumberOfOutcomes();
-      const int outcome = random.Below(outcomes);
-      if (network.ValueOf(node)->SetEvidence(outcome) == 0 && IsPossible()) continue;
-      (void)network.ValueOf(node)->ClearEvidence();  // impossible
+      EXPECT_EQ(network.ValueOf(node)->SetEvidence(outcomes[node]), 0);
     }
   }
 
@@ -128,36 +125,22 @@ class Filler {
     return false;
   }
 
-  /// By the observed nodes' ancestors alone, one outcome after the other.
-  bool IsPossible() const {
-    std::vector<int> outcomes(network.GetSize(), -1);
-    return Mass(0, outcomes) > 0.0;
-  }
-  double Mass(std::size_t place, std::vector<int>& outcomes) const {
-    if (place == nodes.size()) return 1.0;
-    const int node = nodes[place];
-    const KVN_nodeValue& value = *network.ValueOf(node);
-    const bool isChance = network.TypeOf(node) == KVN_TYPE_CPT;
+  int DrawOutcome(int node, const std::vector<int>& outcomes) {
     const int count = network.DefinitionOf(node)->GetNumberOfOutcomes();
-    double sum = 0.0;
-    for (int k = 0; k < count; k++) {
-      if (value.HasEvidence() && value.GetEvidence() != k) continue;
-      outcomes[node] = k;
-      double probability = isChance ? 0.0 : 1.0;
-      if (isChance) {
-        KVN_Dmatrix* table = nullptr;
-        EXPECT_EQ(network.DefinitionOf(node)->GetDefinition(table), 0);
-        int index = k;
-        const KVN_intArray& parents = network.GetParents(node);
-        for (int i = 0; i < parents.GetNumItems(); i++) {
-          index += table->GetMultipliers()[i] * outcomes[parents[i]];
-        }
-        probability = (*table)[index];
-      }
-      if (probability > 0.0) sum += probability * Mass(place + 1, outcomes);
-      if (!isChance && !value.HasEvidence()) break;  // no evidence lies below it
+    if (network.TypeOf(node) == KVN_TYPE_LIST) return random.Below(count);
+    const KVN_Dmatrix& table = TableOfNode(network, node);
+    const KVN_intArray& parents = network.GetParents(node);
+    int row = 0;
+    for (int i = 0; i < parents.GetNumItems(); i++) {
+      row += table.GetMultipliers()[i] * outcomes[parents[i]];
     }
-    return sum;
+    double rest = random.Unit();
+    int last = -1;  // possible
+    for (int k = 0; k < count && rest >= 0.0; k++) {
+      if (table[row + k] > 0.0) last = k;
+      rest -= table[row + k];
+    }
+    return last;
   }
 
   KVN_network& network;

@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <numeric>
-
-#include "definitions/cpt.h"
 #include "definitions/list.h"
 #include "definitions/table.h"
 #include "foundation/resultCodes.h"
@@ -26,13 +23,7 @@ const ChangeCase kChangeCases[] = {
     {"swap", 2, {"b", "a"}, {1, 0}, 0, {"b", "a"}, {0.2, 0.1}},
     {"drop the middle", 3, {"a", "c"}, {0, 2}, 0, {"a", "c"}, {0.1, 0.3}},
     {"new in front", 2, {"n", "a", "b"}, {-1, 0, 1}, 0, {"n", "a", "b"}, {0, 0.1, 0.2}},
-    {"all of it",
-     4,
-     {"d", "n", "a", "m"},
-     {3, -1, 0, -1},
-     0,
-     {"d", "n", "a", "m"},
-     {0.4, 0, 0.1, 0}},
+    {"all", 4, {"d", "n", "a", "m"}, {3, -1, 0, -1}, 0, {"d", "n", "a", "m"}, {0.4, 0, 0.1, 0}},
     {"one continues", 3, {"n", "b"}, {-1, 1}, 0, {"n", "b"}, {0, 0.2}},
     {"all new, swapped", 2, {"State1", "State0"}, {-1, -1}, 0, {"State1", "State0"}, {0, 0}},
     {"bad names", 2, {"1", "1"}, {0, 1}, 0, {"x1", "x10"}, {0.1, 0.2}},

@@ -121,17 +121,6 @@ TEST(Conversion, UtilitiesBecomeSharesOfTheirRange) {
   EXPECT_TRUE(CellsNear(TableOfNode(network, y), {0, 1}, 0.0));
 }
 
-TEST(Conversion, NumbersAreKeptWhereTheShapeAllows) {
-  KVN_network network;
-  const int p = AddNodeOf(network, KVN_TYPE_CPT, "p", 3);
-  const int x = AddNodeOf(network, KVN_TYPE_TRUTHTABLE, "x");
-  AddArcs(network, {p}, x);
-  const std::vector<double> cells = {0, 1, 1, 0, 0, 1};
-  WriteCells(network, x, cells);
-  ASSERT_EQ(network.GetNode(x)->ChangeType(KVN_TYPE_CPT), 0);
-  EXPECT_TRUE(CellsNear(TableOfNode(network, x), cells, 0.0));
-}
-
 // A gate of two outcomes with parents of its own kind has nothing to hand to a table.
 TEST(Conversion, BinaryGateWithParentsLeavesTheDefaults) {
   KVN_network network;
@@ -169,13 +158,6 @@ TEST(Conversion, SourceThatIsNotReadyLeavesTheTargetAlone) {
     const int x = AddNodeOf(network, kind, nullptr, 3);
     EXPECT_EQ(network.DefinitionOf(x)->Assign(*stray), KVN_NOT_READY);
     EXPECT_EQ(network.DefinitionOf(x)->GetNumberOfOutcomes(), 3);
-  }
-}
-
-TEST(Conversion, CodesWithoutAClass) {
-  for (int code : {0, 1, 2064, 4098, 4100, -2}) {
-    EXPECT_FALSE(IsDefinitionType(code)) << code;
-    EXPECT_EQ(NewDefinition(code, nullptr, -1), nullptr) << code;
   }
 }
 

@@ -6,7 +6,6 @@
 
 #include "foundation/resultCodes.h"
 #include "tests/support/definitionBuilder.h"
-#include "values/nodeValue.h"
 
 namespace {
 
@@ -20,13 +19,6 @@ class List : public testing::Test {
   KVN_network network;
   int d = AddNodeOf(network, KVN_TYPE_LIST, "d");
 };
-
-TEST_F(List, NewDecisionHasTwoChoicesAndNoTable) {
-  EXPECT_EQ(names(), (Texts{"Choice0", "Choice1"}));
-  KVN_Dmatrix* table = nullptr;
-  EXPECT_EQ(list().GetDefinition(table), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(list().GetSize(), KVN_NOT_APPLICABLE);
-}
 
 TEST_F(List, ParentsOnlyInform) {
   const struct {

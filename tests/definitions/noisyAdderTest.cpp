@@ -48,17 +48,10 @@ const Doubles SmallAdder::kRows = {0.5, 0.25, 0.25, 0, 1, 0, 0.2, 0.2, 0.6,
 
 class NoisyAdder : public testing::Test, protected SmallAdder {};
 
-TEST(NoisyAdderAlone, NewGateHasThreeOutcomesAndTheMiddleOneDistinguished) {
+TEST(NoisyAdderAlone, NewParentActsInAllOutcomesButItsLast) {
   KVN_network fresh;
   const int node = AddNodeOf(fresh, KVN_TYPE_NOISY_ADDER, "node");
   auto& made = DefinitionAs<KVN_noisyAdder>(fresh, node);
-  EXPECT_EQ(OutcomesAt(fresh, node), (Texts{"State0", "State1", "State2"}));
-  EXPECT_EQ(made.GetDistinguishedState(), 1);
-  EXPECT_EQ(made.GetFunction(), KVN_ADDER_AVERAGE);
-  EXPECT_EQ(ItemsOf(made.GetWeights()), (Doubles{1}));
-  EXPECT_TRUE(CellsNear(made.GetParameters(), {0, 1, 0}, kExact));
-  EXPECT_TRUE(ItemsOf(made.GetParentDistinguishedStates()).empty());
-
   ASSERT_EQ(made.SetWeights(DoublesOf({7})), 0);
   const int parent = AddNodeOf(fresh, KVN_TYPE_CPT, "parent", 3);
   AddArcs(fresh, {parent}, node);
@@ -151,11 +144,7 @@ const struct {
 } kEdits[] = {
     {"first parent removed", RemoveA, {2}, {3, 4}, {0.2, 0.1, 0, 0.3}},
     {"last parent removed", RemoveB, {1}, {2, 4}, {0.5, 0, 0.3}},
-    {"outcome in front of b's state",
-     InsertBefore,
-     {1, 3},
-     {2, 3, 4},
-     {0.5, 0, 0.2, 0, 0.1, 0, 0.3}},
+    {"outcome in front of it", InsertBefore, {1, 3}, {2, 3, 4}, {0.5, 0, 0.2, 0, 0.1, 0, 0.3}},
     {"outcome in its place", InsertInPlace, {1, 3}, {2, 3, 4}, {0.5, 0, 0.2, 0.1, 0, 0, 0.3}},
     {"outcome behind it", AddBehind, {1, 2}, {2, 3, 4}, {0.5, 0, 0.2, 0.1, 0, 0, 0.3}},
     {"outcome before it removed", RemoveBefore, {1, 1}, {2, 3, 4}, {0.5, 0, 0.1, 0, 0.3}},

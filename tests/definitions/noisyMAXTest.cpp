@@ -139,16 +139,6 @@ TEST(NoisyMAX, StrengthsSayWhichOutcomeARowBelongsTo) {
   EXPECT_EQ(gate->GetStrengths(1), nullptr);
 }
 
-TEST(NoisyMAX, NewParentGetsUniformRowsAndAConstrainedOne) {
-  Gate gate({3, 2}, 2);
-  EXPECT_TRUE(CellsNear(gate->GetParameters(), {0.5, 0.5, 0.5, 0.5, 0, 1, 0.5, 0.5, 0, 1, 0.5, 0.5},
-                        kExact));
-  EXPECT_EQ(gate->RowOffset(0), 0);
-  EXPECT_EQ(gate->RowOffset(1), 3);
-  EXPECT_EQ(gate->RowOffset(2), KVN_REFUSED);
-  EXPECT_EQ(gate->AddParent(99), KVN_REFUSED);
-}
-
 // An inclusive row is the table's row for that outcome with all other parents distinguished.
 TEST(NoisyMAX, InclusiveParametersAreRowsOfTheTable) {
   Gate gate({2, 3, 4}, 3);

@@ -26,19 +26,9 @@ class UtilityTable : public testing::Test {
   int u = AddNodeOf(network, KVN_TYPE_TABLE, "u");
 };
 
-TEST(Table, NewUtilityIsOneZero) {
-  KVN_network network;
-  const int u = AddNodeOf(network, KVN_TYPE_TABLE, "u");
-  EXPECT_EQ(ItemsOf(TableOfNode(network, u).GetDimensions()), (Ints{1}));
-  EXPECT_TRUE(CellsNear(TableOfNode(network, u), {0}, 0.0));
-  EXPECT_EQ(network.DefinitionOf(u)->GetNumberOfOutcomes(), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(network.DefinitionOf(u)->AddOutcome("x"), KVN_NOT_APPLICABLE);
-  const int other = AddNodeOf(network, KVN_TYPE_TABLE, "other");
-  EXPECT_EQ(network.DefinitionOf(u)->AddParent(other), KVN_REFUSED);
-}
-
 // The edits are those of a probability table, but for what a new cell is.
 TEST_F(UtilityTable, FollowsItsParentsWithoutNormalising) {
+  EXPECT_EQ(utility().AddParent(AddNodeOf(network, KVN_TYPE_TABLE, "other")), KVN_REFUSED);
   EXPECT_EQ(ItemsOf(table().GetDimensions()), (Ints{2, 3, 1}));
   ASSERT_EQ(network.ChangeOrderOfParents(u, IntsOf({1, 0})), 0);
   ASSERT_EQ(network.DefinitionOf(b)->InsertOutcome(1, "new"), 0);

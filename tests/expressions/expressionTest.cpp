@@ -5,14 +5,12 @@
 #include <cmath>
 #include <new>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "expressions/function.h"
 #include "expressions/functionTable.h"
 #include "expressions/operators.h"
 #include "expressions/variableVisitor.h"
-#include "foundation/numberText.h"
 #include "foundation/random.h"
 #include "tests/expressions/expressionTools.h"
 #include "tests/support/sanitized.h"

@@ -150,13 +150,6 @@ TEST(Dmatrix, OnlyDimensionIsRemovedToTheEmptyTable) {
   EXPECT_TRUE(CellsNear(sliced, {0, 0, 0, 0}, 0.0));
 }
 
-TEST(Dmatrix, SeveralPushesThenShiftsOpenARange) {
-  KVN_Dmatrix table = TableOf({2, 2}, {1, 2, 3, 4});
-  for (int i = 0; i < 2; i++) ASSERT_EQ(table.PushSlice(0), 0);
-  for (int i = 0; i < 2; i++) ASSERT_EQ(table.ShiftSlice(0, 1, 9), 0);
-  EXPECT_TRUE(CellsNear(table, {1, 2, 9, 9, 9, 9, 3, 4}, 0.0));
-}
-
 TEST(Dmatrix, GetSliceCopiesOut) {
   const KVN_Dmatrix table = Coded();
   KVN_intArray sizes;

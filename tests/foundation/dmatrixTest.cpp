@@ -93,18 +93,13 @@ TEST(Dmatrix, CompleteColumnFillsUpTheRun) {
   EXPECT_EQ(KVN_Dmatrix().CompleteColumn(coordinates), KVN_REFUSED);
 }
 
-TEST(Dmatrix, RangeAndSubscript) {
+TEST(Dmatrix, Range) {
   KVN_Dmatrix table = TableOf({2, 3}, {0, 1, 2, 3, 4, 5});
   EXPECT_TRUE(table.IsInRange(IntsOf({1, 2, 99}))) << "surplus coordinates are ignored";
   EXPECT_FALSE(table.IsInRange(IntsOf({1})));
   EXPECT_FALSE(table.IsInRange(IntsOf({1, 3})));
   EXPECT_FALSE(table.IsInRange(IntsOf({-1, 0})));
   EXPECT_TRUE(KVN_Dmatrix().IsInRange(KVN_intArray()));
-  EXPECT_EQ(table.Subscript(IntsOf({1, 2})), 5.0);
-  double& spare = table.Subscript(IntsOf({2, 0}));
-  spare = 8.0;
-  EXPECT_EQ(table.Subscript(IntsOf({0, 3})), 0.0);
-  EXPECT_TRUE(CellsNear(table, {0, 1, 2, 3, 4, 5}, 0.0));
 }
 
 TEST(Dmatrix, NextCoordinatesRunsThroughAllCells) {

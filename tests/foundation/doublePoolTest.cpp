@@ -3,18 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "foundation/resultCodes.h"
-#include "tests/support/builders.h"
 
 namespace {
-
-TEST(DoublePool, StaysUnconfiguredInNormalUse) {
-  {
-    KVN_doubleArray array = DoublesOf({1, 2, 3, 4, 5});
-    ASSERT_EQ(array.SetSize(100), 0);
-  }
-  EXPECT_FALSE(KVN_theDoublePool().IsConfigured());
-  EXPECT_EQ(KVN_theDoublePool().GetCount(), 0);
-}
 
 TEST(DoublePool, PrefersTheExactThenTheSmallestLargerBlock) {
   KVN_doublePool pool;

@@ -19,12 +19,6 @@ struct UnreadyList : KVN_stringArray {
   void Spoil() { SetReady(false); }
 };
 
-TEST(Object, StartsReadyAndConsistent) {
-  KVN_object object;
-  EXPECT_TRUE(object.IsReady());
-  EXPECT_TRUE(object.IsConsistent());
-}
-
 TEST(StringArray, GrowsByItsStep) {
   KVN_stringArray list(3), standard(0);
   for (int i = 0; i < 4; i++) ASSERT_EQ(list.Add("a"), 0);
@@ -35,18 +29,6 @@ TEST(StringArray, GrowsByItsStep) {
   EXPECT_EQ(list.GetSize(), 1005);  // 1004 items in steps of 3
   EXPECT_STREQ(list[1003], "999");
   EXPECT_EQ(list.GetString(1004), nullptr);
-}
-
-TEST(StringArray, CleanUpAndANewSizeResetTheStep) {
-  KVN_stringArray list(3);
-  ASSERT_EQ(list.SetSize(0), 0);
-  EXPECT_EQ(list.GetGrowBy(), 3) << "the present size changes nothing";
-  ASSERT_EQ(list.SetSize(4), 0);
-  EXPECT_EQ(list.GetGrowBy(), 10);
-  KVN_stringArray other(3);
-  other.CleanUp(1);
-  other.CleanUp(1);
-  EXPECT_EQ(other.GetGrowBy(), 10);
 }
 
 TEST(StringArray, SetSizeOfThePresentSizeKeepsTheTextsForReading) {

@@ -55,24 +55,6 @@ TEST(SysCoordinates, BadPlacesLeadToTheFirstCell) {
   }
 }
 
-struct Definition {
-  KVN_Dmatrix* table;
-  int GetDefinition(KVN_Dmatrix*& out) {
-    out = table;
-    return table != nullptr ? 0 : KVN_NOT_APPLICABLE;
-  }
-};
-
-TEST(SysCoordinates, LinksToTheTableOfADefinition) {
-  KVN_Dmatrix table = TableOf({2}, {7, 8});
-  Definition with{&table}, without{nullptr};
-  KVN_sysCoordinates walk;
-  ASSERT_EQ(walk.Link(with), 0);
-  EXPECT_EQ(walk.Next(), 0);
-  EXPECT_EQ(walk.Link(without), KVN_NOT_APPLICABLE);
-  EXPECT_EQ(walk.Value(), 8.0);
-}
-
 TEST(SysCoordinates, LinkStartsAnew) {
   KVN_Dmatrix first(IntsOf({2, 2})), second(IntsOf({3}));
   KVN_sysCoordinates walk;

@@ -7,7 +7,6 @@
 #include "network/nodeInfo.h"
 #include "tests/network/networkTools.h"
 #include "tests/support/failingAllocation.h"
-#include "values/nodeValue.h"
 
 namespace {
 
@@ -192,13 +191,8 @@ TEST(NetworkArcs, FailedAllocationLeavesTheGraphUnchanged) {
     for (int i = 0; i < 10; i++) EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, nullptr), i);
     for (int i = 0; i < 8; i++) EXPECT_EQ(network.AddArc(i, 9, kPlain), 0);
     network.SetUpdateFlags(0);
-    bool failed;
-    int result;
-    {
-      FailingAllocation failing(n);
-      result = network.AddArc(8, 9, kPlain);
-      failed = failing.HasFailed();
-    }
+    bool failed = false;
+    const int result = RunFailing(n, failed, [&] { return network.AddArc(8, 9, kPlain); });
     EXPECT_EQ(result == 0, !failed) << n;
     EXPECT_EQ(network.GetNumberOfParents(9), failed ? 8 : 9);
     EXPECT_TRUE(network.TableFits(9));

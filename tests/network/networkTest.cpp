@@ -1,6 +1,5 @@
 #include "network/network.h"
 
-#include <map>
 #include <optional>
 #include <random>
 
@@ -12,22 +11,6 @@
 #include "tests/support/failingAllocation.h"
 
 namespace {
-
-TEST(Network, StartsEmptyWithOneSubmodel) {
-  KVN_network network;
-  EXPECT_TRUE(network.IsReady());
-  EXPECT_EQ(network.GetNumberOfNodes(), 0);
-  EXPECT_EQ(network.GetSize(), 50);
-  EXPECT_EQ(network.GetFirstNode(), KVN_REFUSED);
-  EXPECT_EQ(network.GetLastNode(), KVN_REFUSED);
-  EXPECT_STREQ(network.Header().GetId(), "Unnamed");
-  EXPECT_STREQ(network.Header().GetName(), "Unnamed");
-  EXPECT_EQ(network.Submodels().GetNext(KVN_ROOT_SUBMODEL), KVN_REFUSED);
-  EXPECT_EQ(network.GetUpdateFlags(), 3);
-  EXPECT_EQ(network.GetChangeMask(), 463);
-  EXPECT_EQ(network.GetDefaultHybridAlgorithm(), 14);
-  EXPECT_EQ(network.GetDiscAvoidZero(), 1);
-}
 
 TEST(Network, TheTableGrowsByItsStep) {
   KVN_network network;
@@ -249,13 +232,8 @@ TEST(Network, AddNodeFailsCleanlyWithoutMemory) {
     KVN_network network;
     EXPECT_EQ(network.Initialize(1, 1), 0);
     EXPECT_EQ(network.AddNode(KVN_TYPE_CPT, "a"), 0);
-    bool failed;
-    int handle;
-    {
-      FailingAllocation failing(n);
-      handle = network.AddNode(KVN_TYPE_CPT, "b");
-      failed = failing.HasFailed();
-    }
+    bool failed = false;
+    const int handle = RunFailing(n, failed, [&] { return network.AddNode(KVN_TYPE_CPT, "b"); });
     // Either no node, or one that the next check takes away again, or a good one.
     EXPECT_EQ(network.CheckReadiness(/*deep=*/1), 0);
     EXPECT_EQ(network.GetNumberOfNodes(), network.IsLive(handle) ? 2 : 1) << n;

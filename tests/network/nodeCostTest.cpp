@@ -9,7 +9,6 @@
 #include "foundation/resultCodes.h"
 #include "network/network.h"
 #include "network/node.h"
-#include "network/userProperties.h"
 #include "tests/support/builders.h"
 
 namespace {
@@ -105,14 +104,4 @@ TEST_F(NodeCost, ParentThatCameWithoutOutcomesTakesNothingAlong) {
   ASSERT_EQ(network.AddArc(three, x, kCostLayer), 0);
   ASSERT_EQ(network.RemoveArc(three, x, kCostLayer), 0);
   EXPECT_TRUE(CellsNear(Costs().GetCosts(), {5}, 0));
-}
-
-TEST_F(NodeCost, CopyOfANetworkHasCostsOfItsOwn) {
-  ASSERT_EQ(network.AddArc(two, x, kCostLayer), 0);
-  ASSERT_EQ(Costs().SetCosts(DoublesOf({1, 2})), 0);
-  KVN_network copy(network);
-  ASSERT_EQ(Costs().SetCosts(DoublesOf({3, 4})), 0);
-  EXPECT_TRUE(CellsNear(copy.GetNode(x)->Cost()->GetCosts(), {1, 2}, 0));
-  ASSERT_EQ(copy.RemoveArc(two, x, kCostLayer), 0);
-  EXPECT_TRUE(CellsNear(copy.GetNode(x)->Cost()->GetCosts(), {1}, 0));
 }

@@ -1,7 +1,6 @@
 #include "network/nodeInfo.h"
 
 #include "foundation/resultCodes.h"
-#include "network/textBoxList.h"
 #include "tests/network/networkTools.h"
 #include "tests/support/failingAllocation.h"
 
@@ -98,18 +97,6 @@ TEST(Documentation, ListsStayInStep) {
   EXPECT_STREQ(copy.GetTitle(0), "t1");
   EXPECT_STREQ(copy.GetLocation(0), "l1");
   EXPECT_EQ(copy.CheckConsistency(/*deep=*/1), 0);
-}
-
-TEST(TextBoxList, CopiesTextsAndPlaces) {
-  KVN_textBoxList boxes;
-  EXPECT_EQ(boxes.AddTextBox(KVN_rectangle(1, 2, 3, 4), "note"), 0);
-  KVN_textBoxList copy;
-  EXPECT_EQ(copy.Assign(boxes), 0);
-  boxes.CleanUp(/*deep=*/1);
-  EXPECT_EQ(boxes.GetCount(), 0);
-  ASSERT_EQ(copy.GetCount(), 1);
-  EXPECT_STREQ(copy.GetText(0), "note");
-  EXPECT_EQ(copy.GetPosition(0).height, 4);
 }
 
 TEST(ScreenInfo, FillsOnlyWhatIsUnset) {

@@ -10,41 +10,6 @@
 
 namespace {
 
-struct KindCase {
-  const char* word;  // in text files; null for a kind without one
-  int type;
-  int valueType;
-};
-const KindCase kKinds[] = {
-    {"CPT", KVN_TYPE_CPT, KVN_VALUE_BELIEF_VECTOR},
-    {"TRUTHTABLE", KVN_TYPE_TRUTHTABLE, KVN_VALUE_BELIEF_VECTOR},
-    {"LIST", KVN_TYPE_LIST, KVN_VALUE_LIST_OF_DECISIONS},
-    {"TABLE", KVN_TYPE_TABLE, KVN_VALUE_EXPECTED_UTILITY},
-    {"NOISY_MAX", KVN_TYPE_NOISY_MAX, KVN_VALUE_BELIEF_VECTOR},
-    {"NOISY_ADDER", KVN_TYPE_NOISY_ADDER, KVN_VALUE_BELIEF_VECTOR},
-    {"CAST", KVN_TYPE_CAST, KVN_VALUE_BELIEF_VECTOR},
-    {"DEMORGAN", KVN_TYPE_DEMORGAN, KVN_VALUE_BELIEF_VECTOR},
-};
-
-TEST(Node, EachKindHasItsDefinitionAndValue) {
-  for (const KindCase& c : kKinds) {
-    SCOPED_TRACE(c.word);
-    KVN_network network;
-    KVN_node& node = *network.GetNode(network.AddNode(0, "x"));
-    EXPECT_EQ(node.Definition(), nullptr);
-    EXPECT_EQ(node.ExtraDefinition(), nullptr);
-    EXPECT_FALSE(node.IsReady());
-    EXPECT_EQ(node.ChangeType(c.word), 0);
-    EXPECT_EQ(node.GetType(), c.type);
-    ASSERT_NE(node.Value(), nullptr);
-    EXPECT_EQ(node.Value()->GetType(), c.valueType);
-    ASSERT_NE(node.ExtraDefinition(), nullptr);
-    EXPECT_EQ(node.ExtraDefinition()->GetFaultStates().GetNumItems(),
-              node.ExtraDefinition()->GetOutcomeCount());
-    EXPECT_TRUE(node.IsReady());
-  }
-}
-
 TEST(Node, OnlyTwelveWordsNameAKind) {
   EXPECT_EQ(DefinitionTypeOfName("MAU"), KVN_TYPE_MAU);
   EXPECT_EQ(DefinitionTypeOfName("HEQUATION"), KVN_TYPE_H_EQUATION);
@@ -161,10 +126,6 @@ TEST(Node, TakesTheDefaultsOfTheDiagram) {
   KVN_node& node = *network.GetNode(network.AddNode(KVN_TYPE_CPT, "a"));
   EXPECT_EQ(node.Info().Screen().color, 0x123456);
   EXPECT_EQ(node.Info().Screen().position.width, 76);
-  EXPECT_EQ(node.SetDiagnosisFlags(1, 0, 1), 0);
-  EXPECT_EQ(node.ExtraDefinition()->GetRanked(), 1);
-  EXPECT_EQ(node.ExtraDefinition()->GetMandatory(), 0);
-  EXPECT_EQ(node.ExtraDefinition()->GetSetAsDefault(), 1);
 }
 
 }  // namespace

@@ -32,23 +32,6 @@ class SubmodelTree : public testing::Test {
 
 }  // namespace
 
-TEST(SubmodelHandler, NewNetworkHasTheRootAlone) {
-  KVN_network network;
-  KVN_submodelHandler& tree = network.Submodels();
-  EXPECT_EQ(tree.GetFirst(), 16384);
-  EXPECT_EQ(tree.GetNext(16384), KVN_REFUSED);
-  EXPECT_EQ(tree.GetParent(16384), -8888);
-  EXPECT_EQ(tree.Find("Unnamed"), 16384);
-  KVN_screenInfo& screen = tree.GetSubmodel(16384)->Screen();
-  EXPECT_EQ(screen.position.width, 76);
-  EXPECT_EQ(screen.position.height, 36);
-  EXPECT_EQ(screen.color, 16250597);
-  EXPECT_EQ(screen.borderThickness, 3);
-  EXPECT_EQ(screen.screenFlags, 3);
-  EXPECT_EQ(tree.NodeDefaults().borderThickness, 1);
-  EXPECT_EQ(tree.GetSubmodel(16384)->GetWindowColor(), 0xFFFFFF);
-}
-
 TEST_F(SubmodelTree, WalksGoByTableOrLevelByLevel) {
   KVN_intArray walked;
   for (int i = tree.GetFirst(); i >= 0; i = tree.GetNext(i)) EXPECT_EQ(walked.Add(i - kBit), 0);
@@ -143,6 +126,7 @@ TEST_F(SubmodelTree, CopyKeepsIndexesAndTakesTheDefaultsOfNodesAlone) {
   EXPECT_EQ(copy.GetParent(2), 1 + kBit);
   EXPECT_EQ(copy.GetSubmodel(2)->GetWindowColor(), 5);
   EXPECT_STREQ(copy.GetSubmodel(2)->TextBoxes().GetText(0), "note");
+  EXPECT_EQ(copy.GetSubmodel(2)->TextBoxes().GetPosition(0).height, 4);
   EXPECT_STREQ(copy.GetSubmodel(5)->Header().GetName(), "1 b");
   EXPECT_EQ(copy.GetSubmodel(7), nullptr);
   EXPECT_EQ(copy.NodeDefaults().color, 1);

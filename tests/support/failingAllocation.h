@@ -16,6 +16,16 @@ class FailingAllocation {
   bool HasFailed() const;
 };
 
+/// The result of `operation` with the allocation after `succeeding` more failing, for a test whose
+/// checks allocate as well; `failed` tells whether it came to that.
+template <typename Operation>
+int RunFailing(int succeeding, bool& failed, Operation operation) {
+  const FailingAllocation failing(succeeding);
+  const int result = operation();
+  failed = failing.HasFailed();
+  return result;
+}
+
 /// Calls `attempt(n)` for n = 0, 1, 2, ... with the n-th allocation failing, until one call gets
 /// through without a failure; that last call is part of the test. `attempt` makes its own objects,
 /// does the operation while a FailingAllocation(n) lives, checks what is left, and returns

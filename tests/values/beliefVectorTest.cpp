@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
 
 #include "foundation/resultCodes.h"
 #include "tests/support/builders.h"
@@ -145,40 +144,6 @@ TEST(BeliefVector, EvidenceReshapesTheMatrixAfterAChangeOfOutcomes) {
   ASSERT_EQ(net.value.SetEvidence(3), 0);
   EXPECT_TRUE(CellsNear(net.Matrix(), {0, 0, 0, 1}, 0.0));
   EXPECT_TRUE(net.value.IsEvidence());
-}
-
-TEST(BeliefVector, CloneHasTheSameContent) {
-  enum Kind { kNothing, kResult, kUser, kPropagated, kSoft };
-  for (Kind kind : {kNothing, kResult, kUser, kPropagated, kSoft}) {
-    SCOPED_TRACE(kind);
-    OneNode net;
-    if (kind == kResult) {
-      ASSERT_EQ(net.value.SetValue(TableOf({3}, {0.1, 0.2, 0.7})), 0);
-      net.value.SetValueValid();
-    }
-    if (kind == kUser) {
-      ASSERT_EQ(net.value.SetEvidence(2), 0);
-    }
-    if (kind == kPropagated) {
-      ASSERT_EQ(net.value.SetPropagatedEvidence(1), 0);
-    }
-    if (kind == kSoft) {
-      ASSERT_EQ(net.value.SetVirtualEvidence({0.5, 0.25, 0.25}), 0);
-    }
-    const unsigned flags = net.value.GetFlags();
-    const std::vector<double> cells = ItemsOf(net.Matrix().GetItems());
-
-    std::unique_ptr<KVN_nodeValue> copy(CloneValue(net.value));
-    ASSERT_NE(copy, nullptr);
-    EXPECT_EQ(copy->GetFlags(), flags);
-    EXPECT_EQ(copy->GetEvidence(), net.value.GetEvidence());
-    KVN_Dmatrix* matrix = nullptr;
-    ASSERT_EQ(copy->GetValue(matrix), 0);
-    EXPECT_TRUE(CellsNear(*matrix, cells, 0.0));
-    std::vector<double> soft;
-    EXPECT_EQ(copy->GetVirtualEvidence(soft), kind == kSoft ? 0 : KVN_REFUSED);
-    EXPECT_EQ(soft.size(), kind == kSoft ? 3u : 0u);
-  }
 }
 
 TEST(BeliefVector, ConversionFromADecisionKeepsTheChoice) {

@@ -51,17 +51,6 @@ TEST(ListOfDecisions, PropagatedChoiceIsNotTheUsersToClear) {
   EXPECT_EQ(net.value.SetEvidence(0), 0);
 }
 
-TEST(ListOfDecisions, CloneKeepsChoiceAndUtilities) {
-  OneDecision net;
-  ASSERT_EQ(net.value.SetEvidence(1), 0);
-  std::unique_ptr<KVN_nodeValue> copy(CloneValue(net.value));
-  ASSERT_NE(copy, nullptr);
-  EXPECT_EQ(copy->GetEvidence(), 1);
-  KVN_Dmatrix* matrix = nullptr;
-  ASSERT_EQ(copy->GetValue(matrix), 0);
-  EXPECT_TRUE(CellsNear(*matrix, {10, 20}, 0.0));
-}
-
 TEST(ExpectedUtility, HasOneCellForEachChoice) {
   KVN_network network;
   const int u = AddNodeBelow(network, KVN_TYPE_TABLE, "U", 0, {});

@@ -3,7 +3,6 @@
 #include "inference/exact/joinTree.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <random>
 
@@ -13,7 +12,6 @@
 #include "network/network.h"
 #include "network/updateAlgorithm.h"
 #include "network/userProperties.h"
-#include "tests/support/builders.h"
 #include "tests/support/networkBuilder.h"
 #include "tests/support/oracle.h"
 #include "tests/support/randomBayes.h"
@@ -48,9 +46,10 @@ struct Method {
   int algorithm;
   std::map<const char*, const char*> properties;
 };
-// Limits so small that groups are halved down to single targets.
+// Of the decompositions, limits so small that groups are halved down to single targets.
 const Method kMethods[] = {
     {"plain", KVN_ALG_CLUSTERING, {}},
+    {"with sepsets", KVN_ALG_SEPSET_JOIN_TREE, {}},
     {"with effort", KVN_ALG_CLUSTERING, {{"KVN_CLUSTERING_EFFORT", "1"}}},
     {"groups of two", KVN_ALG_RELEVANCE_DECOMPOSITION, {{"KVN_REL_DECOMP_THRESHOLD", "2"}}},
     {"halved groups", KVN_ALG_RELEVANCE_DECOMPOSITION, {{"KVN_REL_DECOMP_THRESHOLD3", "1"}}},
@@ -120,22 +119,6 @@ TEST(JoinTree, BlocksGiveTheBitsOfStoredPotentials) {
     }
   }
   EXPECT_GT(largest, 4 * 4096);  // or no clique was formed in blocks
-}
-
-TEST(JoinTree, EffortChangesNoMoreThanRounding) {
-  std::int64_t largest = 0;
-  for (std::uint64_t seed = 0; seed < 20; ++seed) {
-    SCOPED_TRACE(seed);
-    const auto plain = RunTree(seed, {.effort = false, .storeAll = false}, largest);
-    const auto effort = RunTree(seed, {.effort = true, .storeAll = false}, largest);
-    ASSERT_EQ(plain.size(), effort.size());
-    for (std::size_t h = 0; h < plain.size(); ++h) {
-      ASSERT_EQ(plain[h].size(), effort[h].size());
-      for (std::size_t k = 0; k < plain[h].size(); ++k) {
-        ASSERT_NEAR(plain[h][k], effort[h][k], kRounding);
-      }
-    }
-  }
 }
 
 /// A root with `leaves` observed binary children. Each pair of children is as likely under the one

@@ -11,7 +11,6 @@
 #include "tests/support/builders.h"
 #include "tests/support/failingAllocation.h"
 #include "tests/support/networkBuilder.h"
-#include "tests/support/oracle.h"
 #include "tests/support/randomBayes.h"
 #include "tests/support/sanitized.h"
 #include "tests/support/smallStack.h"
@@ -19,31 +18,6 @@
 namespace {
 
 constexpr double kRounding = 1e-12;
-
-TEST(SepsetJoinTree, AgreesWithEnumeration) {
-  int tried = 0;
-  for (std::uint64_t seed = 0; seed < FewerIfSanitized(4000u); seed++) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    RandomBayesOptions options;
-    options.nodes = 2 + static_cast<int>(seed % 7);
-    options.maxParents = 1 + static_cast<int>(seed % 4);
-    options.maxOutcomes = options.nodes > 6 ? 3 : 4;
-    options.gates = seed % 2 == 0;
-    KVN_network network;
-    FillRandomBayes(network, seed, options);
-    network.SetNoisyMaxRelevance(seed % 5 == 0);
-    if (seed % 4 != 0) ObserveAtRandom(network, seed, 0.3, /*possible=*/true);
-    if (seed % 3 == 0) SoftenAtRandom(network, seed, 0.3);
-    if (seed % 7 == 0) AimAtRandom(network, seed, 0.4);
-    const OracleResult expected = EnumeratePosteriors(network);
-    if (!expected.isPossible) continue;  // a zero in the soft evidence
-    network.SetDefaultBNAlgorithm(10);
-    ASSERT_EQ(network.UpdateBeliefs(), 0);
-    ASSERT_TRUE(PosteriorsNear(network, expected, kRounding));
-    tried++;
-  }
-  EXPECT_GT(tried, FewerIfSanitized(3000));
-}
 
 bool Holds(const KVN_intArray& sorted, int value) {
   return std::binary_search(sorted.begin(), sorted.end(), value);
@@ -94,21 +68,6 @@ TEST(SepsetJoinTree, HasMaximalCliquesInBreadthFirstOrder) {
       }
     }
   }
-}
-
-// A(2) and B(3) above C(2): one clique, and no sepset to read from.
-TEST(SepsetJoinTree, ReadsASingleClique) {
-  KVN_network network;
-  const int a = AddCpt(network, "A", 2, {}, {0.5, 0.5});
-  const int b = AddCpt(network, "B", 3, {}, {0.2, 0.3, 0.5});
-  const int c =
-      AddCpt(network, "C", 2, {a, b}, {1, 0, 0.5, 0.5, 0, 1, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5});
-  ASSERT_EQ(network.ValueOf(c)->SetEvidence(0), 0);
-  ASSERT_EQ(SepsetJoinTreeUpdate(network), 0);
-  // P(C=0, A, B) = 0.5 * (0.2, 0.15, 0 | 0.1, 0.15, 0.25): sums 0.35 | 0.5 and 0.3, 0.3, 0.25.
-  EXPECT_TRUE(CellsNear(MatrixOf(network, a), {0.35 / 0.85, 0.5 / 0.85}, kRounding));
-  EXPECT_TRUE(CellsNear(MatrixOf(network, b), {0.3 / 0.85, 0.3 / 0.85, 0.25 / 0.85}, kRounding));
-  EXPECT_TRUE(CellsNear(MatrixOf(network, c), {1, 0}, 0.0));
 }
 
 // Logic alone doesn't see the contradiction: each finding leaves two outcomes of its parent. A and
