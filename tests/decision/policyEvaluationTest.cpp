@@ -5,6 +5,7 @@
 
 #include "foundation/numberText.h"
 #include "foundation/resultCodes.h"
+#include "network/node.h"
 #include "tests/decision/countingTable.h"
 #include "tests/support/builders.h"
 #include "tests/support/failingAllocation.h"
@@ -77,6 +78,24 @@ TEST(PolicyEvaluation, SoftEvidenceOnAnObservationStaysAndCounts) {
   EXPECT_EQ(p.network.ValueOf(p.forecast)->GetVirtualEvidence(soft), 0);
 }
 
+TEST(PolicyEvaluation, SumsUpSeparateUtilitiesAndLeavesNoNodeBehind) {
+  Party p;
+  const int cost = AddNodeBelow(p.network, KVN_TYPE_TABLE, "Cost", 0, {p.place});
+  WriteCells(p.network, cost, {-10, -35});
+  const int target = p.network.SetTarget(p.weather);
+  p.network.SetUpdateFlags(p.network.GetUpdateFlags() | KVN_UPDATE_AUTOMATIC);
+  ASSERT_EQ(p.network.UpdateBeliefs(), 0);
+  EXPECT_EQ(p.network.GetNumberOfNodes(), 5);
+  EXPECT_EQ(target, 0);
+  EXPECT_EQ(p.network.GetNumberOfTargets(), 1);
+  EXPECT_EQ(p.network.GetUpdateFlags(), 3 | KVN_UPDATE_AUTOMATIC);
+  EXPECT_EQ(p.network.GetChangeMask(), 463);
+  EXPECT_TRUE(CellsNear(MatrixOf(p.network, p.place),
+                        {5600.0 / 59 - 10, 3600.0 / 59 - 35, 1400.0 / 41 - 10, 3000.0 / 41 - 35},
+                        1e-10));
+  EXPECT_TRUE(CellsNear(MatrixOf(p.network, cost), {-10, -35}, 1e-12));
+}
+
 TEST(PolicyEvaluation, AssumesAnOrderAndKeepsIt) {
   KVN_network network;
   const int b = AddNodeBelow(network, KVN_TYPE_LIST, "B", 2, {});
@@ -110,6 +129,30 @@ TEST(PolicyEvaluation, ImpossibleScenariosKeepTheMark) {
   EXPECT_EQ(MatrixOf(p.network, p.joy)[3], mark);
   EXPECT_EQ(MatrixOf(p.network, p.place)[2], mark);
   EXPECT_TRUE(CellsNear(MatrixOf(p.network, p.forecast), {1, 0}, kTolerance));
+}
+
+/// What the table of a forecast and of the weather itself say, with a decision after each.
+struct ForecastThenWeather {
+  KVN_network network;
+  int weather = AddCpt(network, "Weather", 2, {}, {0.5, 0.5});
+  int forecast = AddCpt(network, "Forecast", 2, {weather}, {0.9, 0.1, 0.1, 0.9});
+  int pack = AddNodeBelow(network, KVN_TYPE_LIST, "Pack", 2, {forecast});
+  int wear = AddNodeBelow(network, KVN_TYPE_LIST, "Wear", 2, {pack, weather});
+  int joy = AddNodeBelow(network, KVN_TYPE_TABLE, "Joy", 0, {weather, pack, wear});
+
+  ForecastThenWeather() { WriteCells(network, joy, {1, 0, 0, 0, 0, 0, 0, 1}); }
+};
+
+TEST(PolicyEvaluation, AnObservationThatALaterOneHidesTakesEffort) {
+  ForecastThenWeather plain;
+  ASSERT_EQ(plain.network.UpdateBeliefs(), 0);
+  EXPECT_THAT(IndexingOf(plain.network, plain.pack), IsEmpty());
+  EXPECT_TRUE(CellsNear(MatrixOf(plain.network, plain.pack), {0.5, 0.5}, kTolerance));
+  ForecastThenWeather careful;
+  ASSERT_EQ(careful.network.UserProperties().AddProperty("KVN_POLICY_EFFORT", "1"), 0);
+  ASSERT_EQ(careful.network.UpdateBeliefs(), 0);
+  EXPECT_THAT(IndexingOf(careful.network, careful.pack), ElementsAre(careful.forecast));
+  EXPECT_TRUE(CellsNear(MatrixOf(careful.network, careful.pack), {0.9, 0.1, 0.1, 0.9}, kTolerance));
 }
 
 TEST(PolicyEvaluation, ADecisionWithoutInfluenceIsWorthNothing) {

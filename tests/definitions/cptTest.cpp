@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 
 #include "foundation/resultCodes.h"
 #include "network/node.h"
@@ -43,6 +44,17 @@ class CptWithParents : public testing::Test {
 constexpr double kExact = 0.0;
 constexpr double kRounding = 1e-15;  // one multiplication and one addition
 
+TEST(Cpt, NewNodeHasTwoStatesAndUniformRows) {
+  KVN_network network;
+  const int x = AddNodeOf(network, KVN_TYPE_CPT, "x");
+  EXPECT_EQ(OutcomesAt(network, x), (Texts{"State0", "State1"}));
+  EXPECT_TRUE(CellsNear(TableOfNode(network, x), {0.5, 0.5}, kExact));
+  const int parent = AddNodeOf(network, KVN_TYPE_CPT, "parent", 3);
+  AddArcs(network, {parent}, x);
+  EXPECT_EQ(ItemsOf(TableOfNode(network, x).GetDimensions()), (Ints{3, 2}));
+  EXPECT_TRUE(CellsNear(TableOfNode(network, x), {0.5, 0.5, 0.5, 0.5, 0.5, 0.5}, kExact));
+}
+
 // A parent without a dimension is refused when it comes, and ignored when it goes; only a utility
 // is refused both ways.
 TEST(Cpt, KindsOfParents) {
@@ -74,11 +86,10 @@ TEST(Cpt, KindsOfParents) {
   }
 }
 
-TEST_F(CptWithParents, BadOutcomeOfAParentAndItselfAsSourceChangeNothing) {
+TEST_F(CptWithParents, BadOutcomeOfAParentChangesNothing) {
   const std::vector<double> before = ItemsOf(table().GetItems());
   for (int bad : {-1, 4}) EXPECT_EQ(cpt().ParentOutcomeInserted(a, bad), KVN_REFUSED);
   for (int bad : {-1, 3}) EXPECT_EQ(cpt().ParentOutcomeRemoved(a, bad), KVN_REFUSED);
-  EXPECT_EQ(cpt().Assign(cpt()), 0);
   EXPECT_TRUE(CellsNear(table(), before, kExact));
 }
 
@@ -268,6 +279,18 @@ TEST_F(CptWithParents, EditsMakeTheBeliefsOfChildrenStale) {
   EXPECT_TRUE(value.IsValueValid());
 }
 
+TEST_F(CptWithParents, CloneHoldsTheSameAndLeavesTheSourceAlone) {
+  cpt().RenameOutcome(0, "low");
+  const std::unique_ptr<KVN_nodeDefinition> clone(CloneDefinition(cpt()));
+  ASSERT_NE(clone, nullptr);
+  EXPECT_EQ(clone->GetType(), KVN_TYPE_CPT);
+  EXPECT_EQ(clone->GetHandle(), x);
+  EXPECT_EQ(TextsOf(*clone->GetOutcomesNames()), (Texts{"low", "State1"}));
+  EXPECT_TRUE(CellsNear(TableOfDefinition(*clone), ItemsOf(table().GetItems()), kExact));
+  EXPECT_EQ(cpt().Assign(cpt()), 0);
+  EXPECT_EQ(cpt().GetSize(), 12);
+}
+
 // Nothing may fall over when the definition stands alone, as during the building of a node.
 TEST(Cpt, WorksWithoutANode) {
   KVN_network network;
@@ -319,6 +342,18 @@ TEST(Cpt, FailureToAddAParentIsToldAndDoesNotStopTheRest) {
   EXPECT_EQ(ItemsOf(TableOfNode(network, x).GetDimensions()), (Ints{3, 2}));
   EXPECT_EQ(log.Texts(), (Texts{"Parent could not be added"}));
   EXPECT_EQ(log.Codes(), (Ints{KVN_REFUSED}));
+}
+
+TEST(Cpt, ParentsWithoutDiscreteOutcomesAreRemoved) {
+  KVN_network network;
+  const int x = AddNodeOf(network, KVN_TYPE_CPT, "x");
+  const int a = AddNodeOf(network, KVN_TYPE_CPT, "a");
+  const int b = AddNodeOf(network, KVN_TYPE_CPT, "b");
+  AddArcs(network, {a, b}, x);
+  EXPECT_EQ(network.DefinitionOf(x)->RemoveNonDiscreteParents(), 0);
+  EXPECT_EQ(network.GetNumberOfParents(x), 2);
+  ASSERT_EQ(network.GetNode(a)->ChangeType(KVN_TYPE_TABLE), 0);  // asks its children to do so
+  EXPECT_EQ(ItemsOf(network.GetParents(x)), (Ints{b}));
 }
 
 }  // namespace

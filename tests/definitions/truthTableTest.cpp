@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/resultCodes.h"
+#include "network/node.h"
 #include "tests/support/definitionBuilder.h"
 #include "values/nodeValue.h"
 
@@ -22,6 +23,11 @@ class TruthTableUnderParent : public testing::Test {
   int p = AddNodeOf(network, KVN_TYPE_CPT, "p", 2);
   int x = AddNodeOf(network, KVN_TYPE_TRUTHTABLE, "x", 3);
 };
+
+TEST_F(TruthTableUnderParent, NewRowsDetermineTheFirstOutcome) {
+  EXPECT_TRUE(CellsNear(table(), {1, 0, 0, 1, 0, 0}, kExact));
+  EXPECT_EQ(truth().CheckConsistency(1), 0);
+}
 
 TEST_F(TruthTableUnderParent, ResultingStatesByIndex) {
   KVN_nodeValue& value = *network.ValueOf(x);
@@ -92,6 +98,15 @@ TEST_F(TruthTableUnderParent, ConsistencyWantsOneOnePerRow) {
 TEST_F(TruthTableUnderParent, RowsOfANewParentOutcomeDetermineTheLastOutcome) {
   ASSERT_EQ(network.DefinitionOf(p)->InsertOutcome(1, "mid"), 0);
   EXPECT_TRUE(CellsNear(table(), {1, 0, 0, 0, 0, 1, 1, 0, 0}, kExact));
+}
+
+TEST(TruthTable, ConversionRoundsAndIsConsistent) {
+  KVN_network network;
+  const int x = AddNodeOf(network, KVN_TYPE_CPT, "x", 3);
+  WriteCells(network, x, {0.2, 0.7, 0.1});
+  ASSERT_EQ(network.GetNode(x)->ChangeType(KVN_TYPE_TRUTHTABLE), 0);
+  EXPECT_TRUE(CellsNear(TableOfNode(network, x), {0, 1, 0}, kExact));
+  EXPECT_TRUE(network.DefinitionOf(x)->IsConsistent());
 }
 
 }  // namespace

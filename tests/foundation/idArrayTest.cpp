@@ -99,6 +99,16 @@ TEST(IdArray, BufferFormsCutLongTexts) {
   EXPECT_EQ(buffer[0], 'x');
 }
 
+TEST(IdArray, MakeUniqueMendsThenNumbers) {
+  KVN_idArray ids = IdsOf({"a", "a", "1a", "x1a", nullptr, "a2", "b c"});
+  EXPECT_EQ(ids.CheckConsistency(0), KVN_NOT_CONSISTENT);
+  EXPECT_FALSE(ids.IsConsistent());
+  ASSERT_EQ(ids.MakeUnique(), 0);
+  // The second "a" is taken, so it becomes "a2", and the old "a2" has to give way to "a22".
+  EXPECT_EQ(TextsOf(ids), (Texts{"a", "a2", "x1a", "x1a2", "x2", "a22", "b_c"}));
+  EXPECT_EQ(ids.CheckConsistency(0), 0);
+}
+
 /// The rule as plainly as it can be put, with a search of the whole list for each try.
 Texts MendedOneByOne(const KVN_idArray& ids) {
   KVN_idArray mended(ids.GetAllowEmpty());

@@ -29,6 +29,23 @@ TEST(Random, GivesBits16To30) {
   }
 }
 
+TEST(Random, UniformsReachBothEnds) {
+  KVN_random random(0);
+  bool zero = false, one = false;
+  double sum = 0;
+  constexpr int kDraws = 1000000;
+  for (int i = 0; i < kDraws; ++i) {
+    const double u = random.Uniform();
+    ASSERT_TRUE(u >= 0.0 && u <= 1.0);
+    zero |= u == 0.0;
+    one |= u == 1.0;
+    sum += u;
+  }
+  EXPECT_TRUE(zero && one);  // each misses with probability exp(-30)
+  // Standard error of the mean sqrt(1/12)/1000; 4.9 of them are left once in a million.
+  EXPECT_NEAR(sum / kDraws, 0.5, 4.9 * 0.28868 / 1000);
+}
+
 TEST(Random, GeneratorsAreStreamsOfTheirOwn) {
   ResetGenerators();
   (void)KVN_simpleSamplerRandom().Next();

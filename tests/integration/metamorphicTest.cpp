@@ -209,6 +209,32 @@ TEST(Metamorphic, OrderOfTellingChangesNoPosterior) {
   }
 }
 
+TEST(Metamorphic, BarrenNodeChangesNoPosterior) {
+  for (std::uint64_t seed = 0; seed < 100; ++seed) {
+    PlainNetwork plain = MakeNetwork(seed);
+    const int count = static_cast<int>(plain.size());
+    RandomSource random(seed);
+    PlainNode barren{3, {}, {}, -1, {}};
+    int rows = 1;
+    for (int parent : {random.Below(count / 2), count / 2 + random.Below(count / 2)}) {
+      barren.parents.push_back(parent);
+      rows *= plain[parent].outcomes;
+    }
+    for (int row = 0; row < rows; ++row) {
+      for (double p : random.Distribution(3, /*zeroShare=*/0.1)) barren.cells.push_back(p);
+    }
+    for (const Method& method : kMethods) {
+      SCOPED_TRACE(testing::Message() << method.name << ", seed " << seed);
+      const Beliefs without = Ask(plain, ToldAsItIs(plain), method);
+      plain.push_back(barren);
+      const Beliefs with = Ask(plain, ToldAsItIs(plain), method);
+      plain.pop_back();
+      ASSERT_EQ(with.size(), without.size() + 1);
+      ASSERT_LE(LargestDifference(without, with), kRounding);
+    }
+  }
+}
+
 TEST(Metamorphic, MarginalIsTheMixtureOfItsConditionals) {
   for (std::uint64_t seed = 0; seed < 60; ++seed) {
     PlainNetwork plain = MakeNetwork(seed);

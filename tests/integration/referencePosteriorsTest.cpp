@@ -13,7 +13,9 @@
 
 #include "definitions/nodeDefinition.h"
 #include "foundation/random.h"
+#include "network/fileSpeaker.h"
 #include "network/network.h"
+#include "network/node.h"
 #include "network/updateAlgorithm.h"
 #include "network/userProperties.h"
 #include "values/nodeValue.h"
@@ -124,6 +126,37 @@ TEST(ReferencePosteriors, AreThoseOfEveryExactMethod) {
       ++compared;
     }
     EXPECT_GT(compared, 5);
+  }
+}
+
+// The same networks in two formats that name their states alike, though in any order.
+TEST(ReferencePosteriors, XmlbifAgreesWithHugin) {
+  if (!fs::exists(kNetworks)) GTEST_SKIP() << "no networks at " << kNetworks;
+  for (const char* name : {"asia", "alarm"}) {
+    SCOPED_TRACE(name);
+    KVN_network first, second;
+    ASSERT_EQ(first.ReadFile((kNetworks / "xmlbif" / name).replace_extension("xml").c_str(),
+                             KVN_FORMAT_XMLBIF),
+              0);
+    ASSERT_EQ(second.ReadFile((kNetworks / "net" / name).replace_extension("net").c_str()), 0);
+    ASSERT_EQ(first.UpdateBeliefs(), 0);
+    ASSERT_EQ(second.UpdateBeliefs(), 0);
+    ASSERT_EQ(first.GetNumberOfNodes(), second.GetNumberOfNodes());
+    for (int h = first.GetFirstNode(); h >= 0; h = first.GetNextNode(h)) {
+      const char* const id = first.GetNode(h)->GetId();
+      const int twin = second.FindNode(id);
+      ASSERT_GE(twin, 0) << id;
+      KVN_Dmatrix *p = nullptr, *q = nullptr;
+      ASSERT_EQ(first.ValueOf(h)->GetValue(p), 0);
+      ASSERT_EQ(second.ValueOf(twin)->GetValue(q), 0);
+      const KVN_idArray& states = *first.DefinitionOf(h)->GetOutcomesNames();
+      for (int k = 0; k < states.GetNumItems(); k++) {
+        const int place =
+            second.DefinitionOf(twin)->GetOutcomesNames()->FindPosition(states.GetString(k));
+        ASSERT_GE(place, 0) << id << " " << states.GetString(k);
+        EXPECT_NEAR((*p)[k], (*q)[place], 1e-6) << id;
+      }
+    }
   }
 }
 

@@ -121,6 +121,22 @@ TEST(JoinTree, BlocksGiveTheBitsOfStoredPotentials) {
   EXPECT_GT(largest, 4 * 4096);  // or no clique was formed in blocks
 }
 
+TEST(JoinTree, EffortChangesNoMoreThanRounding) {
+  std::int64_t largest = 0;
+  for (std::uint64_t seed = 0; seed < 20; ++seed) {
+    SCOPED_TRACE(seed);
+    const auto plain = RunTree(seed, {.effort = false, .storeAll = false}, largest);
+    const auto effort = RunTree(seed, {.effort = true, .storeAll = false}, largest);
+    ASSERT_EQ(plain.size(), effort.size());
+    for (std::size_t h = 0; h < plain.size(); ++h) {
+      ASSERT_EQ(plain[h].size(), effort[h].size());
+      for (std::size_t k = 0; k < plain[h].size(); ++k) {
+        ASSERT_NEAR(plain[h][k], effort[h][k], kRounding);
+      }
+    }
+  }
+}
+
 /// A root with `leaves` observed binary children. Each pair of children is as likely under the one
 /// outcome of the root as under the other, so the root keeps its prior.
 TEST(JoinTree, ThousandsOfUnlikelyFindingsDontUnderflow) {

@@ -186,6 +186,17 @@ TEST(Relevance, WritesPointMassesOfWhatIsCertain) {
   }
 }
 
+TEST(Relevance, CutsAndSumsTables) {
+  Example example;
+  example.Observe("B1");
+  example.Aim("AC");
+  const std::unique_ptr<RelevanceParts> parts = Reduce(example.network);
+  ASSERT_EQ(Describe(parts), "A B(A)=1 | C");
+  EXPECT_TRUE(CellsNear(*(*parts)[0].Node(1).GetTable(), {0.9, 0.1, 0.2, 0.8}, 0.0));
+  // 0.3 * (1, 0) + 0.7 * (0.2, 0.8)
+  EXPECT_TRUE(CellsNear(*(*parts)[1].Node(0).GetTable(), {0.44, 0.56}, kRounding));
+}
+
 TEST(Relevance, ReleasesPartsOfOneNodeAsTheyStand) {
   Example example;
   WriteCells(example.network, example.f, {0.4, 0.9});

@@ -1,5 +1,6 @@
 // The order in which the simple samplers draw, and the ends of a draw.
 
+#include "foundation/resultCodes.h"
 #include "inference/exact/relevanceGraph.h"
 #include "inference/sampling/partOrder.h"
 #include "inference/sampling/partSamples.h"
@@ -91,6 +92,16 @@ TEST(PartOrder, SortsEveryPart) {
       EXPECT_NEAR(MatrixOf(network, h)[0], 0.55, 7 * 0.0112) << sampler.name << " node " << h;
     }
   }
+}
+
+TEST(ForwardSamplers, BothCodesOfLikelihoodWeightingAreOne) {
+  KVN_network network;
+  const int a = AddCpt(network, "A", 2, {}, {0.3, 0.7});
+  AddCpt(network, "B", 3, {a}, {0.2, 0.3, 0.5, 0.6, 0.3, 0.1});
+  ASSERT_EQ(RunSampler(network, KVN_ALG_LIKELIHOOD_WEIGHTING, 100, 9), 0);
+  const double first = MatrixOf(network, a)[0];
+  ASSERT_EQ(RunSampler(network, KVN_ALG_LIKELIHOOD_WEIGHTING_2, 100, 9), 0);
+  EXPECT_EQ(MatrixOf(network, a)[0], first);
 }
 
 // The last parent of the finding is settled by the cut, so its slice has one open parent; the walk

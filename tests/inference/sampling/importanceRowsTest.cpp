@@ -55,6 +55,17 @@ TEST(ImportanceRows, SpreadEvenlyOverwrites) {
   ExpectRow(made, {1.0 / 3, 0.0, 1.0 / 3, 1.0 / 3});
 }
 
+// 0.75 of (0.2, 0.8) and 0.25 of the scores (3, 1) scaled to (0.75, 0.25).
+TEST(ImportanceRows, LearnMovesARowTowardsItsScores) {
+  Row importance = {0.2, 0.8};
+  const Row scores = {3, 1};
+  LearnFromScores(scores.data(), importance.data(), 2, 0.25);
+  ExpectRow(importance, {0.3375, 0.6625});
+  const Row none = {0, 0};
+  LearnFromScores(none.data(), importance.data(), 2, 0.25);
+  ExpectRow(importance, {0.3375, 0.6625});
+}
+
 // The cutoff is 0.125, so that all these numbers are exact.
 const RowCase kCutCases[] = {
     {"the others share the cost", {0.0625, 0.5, 0.4375}, {0.125, 0.46875, 0.40625}},
