@@ -53,7 +53,7 @@ bool KVN_equationSCC::ValidateSccEquation(const std::string& text, std::string& 
   parsed.GetVariables(names);
   for (const std::string& name : names) {
     if (std::binary_search(allowed.begin(), allowed.end(), name)) continue;
-    // The misspelt word is meant: users may look for the message as it has always been.
+    // The misspelt word is meant: hosts look for the texts of messages.
     error = "Equation contains a variable (" + name +
             ") which is not ID of this node, one of its parents, or one of its scc varaibles.";
     return false;

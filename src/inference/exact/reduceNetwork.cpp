@@ -380,8 +380,8 @@ bool ReadNoisyMaxRelevance(KVN_network& network) {
   return properties.GetInteger(kNoisyMaxProperty) != 0;
 }
 
-/// A node whose value carries the reserved flag is a root with a table of two cells: nothing sets
-/// the flag in this system, and it is honoured all the same.
+/// A node whose value carries the reserved flag is a root with a table of two cells. It is meant
+/// that the flag counts although no operation sets it.
 bool IsCutFromParents(const KVN_node& node) {
   return (node.Value()->GetFlags() & KVN_VALUE_RESERVED) != 0;
 }

@@ -16,7 +16,7 @@
 
 namespace {
 
-// Both texts are misspelt as users know them.
+// The misspelt words are meant: hosts look for the texts of messages.
 int TellComponentFailure() { return LogError(KVN_REFUSED, "Faile in computing SCC."); }
 int TellSystemFailure() { return LogError(KVN_REFUSED, "Faile in solving nonlinear quations."); }
 

@@ -51,6 +51,7 @@ int SolveEquations(KVN_network& network) {
     }
     if (!sides->HasDistribution()) continue;
     if (network.TypeOf(handle) == KVN_TYPE_EQUATION_SCC) {
+      // Meant as it is spelt: hosts look for the texts of messages.
       return LogError(KVN_REFUSED,
                       "Unable to sovle a network contains strongly-coupled components with "
                       "distribution definitions.");

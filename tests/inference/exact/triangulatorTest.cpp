@@ -149,7 +149,7 @@ constexpr EliminationRule kRules[] = {
 
 }  // namespace
 
-TEST(Triangulator, MakesTheCliquesOfTheLiteralElimination) {
+TEST(Triangulator, MakesTheCliquesOfPlainElimination) {
   for (unsigned seed = 0; seed < 3000; ++seed) {
     SCOPED_TRACE(seed);
     RandomGraph graph(seed);
