@@ -63,9 +63,9 @@ class CheckCommand : public Command {
       data << DescribeDiagnostic(file, diagnostic, output.colourData) << '\n';
     }
     const std::string name = ToPrintable(file.c_str());
-    for (const Loss& loss : losses) {
-      data << name << ": " << Output::Word(Severity::kLoss, output.colourData) << ": "
-           << DescribeLoss(loss) << '\n';
+    for (const std::string& line : DescribeLosses(losses)) {
+      data << name << ": " << Output::Word(Severity::kLoss, output.colourData) << ": " << line
+           << '\n';
     }
     data << name << ": " << Counted(errors, "error", "errors") << ", "
          << Counted(static_cast<std::size_t>(read.network->GetNumberOfNodes()), "node", "nodes");

@@ -45,7 +45,7 @@ class ConvertCommand : public Command {
     SayDiagnostics(read, output);
     const std::vector<Loss> losses = ListLossesOfFile(read, to);
     if (options.IsJson()) output.Data() << LossesAsJson(losses).dump(2) << '\n';
-    for (const Loss& loss : losses) output.Say(Severity::kLoss, DescribeLoss(loss));
+    for (const std::string& line : DescribeLosses(losses)) output.Say(Severity::kLoss, line);
     code = DecideToWrite(read, losses, output);
     return code == kExitDone ? Write(read, to, output) : code;
   }

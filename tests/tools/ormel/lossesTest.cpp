@@ -26,6 +26,7 @@
 #include "network/submodelHandler.h"
 #include "ormel/featureChecks.h"
 #include "ormel/formatCapacity.h"
+#include "ormel/lossReport.h"
 #include "ormel/networkFile.h"
 #include "tests/support/builders.h"
 #include "tests/support/equationBuilder.h"
@@ -205,6 +206,18 @@ TEST(RandomNetwork, IsConsistentAndFollowsFromItsSeed) {
     EXPECT_EQ(first.CheckConsistency(/*deep=*/1), 0);
     EXPECT_TRUE(NetworksEqual(first, second));
   }
+}
+
+TEST(LossReport, ManyAlikeShareALine) {
+  std::vector<Loss> losses = {{"", "name", "none"}, {"S", "texts", "cut", /*ofSubmodel=*/true}};
+  for (int i = 0; i < 11; i++) losses.push_back({"N" + std::to_string(i), "position", "no place"});
+  losses.insert(losses.begin() + 3, {"N0", "digits", "rounded"});
+  const std::vector<std::string> expected = {"network: name: none", "submodel S: texts: cut",
+                                             "node N0 and 10 more: position: no place",
+                                             "node N0: digits: rounded"};
+  EXPECT_EQ(DescribeLosses(losses), expected);
+  losses.pop_back();
+  EXPECT_EQ(DescribeLosses(losses).size(), 13u);
 }
 
 }  // namespace
