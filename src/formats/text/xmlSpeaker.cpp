@@ -16,12 +16,6 @@
 
 namespace {
 
-/// Tables up to this may be built before their numbers are counted.
-constexpr std::int64_t kLargeTable = 1 << 20;
-constexpr std::int64_t kMostUnfilled = 1 << 24;
-/// No table has more cells; the product of the outcome counts stops here.
-constexpr std::int64_t kManyCells = std::int64_t{1} << 31;
-
 struct TypeWord {
   const char* word;
   int type;
@@ -445,10 +439,8 @@ void KVN_xmlSpeaker::FinishDefinition() {
     if (!hasFor) (void)ReportError(KVN_SYNTAX_ERROR, "ERROR: [FOR] entry missing. Ignored.");
     return;
   }
-  const std::int64_t cells = CountCells();
-  if (!MayBuild(cells)) return ReportCount(cells);
   for (int parent : givenNodes) {
-    if (int result = network->AddArc(parent, forNode, /*layer=*/0); result < 0) {
+    if (int result = budget.AddArc(*network, parent, forNode, /*layer=*/0); result < 0) {
       std::snprintf(errorMessage, sizeof errorMessage,
                     "ERROR: Couldn't add arc from node [%s] to node [%s]", IdOf(parent),
                     IdOf(forNode));
@@ -458,42 +450,14 @@ void KVN_xmlSpeaker::FinishDefinition() {
   if (hasTable) StoreNumbers(*network->DefinitionOf(forNode));
 }
 
-/// Cells of the table with the parents that the node has and those that it is given.
-std::int64_t KVN_xmlSpeaker::CountCells() const {
-  const int type = network->TypeOf(forNode);
-  if (type == KVN_TYPE_LIST) return 0;
-  std::int64_t cells =
-      type == KVN_TYPE_TABLE ? 1 : network->DefinitionOf(forNode)->GetNumberOfOutcomes();
-  for (const KVN_intArray* list : {&network->GetParents(forNode), &givenNodes}) {
-    for (int parent : *list) {
-      const std::int64_t states = network->DefinitionOf(parent)->GetNumberOfOutcomes();
-      cells = std::min(cells * std::max(states, std::int64_t{1}), kManyCells);
-    }
-  }
-  return cells;
-}
-
-/// A few parents are enough to ask for gigabytes: what no numbers stand for is held against a limit
-/// for one table and one for the whole file.
-bool KVN_xmlSpeaker::MayBuild(std::int64_t cells) {
-  if (hasTable && cells == probabilities.GetNumItems()) return true;
-  if (cells > kLargeTable || unfilledCells + cells > kMostUnfilled) return false;
-  unfilledCells += cells;
-  return true;
-}
-
-void KVN_xmlSpeaker::ReportCount(std::int64_t expected) {
-  std::snprintf(errorMessage, sizeof errorMessage,
-                "ERROR: Node [%s] was expecting %lld numbers but %d were read", IdOf(forNode),
-                static_cast<long long>(expected), hasTable ? probabilities.GetNumItems() : 0);
-  (void)ReportError(KVN_REFUSED, errorMessage);
-}
-
 void KVN_xmlSpeaker::StoreNumbers(KVN_nodeDefinition& definition) {
   const int expected = std::max(definition.GetSize(), 0);  // a decision has no numbers
   const int count = probabilities.GetNumItems();
   if (count != expected) {
-    ReportCount(expected);
+    std::snprintf(errorMessage, sizeof errorMessage,
+                  "ERROR: Node [%s] was expecting %d numbers but %d were read", IdOf(forNode),
+                  expected, count);
+    (void)ReportError(KVN_REFUSED, errorMessage);
   } else if (count > 0) {
     (void)ReportError(definition.SetDefinition(probabilities), nullptr);
     WarnOfColumns(definition);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <string>
 
@@ -81,9 +80,6 @@ class KVN_xmlSpeaker : public KVN_fileFormat {
   void ReadTable();
   bool ReadTableItem();
   void FinishDefinition();
-  std::int64_t CountCells() const;
-  bool MayBuild(std::int64_t cells);
-  void ReportCount(std::int64_t expected);
   void StoreNumbers(KVN_nodeDefinition& definition);
   void WarnOfColumns(KVN_nodeDefinition& definition);
   int FindVariable(const std::string& name) const;
@@ -108,5 +104,4 @@ class KVN_xmlSpeaker : public KVN_fileFormat {
   int forNode = -1;
   bool hasFor = false;  // known or not
   bool hasTable = false;
-  std::int64_t unfilledCells = 0;  // of tables that the file gave no numbers for
 };

@@ -23,6 +23,10 @@ const BudgetCase kBudgetCases[] = {
      "node P% { type : discrete[2] = { \"a\", \"b\" }; } probability (P%) { 0, 1; }",
      "node C { type : discrete[2] = { \"a\", \"b\" }; } probability (C | P0", ", P%",
      ") { 0, 1; }"},
+    {"xml03", "<BIF VERSION=\"0.3\"><NETWORK>",
+     "<VARIABLE><NAME>P%</NAME><OUTCOME>a</OUTCOME><OUTCOME>b</OUTCOME></VARIABLE>",
+     "<VARIABLE><NAME>C</NAME></VARIABLE><DEFINITION><FOR>C</FOR><GIVEN>P0</GIVEN>",
+     "<GIVEN>P%</GIVEN>", "<TABLE>0 1</TABLE></DEFINITION></NETWORK></BIF>"},
     {"dne", "bnet N {", "node P% { states = (a, b); probs = (0, 1); };",
      "node C { states = (a, b); parents = (P0", ", P%", "); probs = (0, 1); }; };"},
 };

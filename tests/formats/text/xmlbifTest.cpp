@@ -212,36 +212,6 @@ TEST(XmlSpeaker, EndsADefinitionWhoseTableHasNoEnd) {
   }
 }
 
-// A few lines that ask for gigabytes: no arc is made for a table that the numbers don't fill, nor
-// where it would come about parent by parent.
-TEST(XmlSpeaker, MakesNoLargeTableWithoutItsNumbers) {
-  std::string variables, given, oneByOne;
-  for (int i = 0; i < 26; i++) {
-    const std::string name = "P" + std::to_string(i);
-    variables += "<VARIABLE><NAME>" + name + "</NAME></VARIABLE>";
-    given += "<GIVEN>" + name + "</GIVEN>";
-    oneByOne += "<DEFINITION><FOR>A</FOR><GIVEN>" + name + "</GIVEN></DEFINITION>";
-  }
-  const struct {
-    std::string definitions;
-    const char* message;
-    std::size_t messages, arcs;
-  } cases[] = {
-      {"<DEFINITION><FOR>A</FOR>" + given + "<TABLE>1 0</TABLE></DEFINITION>",
-       "134217728 numbers but 2", 1, 0},
-      {oneByOne, "2097152 numbers but 0", 7, 19},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.message);
-    KVN_network network;
-    const std::vector<std::string> messages =
-        ReadText(network, "xml03", kTwoNodes + variables + c.definitions + kTail);
-    ASSERT_EQ(messages.size(), c.messages);
-    EXPECT_THAT(messages[0], testing::HasSubstr("Node [A] was expecting "s + c.message));
-    EXPECT_EQ(ParentsOf(network, "A").size(), c.arcs);
-  }
-}
-
 // The first definition of a node has given it its arcs; the last one has the numbers.
 TEST(XmlSpeaker, TakesTheNumbersOfTheLastDefinition) {
   KVN_network network;
