@@ -18,6 +18,7 @@
 #include "network/node.h"
 #include "network/updateAlgorithm.h"
 #include "network/userProperties.h"
+#include "tests/support/sanitized.h"
 #include "values/nodeValue.h"
 
 namespace {
@@ -33,14 +34,6 @@ constexpr double kReferenceRounding = 1e-8;
 /// Too many cells for the sanitizers to walk in a test, and for the documented order alone.
 const std::set<std::string> kLarge = {"barley", "diabetes", "link",   "mildew", "munin", "munin1",
                                       "munin2", "munin3",   "munin4", "pigs",   "water"};
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kIsSanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool kIsSanitized = false;
-#endif
 
 struct Reference {
   std::string network;
