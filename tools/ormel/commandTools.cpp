@@ -6,6 +6,7 @@
 #include "foundation/resultCodes.h"
 #include "network/fileSpeaker.h"
 #include "network/network.h"
+#include "ormel/command.h"
 #include "ormel/exitCodes.h"
 #include "ormel/formatNames.h"
 #include "ormel/output.h"
@@ -59,6 +60,15 @@ int OpenNetwork(const std::string& fileName, int format, Depth depth, NetworkFil
   output.Say(Severity::kError, ToPrintable(fileName.c_str()) + ": the file was given up, code " +
                                    DescribeResult(file.result));
   return file.result == KVN_NO_MEMORY ? kExitLimit : kExitBadFile;
+}
+
+int OpenToRead(const std::string& fileName, const CommonOptions& options, NetworkFile& read,
+               Output& output) {
+  int format = 0;
+  int code = ChooseFormat(fileName, options.from, "--from", format, output);
+  if (code == kExitDone) code = OpenNetwork(fileName, format, Depth::kRead, read, output);
+  if (code == kExitDone) SayDiagnostics(read, output);
+  return code;
 }
 
 std::vector<Loss> ListLossesOfFile(const NetworkFile& file, int format) {

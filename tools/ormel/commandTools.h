@@ -6,6 +6,8 @@
 #include "ormel/losses.h"
 #include "ormel/networkFile.h"
 
+struct CommonOptions;
+
 /// What the commands share: the format of a file, and messages about files.
 
 /// The format of a file by its option or else its extension, in `format`. kExitDone, or
@@ -22,6 +24,11 @@ int OpenNetwork(const std::string& fileName, int format, Depth depth, NetworkFil
 /// kExitDone for a file without errors, kExitLimit where one of them is that memory ran out or that
 /// a table would be too large, else kExitBadFile.
 int ExitCodeOfFile(const NetworkFile& file);
+
+/// The same for a command that only reads: in the format that --from names, with what the reader
+/// has said told.
+int OpenToRead(const std::string& fileName, const CommonOptions& options, NetworkFile& read,
+               Output& output);
 
 /// What writing the network that was read from the file would lose, of the file and of the network.
 std::vector<Loss> ListLossesOfFile(const NetworkFile& file, int format);

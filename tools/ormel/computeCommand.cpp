@@ -31,15 +31,8 @@ int ComputeCommand::Run(const CommonOptions& options, Output& output) {
   }
   EvidenceInput input;
   if (int code = CollectEvidence(input, output); code != kExitDone) return code;
-  int format = 0;
-  if (int code = ChooseFormat(file, options.from, "--from", format, output); code != kExitDone) {
-    return code;
-  }
   NetworkFile read;
-  if (int code = OpenNetwork(file, format, Depth::kRead, read, output); code != kExitDone) {
-    return code;
-  }
-  SayDiagnostics(read, output);
+  if (int code = OpenToRead(file, options, read, output); code != kExitDone) return code;
   if (read.HasLostContent()) {
     // Numbers of a half-read network would be wrong without a sign of it.
     output.Say(Severity::kError,

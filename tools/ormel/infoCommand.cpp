@@ -88,15 +88,8 @@ class InfoCommand : public Command {
       output.Say(Severity::kError, "info writes no network: --to has no meaning here");
       return kExitBadUsage;
     }
-    int format = 0;
-    if (int code = ChooseFormat(file, options.from, "--from", format, output); code != kExitDone) {
-      return code;
-    }
     NetworkFile read;
-    if (int code = OpenNetwork(file, format, Depth::kRead, read, output); code != kExitDone) {
-      return code;
-    }
-    SayDiagnostics(read, output);
+    if (int code = OpenToRead(file, options, read, output); code != kExitDone) return code;
     Json summary = {{"file", ToUtf8(file.c_str())}, {"format", NameOfFormat(read.format)}};
     summary.update(Summarize(*read.network));
     if (options.IsJson()) {
