@@ -148,8 +148,8 @@ class KVN_nodeDefinition : public KVN_object {
   /// of the cost children.
   void OutcomesReplaced();
   /// Adds every parent of the network's list through AddParent; a failure is told to the log with
-  /// "Parent could not be added" and doesn't stop the loop, nor is it
-  /// the result: KVN_NO_MEMORY, with none added, is the only one but 0.
+  /// "Parent could not be added" and doesn't stop the loop, nor is it the result: KVN_NO_MEMORY,
+  /// with none added, is the only one but 0.
   [[nodiscard]] int AddAllParents();
   /// Removes all arcs into this node.
   void DropAllParents();
@@ -167,8 +167,8 @@ class KVN_nodeDefinition : public KVN_object {
   int OutcomeCountChanged();
 };
 
-/// Whether a parent of this type gets a dimension in a child's table: 17, 18, 20, 146 and 274. The
-/// other discrete kinds are left out on purpose.
+/// Whether a parent of this type gets a dimension in a child's table: 17, 18, 20, 146 and 274.
+/// Other discrete kinds are left out on purpose.
 bool HasTableDimension(int definitionType);
 
 /// Makes the definition for a type code; the caller owns it. Null for a code without a class.

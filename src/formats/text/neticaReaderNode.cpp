@@ -47,8 +47,8 @@ int TypeOfKind(int kind) {
 
 /// A row of nothing but impossible cells belongs to states of the parents that can't meet: any
 /// distribution will do, and an even one is consistent, or one state where the node is
-/// deterministic. `width` numbers of each row stood in the
-/// file, to which the positions in `impossible` refer; `numbers` has whole rows.
+/// deterministic. `width` numbers of each row stood in the file, to which the positions in
+/// `impossible` refer; `numbers` has whole rows.
 void EvenOutImpossible(KVN_doubleArray& numbers, const std::vector<int>& impossible, int width,
                        int states, bool isDeterministic) {
   for (std::size_t i = 0; i + width <= impossible.size(); ++i) {
